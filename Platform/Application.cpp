@@ -1,0 +1,54 @@
+#include "Platform/Application.h"
+
+#include "Platform/FatalError.h"
+#include "Platform/RunLoop.h"
+
+#include <QCoreApplication>
+
+namespace velloren {
+
+namespace {
+
+Application* sharedApplication = nullptr;
+
+}
+
+Application::Application() {
+    sharedApplication = this;
+}
+
+Application::~Application() {
+    sharedApplication = nullptr;
+}
+
+Application& Application::shared() {
+    if (!sharedApplication)
+        fatalError("there is no application object");
+    return *sharedApplication;
+}
+
+int Application::run() {
+    RunLoop::main().post([this] {
+        if (currentDelegate)
+            currentDelegate->applicationDidFinishLaunching();
+    });
+    return QCoreApplication::exec();
+}
+
+void Application::terminate(const std::string& sender) {
+    if (terminating)
+        return;
+    using Reply = ApplicationDelegate::TerminateReply;
+    if (currentDelegate && currentDelegate->applicationShouldTerminate(sender) == Reply::TerminateCancel)
+        return;
+    terminating = true;
+    if (currentDelegate)
+        currentDelegate->applicationWillTerminate();
+    QCoreApplication::quit();
+}
+
+std::string Application::description() const {
+    return "<Application: " + QCoreApplication::applicationName().toStdString() + ">";
+}
+
+} // namespace velloren

@@ -1,0 +1,179 @@
+#include "Platform/PopoverWindow.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QPainter>
+#include <QScreen>
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace velloren {
+
+namespace {
+
+constexpr int shadowMargin = 12;
+constexpr int shadowOffset = 2; // the light comes from above
+constexpr int rimMargin = 1;
+constexpr QColor rimColor(0, 0, 0, 46);
+
+xcb_atom_t atomNamed(xcb_connection_t* connection, const std::string& name) {
+    const auto cookie = xcb_intern_atom(connection, false, std::uint16_t(name.size()), name.c_str());
+    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
+        xcb_intern_atom_reply(connection, cookie, nullptr), &std::free);
+    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
+
+/// Whether something blends windows with what lies behind them. Without it a translucent window shows black.
+bool desktopIsComposited() {
+    const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (!x11)
+        return true;
+    static const xcb_atom_t selection = atomNamed(x11->connection(), "_NET_WM_CM_S0");
+    const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&std::free)> reply(
+        xcb_get_selection_owner_reply(x11->connection(), xcb_get_selection_owner(x11->connection(), selection),
+                                      nullptr),
+        &std::free);
+    return reply && reply->owner != XCB_WINDOW_NONE;
+}
+
+void drawShadow(QPainter& painter, const QPainterPath& outline) {
+    painter.setBrush(Qt::NoBrush);
+    painter.translate(0, shadowOffset);
+    for (int width = shadowMargin; width > 0; --width) {
+        const double falloff = double(shadowMargin - width + 1) / shadowMargin;
+        const QColor color(0, 0, 0, qRound(7 * falloff * falloff));
+        painter.setPen(QPen(color, 2 * (width - 1) + 1, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter.drawPath(outline);
+    }
+    painter.translate(0, -shadowOffset);
+}
+
+} // namespace
+
+void PopoverFrameView::setArrow(ArrowEdge edge, int centre) {
+    arrowEdge = edge;
+    arrowCentre = centre;
+    update();
+}
+
+QRect PopoverFrameView::contentRect() const {
+    constexpr int length = PopoverMetrics::arrowLength;
+    switch (arrowEdge) {
+    case ArrowEdge::Top:
+        return rect().adjusted(0, length, 0, 0);
+    case ArrowEdge::Bottom:
+        return rect().adjusted(0, 0, 0, -length);
+    case ArrowEdge::Left:
+        return rect().adjusted(length, 0, 0, 0);
+    case ArrowEdge::Right:
+        return rect().adjusted(0, 0, -length, 0);
+    }
+    return rect();
+}
+
+QPainterPath PopoverFrameView::outline() const {
+    constexpr double halfWidth = PopoverMetrics::arrowHalfWidth;
+    constexpr double length = PopoverMetrics::arrowLength;
+    // Drawn as the arrow of a top edge, its tip at the origin, then turned to the edge it stands on.
+    QPainterPath arrow;
+    arrow.moveTo(-halfWidth, length + 1);
+    arrow.lineTo(-halfWidth, length);
+    arrow.cubicTo(-halfWidth / 2, length, -halfWidth / 4, 0, 0, 0);
+    arrow.cubicTo(halfWidth / 4, 0, halfWidth / 2, length, halfWidth, length);
+    arrow.lineTo(halfWidth, length + 1);
+    arrow.closeSubpath();
+
+    QTransform toEdge;
+    switch (arrowEdge) {
+    case ArrowEdge::Top:
+        toEdge.translate(arrowCentre, 0);
+        break;
+    case ArrowEdge::Bottom:
+        toEdge.translate(arrowCentre, height()).rotate(180);
+        break;
+    case ArrowEdge::Left:
+        toEdge.translate(0, arrowCentre).rotate(-90);
+        break;
+    case ArrowEdge::Right:
+        toEdge.translate(width(), arrowCentre).rotate(90);
+        break;
+    }
+
+    QPainterPath bubble;
+    bubble.addRoundedRect(contentRect(), PopoverMetrics::cornerRadius, PopoverMetrics::cornerRadius);
+    return bubble.united(toEdge.map(arrow));
+}
+
+PopoverWindow::PopoverWindow(const QRect& anchor)
+    : frame(this), anchor(anchor), composited(desktopIsComposited()) {
+    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint);
+    setAttribute(Qt::WA_TranslucentBackground, composited);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
+}
+
+void PopoverWindow::setContent(QWidget& view) {
+    content = &view;
+    content->installEventFilter(this);
+    moveToSuperview(*content, &frame);
+    content->show();
+    place();
+}
+
+void PopoverWindow::releaseContent() {
+    content->removeEventFilter(this);
+    moveToSuperview(*content, nullptr);
+    content = nullptr;
+}
+
+void PopoverWindow::setAnchor(const QRect& rect) {
+    anchor = rect;
+    place();
+}
+
+void PopoverWindow::place() {
+    const QScreen* screen = QGuiApplication::screenAt(anchor.center());
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    const PopoverPlacement placement =
+        placePopover(anchor, content->sizeHint(), screen->geometry(), screen->availableGeometry());
+
+    const int margin = composited ? shadowMargin : rimMargin;
+    setGeometry(placement.frame.adjusted(-margin, -margin, margin, margin));
+    frame.setGeometry(QRect(QPoint(margin, margin), placement.frame.size()));
+    frame.setArrow(placement.arrowEdge, placement.arrowCentre);
+    content->setGeometry(frame.contentRect());
+    if (!composited) {
+        QPainterPathStroker rim;
+        rim.setWidth(2 * rimMargin);
+        const QPainterPath outline = frame.outline().translated(frame.pos());
+        setMask(outline.united(rim.createStroke(outline)).toFillPolygon().toPolygon());
+    }
+}
+
+void PopoverWindow::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QPainterPath outline = frame.outline().translated(frame.pos());
+    if (composited)
+        drawShadow(painter, outline);
+    painter.strokePath(outline, QPen(rimColor, 2 * rimMargin));
+}
+
+void PopoverWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    if (event->spontaneous() && closeRequested)
+        closeRequested();
+}
+
+bool PopoverWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == content && event->type() == QEvent::LayoutRequest)
+        place();
+    return Window::eventFilter(watched, event);
+}
+
+} // namespace velloren

@@ -1,0 +1,56 @@
+#include "Services/Local/CurrentUserRecord.h"
+
+#include "Platform/Directories.h"
+#include "Platform/UserDefaults.h"
+
+namespace velloren {
+
+namespace {
+
+constexpr const char* idKey = "currentUser/id";
+constexpr const char* emailKey = "currentUser/email";
+constexpr const char* loggedInKey = "currentUser/loggedIn";
+
+std::optional<std::string> filledStringForKey(const UserDefaults& defaults, const char* key) {
+    auto value = defaults.stringForKey(key);
+    return value && !value->empty() ? value : std::nullopt;
+}
+
+void setOrRemove(UserDefaults& defaults, const char* key, const std::optional<std::string>& value) {
+    if (value)
+        defaults.setString(key, *value);
+    else
+        defaults.removeValue(key);
+}
+
+} // namespace
+
+std::filesystem::path currentUserFile() {
+    const auto folder = directories::configuration();
+    return folder ? *folder / "com.velloren.velloren-mac.ini" : std::filesystem::path();
+}
+
+std::optional<CurrentUserRecord> readCurrentUser(const std::filesystem::path& file) {
+    const UserDefaults defaults(file);
+    CurrentUserRecord user{.id = filledStringForKey(defaults, idKey),
+                           .email = filledStringForKey(defaults, emailKey),
+                           .loggedIn = defaults.boolForKey(loggedInKey).value_or(false)};
+    if (!user.id && !user.email)
+        return std::nullopt;
+    return user;
+}
+
+void storeCurrentUser(const std::filesystem::path& file, const CurrentUserRecord& user) {
+    UserDefaults defaults(file);
+    setOrRemove(defaults, idKey, user.id);
+    setOrRemove(defaults, emailKey, user.email);
+    defaults.setBool(loggedInKey, user.loggedIn);
+}
+
+void clearCurrentUser(const std::filesystem::path& file) {
+    UserDefaults defaults(file);
+    for (const char* key : {idKey, emailKey, loggedInKey})
+        defaults.removeValue(key);
+}
+
+} // namespace velloren

@@ -1,0 +1,121 @@
+#include "Services/Local/LocalLogger.h"
+
+#include "Platform/Directories.h"
+#include "Services/Local/PrivateFolder.h"
+#include "Services/Local/Text.h"
+
+#include <spdlog/logger.h>
+#include <spdlog/sinks/base_sink.h>
+#include <spdlog/sinks/rotating_file_sink.h>
+#include <spdlog/sinks/stdout_sinks.h>
+
+#include <chrono>
+#include <fcntl.h>
+#include <filesystem>
+#include <mutex>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace velloren {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* linePattern = "%Y-%m-%dT%H:%M:%S.%e%z %l %v";
+constexpr std::size_t largestFile = 1024 * 1024;
+constexpr std::size_t rotatedFiles = 2;
+constexpr std::size_t longestMessage = 16 * 1024;
+constexpr std::chrono::minutes pauseBetweenAttempts(1);
+
+// Also makes the file, for its owner alone.
+bool isWritableFile(const std::filesystem::path& path) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+                            S_IRUSR | S_IWUSR);
+    if (file < 0)
+        return false;
+
+    struct stat status {};
+
+    const bool regular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+    ::close(file);
+    return regular;
+}
+
+/// spdlog's rotating file, given up as a whole on the first error: it must not be used any more after a
+/// failed rotation.
+class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
+  public:
+    explicit LogFile(std::filesystem::path path) : path(std::move(path)) {}
+
+  protected:
+    void sink_it_(const spdlog::details::log_msg& message) override {
+        if (!file && Clock::now() < nextAttempt)
+            return;
+        try {
+            if (!file)
+                open();
+            if (file) {
+                file->log(message);
+                file->flush();
+            }
+        } catch (const spdlog::spdlog_ex&) {
+            file.reset();
+        }
+        if (!file)
+            nextAttempt = Clock::now() + pauseBetweenAttempts;
+    }
+
+    void flush_() override {}
+
+  private:
+    void open() {
+        if (!createPrivateFolder(path.parent_path()) || !isWritableFile(path))
+            return;
+        file =
+            std::make_unique<spdlog::sinks::rotating_file_sink_st>(path.string(), largestFile, rotatedFiles);
+        file->set_pattern(linePattern);
+    }
+
+    std::filesystem::path path;
+    std::unique_ptr<spdlog::sinks::rotating_file_sink_st> file;
+    Clock::time_point nextAttempt = Clock::time_point::min();
+};
+
+std::string shortened(const std::string& message) {
+    return message.size() <= longestMessage ? message : message.substr(0, longestMessage) + "...";
+}
+
+} // namespace
+
+LocalLogger::LocalLogger(const std::string& fileName) : logger(std::make_unique<spdlog::logger>("velloren")) {
+    auto standardError = std::make_shared<spdlog::sinks::stderr_sink_mt>();
+    standardError->set_pattern(linePattern);
+    logger->sinks().push_back(std::move(standardError));
+    if (const auto folder = directories::state())
+        logger->sinks().push_back(std::make_shared<LogFile>(*folder / fileName));
+    logger->set_level(spdlog::level::debug);
+    logger->set_error_handler([](const std::string&) {});
+}
+
+LocalLogger::~LocalLogger() = default;
+
+void LocalLogger::write(Level level, const std::string& message, const LogOrigin& origin) {
+    static const auto levelOf = [](Level level) {
+        switch (level) {
+        case Level::Debug:
+            return spdlog::level::debug;
+        case Level::Info:
+            return spdlog::level::info;
+        case Level::Error:
+            return spdlog::level::err;
+        }
+        return spdlog::level::err;
+    };
+    logger->log(levelOf(level), "{}:{} {} {}", origin.file, origin.line, origin.function,
+                printableLine(shortened(message)));
+}
+
+} // namespace velloren

@@ -1,0 +1,11 @@
+#include "Services/VSyncManager.h"
+
+#include "Platform/SharedInstance.h"
+
+namespace velloren {
+
+SyncManager& SyncManager::sharedInstance() {
+    return SharedInstance<SyncManager>::get();
+}
+
+} // namespace velloren

@@ -1,0 +1,11 @@
+#include "Services/VUserManager.h"
+
+#include "Platform/SharedInstance.h"
+
+namespace velloren {
+
+UserManager& UserManager::sharedInstance() {
+    return SharedInstance<UserManager>::get();
+}
+
+} // namespace velloren

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace velloren {
+
+/// The product's user, opaque but for these two.
+class User {
+  public:
+    User() = default;
+    User(const User&) = delete;
+    User& operator=(const User&) = delete;
+    virtual ~User() = default;
+
+    [[nodiscard]] virtual bool isLoggedIn() const = 0;
+
+    /// A printed form for log lines, one line without control characters.
+    [[nodiscard]] virtual std::string description() const = 0;
+};
+
+/// Knows the product's current user. Main thread only.
+class UserManager {
+  public:
+    UserManager() = default;
+    UserManager(const UserManager&) = delete;
+    UserManager& operator=(const UserManager&) = delete;
+    virtual ~UserManager() = default;
+
+    /// The process-wide instance, made on first use by the maker in SharedInstance<UserManager>.
+    static UserManager& sharedInstance();
+
+    /// The current user, read afresh from the defaults that the product shares. None when nobody is stored
+    /// there or the defaults cannot be read.
+    [[nodiscard]] virtual std::unique_ptr<User> forceReadCurrentUserFromNSUserDefaults() = 0;
+};
+
+} // namespace velloren

@@ -1,0 +1,74 @@
+#include "Shared/VApp.h"
+
+#include "Platform/FatalError.h"
+#include "Services/VLogger.h"
+
+namespace velloren {
+
+namespace {
+
+struct [[maybe_unused]] SchemeConfig {};
+
+const std::string& mainIdentifier() {
+    static const std::string identifier = "com.velloren.velloren-mac";
+    return identifier;
+}
+
+const std::string& menuIdentifier() {
+    static const std::string identifier = mainIdentifier() + ".menu";
+    return identifier;
+}
+
+const std::string& agentIdentifier() {
+    static const std::string identifier = mainIdentifier() + ".agent";
+    return identifier;
+}
+
+constexpr auto agentIsNotObservable = "Agent doesn't support this functionality. We need to re-architect XPC "
+                                      "solution, see https://issues.velloren.example/menu/agent-instances";
+
+} // namespace
+
+const std::string& VApp::supportMailAddress() {
+    static const std::string address = "support@velloren.example";
+    return address;
+}
+
+const std::string& VApp::bundleIdentifier() const {
+    switch (identity) {
+    case main:
+        return mainIdentifier();
+    case menu:
+        return menuIdentifier();
+    case agent:
+        return agentIdentifier();
+    }
+    fatalError("there is no such application");
+}
+
+std::vector<RunningApplication> VApp::runningInstances() const {
+    stopUnlessObservable();
+    return Workspace::shared().runningApplications(bundleIdentifier());
+}
+
+bool VApp::isRunning() const {
+    return !runningInstances().empty();
+}
+
+bool VApp::launchIfNotRunning() const {
+    stopUnlessObservable();
+    if (isRunning())
+        return false;
+    const bool launched = Workspace::shared().launchApplication(bundleIdentifier());
+    Logger::sharedInstance().info("Launching " + bundleIdentifier() +
+                                      ", launched=" + (launched ? "true" : "false"),
+                                  {"Shared/VApp", "launchIfNotRunning()", 94});
+    return true;
+}
+
+void VApp::stopUnlessObservable() const {
+    if (identity == agent)
+        fatalError(agentIsNotObservable, "Shared/VApp", 83);
+}
+
+} // namespace velloren

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace velloren {
+
+class View;
+
+/// Closes the popover through the application's delegate, in the name of any view inside it. Does nothing when
+/// the delegate is missing or is not the menu agent's.
+void closePopover(View& sender);
+
+} // namespace velloren

@@ -1,0 +1,96 @@
+#include "VellorenMenu/DateTexts.h"
+
+#include "Platform/CurrentLocale.h"
+#include "Platform/FatalError.h"
+
+#include <unicode/calendar.h>
+#include <unicode/dtptngen.h>
+#include <unicode/locid.h>
+#include <unicode/smpdtfmt.h>
+
+#include <memory>
+
+namespace velloren {
+
+namespace {
+
+icu::Locale currentLocale() {
+    return icu::Locale(CurrentLocale::identifier().c_str());
+}
+
+UDate momentOf(Date date) {
+    return static_cast<UDate>(date.time_since_epoch().count());
+}
+
+std::string formatted(Date date, const std::string& pattern, const icu::Locale& locale) {
+    CurrentLocale::followTimeZone();
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::SimpleDateFormat formatter(icu::UnicodeString::fromUTF8(pattern), locale, status);
+    if (U_FAILURE(status))
+        fatalError("the date formats of ICU are missing");
+
+    icu::UnicodeString text;
+    std::string result;
+    return formatter.format(momentOf(date), text).toUTF8String(result);
+}
+
+std::string formattedWithTime(Date date, const std::string& prefix) {
+    const std::string hour = isAMPMFormat() ? "h" : "HH";
+    return formatted(date, appendingAMPMIfNeeded(prefix + hour + ":mm"), currentLocale());
+}
+
+int dayOfMonth(icu::Calendar& calendar, Date date) {
+    UErrorCode status = U_ZERO_ERROR;
+    calendar.setTime(momentOf(date), status);
+    return calendar.get(UCAL_DAY_OF_MONTH, status);
+}
+
+} // namespace
+
+bool isAMPMFormat() {
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::DateTimePatternGenerator> generator(
+        icu::DateTimePatternGenerator::createInstance(currentLocale(), status));
+    if (U_FAILURE(status))
+        return false;
+    const icu::UnicodeString pattern = generator->getBestPattern(icu::UnicodeString(u"j"), status);
+    return U_SUCCESS(status) && pattern.indexOf(u'a') >= 0;
+}
+
+std::string appendingAMPMIfNeeded(const std::string& format) {
+    return isAMPMFormat() ? format + " a" : format;
+}
+
+std::string hhmm(Date date) {
+    return formattedWithTime(date, "");
+}
+
+std::string dMMMhhmm(Date date) {
+    return formattedWithTime(date, "d MMM, ");
+}
+
+std::string compactDayNameDateAndTimeForMenuIconApp(Date date) {
+    return formattedWithTime(date, "EEE dd MMM, ");
+}
+
+std::string compactDayNameAndDateString(Date date) {
+    return formatted(date, "EEEE  d MMMM, YYYY", icu::Locale("en_US"));
+}
+
+std::string relativeDate(Date meeting, Date now) {
+    CurrentLocale::followTimeZone();
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(currentLocale(), status));
+    if (U_FAILURE(status))
+        fatalError("the calendars of ICU are missing");
+
+    const int meetingDay = dayOfMonth(*calendar, meeting);
+    const int today = dayOfMonth(*calendar, now);
+    if (meetingDay == today)
+        return "Today at " + hhmm(meeting);
+    if (meetingDay == today + 1)
+        return "Tomorrow at " + hhmm(meeting);
+    return compactDayNameDateAndTimeForMenuIconApp(meeting);
+}
+
+} // namespace velloren

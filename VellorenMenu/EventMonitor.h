@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Platform/GlobalEvents.h"
+
+#include <functional>
+#include <optional>
+
+namespace velloren {
+
+/// Watches events outside this process's windows between `start` and `stop`. Main thread only.
+class EventMonitor {
+  public:
+    /// Gets the event that was seen.
+    using Handler = GlobalEvents::Handler;
+
+    EventMonitor(EventMask mask, Handler handler);
+    EventMonitor(const EventMonitor&) = delete;
+    EventMonitor& operator=(const EventMonitor&) = delete;
+    ~EventMonitor();
+
+    void start();
+    void stop();
+
+  private:
+    /// None while stopped.
+    std::optional<Subscription> monitor;
+    EventMask mask;
+    Handler handler;
+};
+
+} // namespace velloren

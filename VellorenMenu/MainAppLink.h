@@ -1,0 +1,81 @@
+#pragma once
+
+#include "Platform/Link.h"
+#include "Shared/Communication.h"
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace velloren {
+
+class EndPointHandler;
+
+/// The agent's side of its link to the main app: how the connection is found, made, retried and dropped, the
+/// requests that go over it, and those that wait until there is one.
+///
+/// Connected means that `mainAppCallerConnection` is set; then, normally, `mainAppCallerProxy` is set as well.
+/// Everything here is called on the main thread. The object outlives its link and the tasks it leaves on the
+/// main run loop: it lives as long as the process.
+class MainAppLink {
+  public:
+    /// A request for the main app.
+    struct OpenMeeting {
+        std::string id;
+    };
+    struct CreateNewMeeting {};
+    using Operation = std::variant<OpenMeeting, CreateNewMeeting>;
+
+    using Completion = std::function<void()>;
+    using MeetingsCompletion = std::function<void(Communication::Meetings)>;
+
+    explicit MainAppLink(Link& link);
+    MainAppLink(const MainAppLink&) = delete;
+    MainAppLink& operator=(const MainAppLink&) = delete;
+    virtual ~MainAppLink();
+
+    /// Opens the meeting now or, when the main app is not connected, once it has been launched and is.
+    void openMeeting(const std::string& id);
+    /// The same for creating a meeting.
+    void createNewMeeting();
+
+    /// Asks the main app for its meetings. `completion` gets its answer, none when that is no list, on the
+    /// link's thread; it is never called when the main app is not connected or does not answer.
+    void fetchMeetings(MeetingsCompletion completion);
+
+    /// Tries to connect now and every half second, until there is a connection or ten attempts were made since
+    /// the counter was last reset.
+    void checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
+
+    /// Asks the registry for the main app's endpoint and connects to it. `completion`, which may be none, runs
+    /// once the connection was made by this call; never when it was not.
+    void setupMainAppCallerConnection(Completion completion);
+
+    void clearUpMainAppCallerConnection();
+
+    /// Sends the waiting requests, oldest first.
+    void sendDelayedOperationsToMainApp();
+
+  protected:
+    [[nodiscard]] Link& link() const { return processLink; }
+
+    /// None while not connected, and when the far end's proxy is no `Communication`.
+    std::shared_ptr<Communication> mainAppCallerProxy;
+    std::unique_ptr<Connection> mainAppCallerConnection;
+    std::deque<Operation> operationsQueue;
+    /// States the limit; the check compares with its own number.
+    std::int64_t autoRetryConnectionMaxAttempts = 10;
+    std::int64_t autoRetryConnectionAttempt = 0;
+
+  private:
+    void connectToMainApp(const std::shared_ptr<EndPointHandler>& handler, const Endpoint& endpoint,
+                          const Completion& completion);
+    void deferUntilMainAppRuns(Operation operation);
+
+    Link& processLink;
+};
+
+} // namespace velloren

@@ -1,0 +1,196 @@
+#include "VellorenMenu/MainViewController.h"
+
+#include "Platform/FatalError.h"
+#include "Platform/RunLoop.h"
+#include "Services/VLogger.h"
+#include "Services/VMeetingManager.h"
+#include "Services/VSyncManager.h"
+#include "Services/VUserManager.h"
+#include "Shared/VApp.h"
+#include "VellorenMenu/MenuAppDelegate.h"
+#include "ui_Main.h"
+
+#include <algorithm>
+#include <array>
+
+namespace velloren {
+
+namespace {
+
+constexpr auto unit = "VellorenMenu/MainViewController";
+constexpr std::size_t shownMeetings = 3;
+
+template <class Row>
+Row& required(const QPointer<Row>& outlet) {
+    if (!outlet)
+        fatalError("a row of the popover is missing from its form");
+    return *outlet;
+}
+
+void setRow(ItemView& row, double height, bool hidden) {
+    if (row.heightConstraint)
+        row.heightConstraint->setConstant(height);
+    row.setItemHiddenFlag(hidden);
+}
+
+void show(ItemView& row) {
+    setRow(row, row.viewHeight(), false);
+}
+
+void collapse(ItemView& row) {
+    setRow(row, 0, true);
+}
+
+void bind(ItemView* row, Label* titleLabel) {
+    row->titleLabel = titleLabel;
+    row->heightConstraint = new LayoutConstraint(*row);
+}
+
+void bind(UpcommingMeetingItemView* row, Label* titleLabel, Label* timeLabel, QAbstractButton* openButton) {
+    bind(row, titleLabel);
+    row->timeLabel = timeLabel;
+    row->openButton = openButton;
+}
+
+std::vector<Meeting> meetingsFrom(const std::vector<Dictionary>& dictionaries) {
+    std::vector<Meeting> meetings;
+    meetings.reserve(dictionaries.size());
+    for (const Dictionary& dictionary : dictionaries) {
+        const auto text = [&](const char* key) -> std::optional<std::string> {
+            const auto entry = dictionary.find(key);
+            const auto* value =
+                entry == dictionary.end() ? nullptr : std::get_if<std::string>(&entry->second);
+            return value ? std::optional(*value) : std::nullopt;
+        };
+        meetings.push_back({text("id"), text("title"), text("startTime")});
+    }
+    return meetings;
+}
+
+} // namespace
+
+MainViewController::MainViewController() : rootView(std::make_unique<MainContentView>()) {
+    Ui::Main form;
+    form.setupUi(rootView.get());
+    form.uploadItemAnimatingView->setWantsLayer(true);
+
+    noMeetingView = form.noMeetingView;
+    bind(form.noMeetingView, form.noMeetingTitleLabel);
+
+    firstMeetingView = form.firstMeetingView;
+    bind(form.firstMeetingView, form.firstMeetingTitleLabel, form.firstMeetingTimeLabel,
+         form.firstMeetingOpenButton);
+    secondMeetingView = form.secondMeetingView;
+    bind(form.secondMeetingView, form.secondMeetingTitleLabel, form.secondMeetingTimeLabel,
+         form.secondMeetingOpenButton);
+    thridMeetingView = form.thridMeetingView;
+    bind(form.thridMeetingView, form.thridMeetingTitleLabel, form.thridMeetingTimeLabel,
+         form.thridMeetingOpenButton);
+
+    createMeetingView = form.createMeetingView;
+    bind(form.createMeetingView, form.createMeetingTitleLabel);
+    createMeetingView->createButton = form.createMeetingButton;
+    form.createMeetingImageView->setImage(Image::named(QStringLiteral("createMeeting")));
+
+    uploadItemView = form.uploadItemView;
+    bind(form.uploadItemView, form.uploadItemTitleLabel);
+    uploadItemView->imageView = form.uploadItemImageView;
+    uploadItemView->animatingView = form.uploadItemAnimatingView;
+
+    awakeFromNib(*rootView);
+}
+
+MainViewController::~MainViewController() = default;
+
+std::unique_ptr<MainViewController> MainViewController::controller() {
+    std::unique_ptr<MainViewController> controller(new MainViewController);
+    controller->viewDidLoad();
+    return controller;
+}
+
+void MainViewController::viewWillAppear() {
+    ViewController::viewWillAppear();
+    showNoMeetingsView();
+    const bool running = VApp(VApp::main).isRunning();
+    Logger::sharedInstance().debug(std::string("MainViewController viewWillAppear(), Velloren main app is running=") +
+                                       (running ? "true" : "false"),
+                                   {unit, "viewWillAppear()", 36});
+    if (!showCreateRowForUser())
+        return;
+    if (VApp(VApp::main).isRunning())
+        fetchFromMainApp();
+    else
+        layOut(fetchMeetings());
+}
+
+void MainViewController::viewDidAppear() {
+    ViewController::viewDidAppear();
+    UploadItemView& row = required(uploadItemView);
+    if (SyncManager::sharedInstance().isSyncing())
+        row.startActivity();
+    else
+        row.makeUptoDate();
+}
+
+bool MainViewController::showCreateRowForUser() {
+    const auto user = UserManager::sharedInstance().forceReadCurrentUserFromNSUserDefaults();
+    if (!user || !user->isLoggedIn()) {
+        collapse(required(createMeetingView));
+        return false;
+    }
+    Logger::sharedInstance().debug("Velloren Menu: user currently logged in main app " + user->description(),
+                                   {unit, "viewWillAppear()", 47});
+    show(required(createMeetingView));
+    return true;
+}
+
+void MainViewController::fetchFromMainApp() {
+    auto* delegate = dynamic_cast<MenuAppDelegate*>(Application::shared().delegate());
+    if (!delegate)
+        return;
+    delegate->fetchMeetings([this](const Communication::Meetings& answer) {
+        auto meetings = answer ? std::optional(meetingsFrom(*answer)) : std::nullopt;
+        RunLoop::main().post([this, meetings = std::move(meetings)] { layOut(meetings); });
+    });
+}
+
+std::optional<std::vector<Meeting>> MainViewController::fetchMeetings() {
+    auto meetings = MeetingFetcher().fetchNextMeetingsSortedByDate(true);
+    Logger::sharedInstance().debug(
+        meetings ? "Fetching from Realm, meetings.count=" + std::to_string(meetings->size())
+                 : std::string("Fetching from Realm failed, returned object is nil"),
+        {unit, "fetchMeetings()"});
+    return meetings;
+}
+
+void MainViewController::showNoMeetingsView() {
+    show(required(noMeetingView));
+    collapse(required(firstMeetingView));
+    collapse(required(secondMeetingView));
+    collapse(required(thridMeetingView));
+}
+
+void MainViewController::loadUpcoming(const std::optional<std::vector<Meeting>>& meetings) {
+    layOut(meetings);
+}
+
+void MainViewController::layOut(const std::optional<std::vector<Meeting>>& meetings) {
+    const std::size_t count = meetings ? std::min(meetings->size(), shownMeetings) : 0;
+    if (count == 0) {
+        showNoMeetingsView();
+        return;
+    }
+    collapse(required(noMeetingView));
+    const std::array rows{&firstMeetingView, &secondMeetingView, &thridMeetingView};
+    for (std::size_t index = 0; index < rows.size(); ++index) {
+        UpcommingMeetingItemView& row = required(*rows[index]);
+        if (index < count) {
+            show(row);
+            row.configureForMeeting((*meetings)[index]);
+        } else {
+            collapse(row);
+        }
+    }
+}
+
+} // namespace velloren

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Platform/Link.h"
+#include "Platform/ViewController.h"
+#include "Services/VModel.h"
+#include "Shared/Communication.h"
+#include "VellorenMenu/CreateMeetingItemView.h"
+#include "VellorenMenu/ItemView.h"
+#include "VellorenMenu/MainContentView.h"
+#include "VellorenMenu/UpcommingMeetingItemView.h"
+#include "VellorenMenu/UploadItemView.h"
+
+#include <QPointer>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace velloren {
+
+/// The controller of the popover's content: at most three upcoming meetings, the row that creates one, and the
+/// upload row, all fetched and set afresh at every appearance. It keeps no list of its own and outlives every
+/// answer of the main app. Main thread only.
+class MainViewController final : public ViewController {
+  public:
+    /// Made from the form `Main`.
+    [[nodiscard]] static std::unique_ptr<MainViewController> controller();
+
+    ~MainViewController() override;
+
+    [[nodiscard]] QWidget& view() override { return *rootView; }
+    void viewWillAppear() override;
+    void viewDidAppear() override;
+
+    void showNoMeetingsView();
+
+    /// Lays out the meetings; none is laid out like an empty list.
+    void loadUpcoming(const std::optional<std::vector<Meeting>>& meetings);
+
+    /// Reads the local store. None when it could not be read.
+    [[nodiscard]] std::optional<std::vector<Meeting>> fetchMeetings();
+
+    // The outlets, set from the form; reaching one that is missing stops the process.
+    QPointer<ItemView> noMeetingView;
+    QPointer<UpcommingMeetingItemView> firstMeetingView;
+    QPointer<UpcommingMeetingItemView> secondMeetingView;
+    QPointer<UpcommingMeetingItemView> thridMeetingView;
+    QPointer<CreateMeetingItemView> createMeetingView;
+    QPointer<UploadItemView> uploadItemView;
+
+  private:
+    MainViewController();
+
+    [[nodiscard]] bool showCreateRowForUser();
+    void fetchFromMainApp();
+    void layOut(const std::optional<std::vector<Meeting>>& meetings);
+
+    std::unique_ptr<MainContentView> rootView;
+};
+
+} // namespace velloren

@@ -1,0 +1,132 @@
+#include "VellorenMenu/MenuAppDelegate.h"
+
+#include "Platform/RunLoop.h"
+#include "Platform/UserDefaults.h"
+#include "Shared/VApp.h"
+#include "VellorenMenu/DelegateLog.h"
+#include "VellorenMenu/EndPointHandler.h"
+
+namespace velloren {
+
+namespace {
+
+constexpr double statusItemLength = 28.0;             // points
+constexpr QRect menubarIconFrame(0, 0, 28, 22);       // points
+
+bool isAboutMainApp(const Notification& notification) {
+    if (!notification.userInfo)
+        return false;
+    const auto entry = notification.userInfo->find("NSApplicationBundleIdentifier");
+    if (entry == notification.userInfo->end())
+        return false;
+    const auto* identifier = std::get_if<std::string>(&entry->second);
+    return identifier && *identifier == VApp(VApp::main).bundleIdentifier();
+}
+
+} // namespace
+
+MenuAppDelegate::MenuAppDelegate(Link& link)
+    : MainAppLink(link), statusBar(StatusBar::systemStatusBar().statusItemWithLength(statusItemLength)),
+      menubarIcon(new MenubarIcon(menubarIconFrame)) {}
+
+MenuAppDelegate::~MenuAppDelegate() {
+    if (menubarIcon)
+        menubarIcon->setDelegate(nullptr);
+    if (menubarIcon && !menubarIcon->parent())
+        delete menubarIcon;
+}
+
+void MenuAppDelegate::applicationDidFinishLaunching() {
+    Workspace& workspace = Workspace::shared();
+    launches = workspace.addObserver(Workspace::Notice::DidLaunchApplication,
+                                     [this](const Notification& notification) { appLaunched(notification); });
+    terminations = workspace.addObserver(Workspace::Notice::DidTerminateApplication,
+                                         [this](const Notification& notification) { appTerminated(notification); });
+    if (VApp(VApp::main).isRunning())
+        checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
+    setupListeningForIncomingMethodCalls();
+    setupUI();
+    setupFabric();
+}
+
+void MenuAppDelegate::setupFabric() {
+    Logger::sharedInstance().info("Setting up Fabric", delegateFunction("setupFabric()"));
+    UserDefaults::standardUserDefaults().registerDefaults({{"NSApplicationCrashOnExceptions", "true"}});
+}
+
+ApplicationDelegate::TerminateReply MenuAppDelegate::applicationShouldTerminate(const std::string& sender) {
+    Logger::sharedInstance().debug("applicationShouldTerminate: " + sender,
+                                   delegateFunction("applicationShouldTerminate"));
+    return TerminateReply::TerminateNow;
+}
+
+void MenuAppDelegate::applicationWillTerminate() {
+    Logger::sharedInstance().debug("applicationWillTerminate", delegateFunction("applicationWillTerminate"));
+    removeListenerEndpoint();
+    if (menuAppListenerConnection) {
+        menuAppListenerConnection->setInvalidationHandler(nullptr);
+        menuAppListenerConnection->setInterruptionHandler(nullptr);
+    }
+    menuAppListenerConnection = nullptr;
+}
+
+void MenuAppDelegate::appLaunched(const Notification& notification) {
+    if (!isAboutMainApp(notification))
+        return;
+    Logger::sharedInstance().info("Main app is launched", delegateFunction("appLaunched"));
+    autoRetryConnectionAttempt = 0;
+    checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
+}
+
+void MenuAppDelegate::appTerminated(const Notification& notification) {
+    if (!isAboutMainApp(notification))
+        return;
+    Logger::sharedInstance().info("Main app is terminated", delegateFunction("appTerminated"));
+    clearUpMainAppCallerConnection();
+}
+
+void MenuAppDelegate::setupListeningForIncomingMethodCalls() {
+    constexpr auto function = "setupListeningForIncomingMethodCalls()";
+    menuAppListener = link().anonymousListener();
+    if (!menuAppListener)
+        return;
+    menuAppListener->setDelegate(this);
+    menuAppListener->resume();
+    const auto endpoint = menuAppListener->endpoint();
+    if (!endpoint)
+        return;
+
+    const EndPointHandler handler(link());
+    if (!handler.remoteObjectProxy)
+        return;
+    handler.remoteObjectProxy->registerListenerEndpoint(
+        *endpoint, VApp(VApp::menu).bundleIdentifier(), [](bool stored) {
+            const std::string result = stored ? "SUCCESSFUL" : "FAILED";
+            Logger::sharedInstance().info("Registering menuAppListener endpoint " + result,
+                                          delegateFunction(function));
+        });
+}
+
+void MenuAppDelegate::removeListenerEndpoint() {
+    const EndPointHandler handler(link());
+    if (handler.remoteObjectProxy)
+        handler.remoteObjectProxy->removeListenerEndpoint(VApp(VApp::menu).bundleIdentifier());
+}
+
+void MenuAppDelegate::displaySyncing() {
+    display(MenubarIcon::State::syncing, "displaySyncing()");
+}
+
+void MenuAppDelegate::displayNotSyncing() {
+    display(MenubarIcon::State::notSyncing, "displayNotSyncing()");
+}
+
+void MenuAppDelegate::display(MenubarIcon::State state, const char* function) {
+    RunLoop::main().post([this, state, function] {
+        Logger::sharedInstance().debug(function, delegateFunction(function));
+        menubarIcon->setState(state);
+        menubarIcon->applyState();
+    });
+}
+
+} // namespace velloren

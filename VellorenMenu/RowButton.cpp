@@ -1,0 +1,18 @@
+#include "VellorenMenu/RowButton.h"
+
+#include "VellorenMenu/Colors.h"
+
+#include <QPainter>
+
+namespace velloren {
+
+void RowButton::paintEvent(QPaintEvent*) {
+    if (!hasFocus())
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(colors::focusBlue, 2));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(5, 3, -5, -3), 6, 6);
+}
+
+} // namespace velloren

@@ -1,0 +1,19 @@
+#include "VellorenMenu/URLs.h"
+
+namespace velloren {
+
+const std::string& URLs::rawValue(ConnectionProtocol protocol) {
+    static const std::string http = "http://";
+    static const std::string https = "https://";
+    return protocol == ConnectionProtocol::http ? http : https;
+}
+
+std::optional<URLs::ConnectionProtocol> URLs::connectionProtocol(std::string_view text) {
+    for (const auto protocol : {ConnectionProtocol::http, ConnectionProtocol::https}) {
+        if (text == rawValue(protocol))
+            return protocol;
+    }
+    return std::nullopt;
+}
+
+} // namespace velloren

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Services/VFoundation.h"
+#include "Services/VModel.h"
+#include "VellorenMenu/ItemView.h"
+
+#include <QAbstractButton>
+
+#include <optional>
+#include <string>
+
+namespace velloren {
+
+/// The row of one upcoming meeting: its title, its start relative to now, and a button that opens it.
+/// Main thread only.
+class UpcommingMeetingItemView final : public ItemView {
+    Q_OBJECT
+
+  public:
+    using ItemView::ItemView;
+
+    QPointer<Label> timeLabel;
+    QPointer<QAbstractButton> openButton;
+    /// Empty before the first meeting with an identifier was shown.
+    std::string meetingId;
+
+    [[nodiscard]] double viewHeight() const override { return 60.0; }
+
+    void awakeFromNib() override;
+
+    /// Shows the meeting; a field that it lacks leaves the row's earlier value in place.
+    void configureForMeeting(const Meeting& meeting);
+
+    /// The row's text for a start time. None when that cannot be read.
+    [[nodiscard]] static std::optional<std::string> relativeDateFromDateString(const std::string& startTime);
+
+    /// Closes the popover and opens the meeting in the main app.
+    void openMeetingClicked();
+};
+
+} // namespace velloren

@@ -1,0 +1,126 @@
+#include "Platform/Application.h"
+#include "Platform/Directories.h"
+#include "Platform/Freedesktop/DBusLink.h"
+#include "Platform/Freedesktop/DBusWorkspace.h"
+#include "Platform/Freedesktop/DesktopSettings.h"
+#include "Platform/Freedesktop/StatusNotifierBar.h"
+#include "Platform/Freedesktop/TerminationSignals.h"
+#include "Platform/Freedesktop/XInputEvents.h"
+#include "Platform/QtRunLoop.h"
+#include "Platform/SharedInstance.h"
+#include "Platform/UserDefaults.h"
+#include "Services/Local/LocalLogger.h"
+#include "Services/Local/LocalMeetingStore.h"
+#include "Services/Local/LocalSyncManager.h"
+#include "Services/Local/LocalUserManager.h"
+#include "Shared/VApp.h"
+#include "VellorenMenu/MenuAppDelegate.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+
+#include <cstdio>
+#include <cstdlib>
+
+using namespace velloren;
+
+namespace {
+
+/// The services of this process, from the desktop and the product's files; they go in the reverse order.
+class ProcessServices {
+  public:
+    explicit ProcessServices(const QDBusConnection& bus) {
+        SharedInstance<RunLoop>::provide([] { return std::make_unique<QtRunLoop>(); });
+        SharedInstance<Logger>::provide([] { return std::make_unique<LocalLogger>("menu.log"); });
+        SharedInstance<MeetingStore>::provide([] { return LocalMeetingStore::ofThisUser(); });
+        SharedInstance<SyncManager>::provide([] { return LocalSyncManager::ofThisUser(); });
+        SharedInstance<UserManager>::provide([] { return LocalUserManager::ofThisUser(); });
+        SharedInstance<UserDefaults>::provide([] { return std::make_unique<UserDefaults>(defaultsFile()); });
+        SharedInstance<Workspace>::provide([bus] {
+            return std::make_unique<DBusWorkspace>(
+                bus, std::vector{VApp(VApp::main).bundleIdentifier(), VApp(VApp::menu).bundleIdentifier()});
+        });
+        SharedInstance<GlobalEvents>::provide([] { return std::make_unique<XInputEvents>(); });
+        SharedInstance<StatusBar>::provide([bus] {
+            const auto& identifier = VApp(VApp::menu).bundleIdentifier();
+            return std::make_unique<StatusNotifierBar>(bus, QString::fromStdString(identifier),
+                                                       QStringLiteral("Velloren"));
+        });
+    }
+
+    ProcessServices(const ProcessServices&) = delete;
+    ProcessServices& operator=(const ProcessServices&) = delete;
+
+    ~ProcessServices() {
+        SharedInstance<StatusBar>::reset();
+        SharedInstance<GlobalEvents>::reset();
+        SharedInstance<Workspace>::reset();
+        SharedInstance<UserDefaults>::reset();
+        SharedInstance<UserManager>::reset();
+        SharedInstance<SyncManager>::reset();
+        SharedInstance<MeetingStore>::reset();
+        SharedInstance<Logger>::reset();
+        SharedInstance<RunLoop>::reset();
+    }
+
+  private:
+    static std::filesystem::path defaultsFile() {
+        const auto folder = directories::configuration();
+        return folder ? *folder / (VApp(VApp::menu).bundleIdentifier() + ".ini") : std::filesystem::path();
+    }
+};
+
+int fail(const char* reason) {
+    std::fprintf(stderr, "velloren-menu: %s\n", reason);
+    return EXIT_FAILURE;
+}
+
+/// Ends the process when the session bus does: nothing the agent is for works without it.
+class SessionEnd final : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit SessionEnd(QDBusConnection bus) {
+        bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                    QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+                    SLOT(busDisconnected()));
+    }
+
+  private slots:
+    void busDisconnected() { QCoreApplication::exit(fail("the session bus went away")); }
+};
+
+int runAgent(TerminationSignals& signals) {
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    Application application;
+    const ProcessServices services(bus);
+    const SessionEnd sessionEnd(bus);
+    if (!announceRunning(bus, VApp(VApp::menu).bundleIdentifier()))
+        return fail("the session bus does not let this program have its name");
+
+    DBusLink link;
+    MenuAppDelegate delegate(link);
+    application.setDelegate(&delegate);
+    signals.setHandler([&application](const std::string& sender) { application.terminate(sender); });
+    const DesktopSettings settings(bus, [&delegate] { delegate.icon().setNeedsDisplay(); });
+    return application.run();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    TerminationSignals signals;
+    QCoreApplication::setApplicationName(QStringLiteral("velloren-menu"));
+    if (!qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY") &&
+        !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        return fail("there is no display to show anything on");
+
+    const QApplication qtApplication(argc, argv);
+    if (!QDBusConnection::sessionBus().isConnected())
+        return fail("there is no session bus; start this program from a desktop session");
+    QApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setDesktopFileName(QString::fromStdString(VApp(VApp::menu).bundleIdentifier()));
+    return runAgent(signals);
+}
+
+#include "main.moc"
