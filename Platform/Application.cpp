@@ -44,7 +44,8 @@ void Application::terminate(const std::string& sender) {
     terminating = true;
     if (currentDelegate)
         currentDelegate->applicationWillTerminate();
-    QCoreApplication::quit();
+    // quit() would first ask every window, and give up when one declines.
+    QCoreApplication::exit(0);
 }
 
 std::string Application::description() const {

@@ -2,21 +2,20 @@
 
 #include <unicode/timezone.h>
 
-#include <array>
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
-#include <regex>
 #include <string_view>
 #include <sys/stat.h>
 #include <system_error>
+#include <utility>
 
 namespace velloren {
 
 namespace {
 
 constexpr const char* localTime = "/etc/localtime";
-constexpr std::size_t longestName = 64;
 
 HourCycle& desktopHourCycle() {
     static HourCycle cycle = HourCycle::FromLocale;
@@ -42,13 +41,41 @@ std::string scriptOfModifier(std::string_view modifier) {
     return {};
 }
 
+bool hasOnly(bool (*allowed)(char), std::string_view text) {
+    return std::all_of(text.begin(), text.end(), allowed);
+}
+
+bool isLanguage(std::string_view text) {
+    return (text.size() == 2 || text.size() == 3) &&
+           hasOnly([](char c) { return c >= 'a' && c <= 'z'; }, text);
+}
+
+bool isTerritory(std::string_view text) {
+    return (text.size() == 2 && hasOnly([](char c) { return c >= 'A' && c <= 'Z'; }, text)) ||
+           (text.size() == 3 && hasOnly([](char c) { return c >= '0' && c <= '9'; }, text));
+}
+
+/// Cuts `text` before `mark` and hands out what stood behind it.
+std::string_view cutAt(char mark, std::string_view& text) {
+    const std::size_t position = text.find(mark);
+    if (position == std::string_view::npos)
+        return {};
+    const std::string_view behind = text.substr(position + 1);
+    text = text.substr(0, position);
+    return behind;
+}
+
 // language[_territory][.codeset][@modifier] -> language[_script][_territory]
-std::optional<std::string> icuIdentifierOf(const std::string& name) {
-    static const std::regex form("([a-z]{2,3})(_(?:[A-Z]{2}|[0-9]{3}))?(?:\\.[A-Za-z0-9-]+)?(?:@([a-z]+))?");
-    std::smatch parts;
-    if (name.size() > longestName || !std::regex_match(name, parts, form))
+std::optional<std::string> icuIdentifierOf(std::string_view name) {
+    const std::string_view modifier = cutAt('@', name);
+    cutAt('.', name);
+    const std::string_view territory = cutAt('_', name);
+    if (!isLanguage(name) || (!territory.empty() && !isTerritory(territory)))
         return std::nullopt;
-    return parts.str(1) + scriptOfModifier(parts.str(3)) + parts.str(2);
+    std::string identifier = std::string(name) + scriptOfModifier(modifier);
+    if (!territory.empty())
+        identifier.append("_").append(territory);
+    return identifier;
 }
 
 std::string hoursOf(HourCycle cycle) {

@@ -2,10 +2,14 @@
 
 #include <QWidget>
 
+#include <utility>
+
 namespace velloren {
 
 void awakeFromNib(QWidget& root) {
-    for (QWidget* widget : root.findChildren<QWidget*>() << &root) {
+    auto widgets = root.findChildren<QWidget*>();
+    widgets.append(&root);
+    for (QWidget* widget : std::as_const(widgets)) {
         if (auto* awakening = dynamic_cast<AwakesFromNib*>(widget))
             awakening->awakeFromNib();
     }

@@ -23,10 +23,11 @@ bool isHorizontal(ArrowEdge edge) {
     return edge == ArrowEdge::Top || edge == ArrowEdge::Bottom;
 }
 
-/// The start of a stretch of `length` centred on `centre` and kept within [first, last], from `first` when it
-/// does not fit.
+/// The start of a stretch of `length` centred on `centre` and kept within [first, last] less the gap, from its
+/// beginning when it does not fit.
 int centredWithin(int centre, int length, int first, int last) {
-    return std::max(first, std::min(centre - length / 2, last - length + 1));
+    constexpr int gap = PopoverMetrics::screenGap;
+    return std::max(first + gap, std::min(centre - length / 2, last - gap - length + 1));
 }
 
 int tipWithin(int tip, int length) {

@@ -20,6 +20,7 @@ struct PopoverMetrics {
     static constexpr int arrowLength = 8;
     static constexpr int arrowHalfWidth = 10;
     static constexpr int cornerRadius = 8;
+    static constexpr int screenGap = 4; ///< kept between the frame and the sides of the available area
 };
 
 /// Places a popover whose content is `content` large beside `anchor`, inside `available`: below an anchor in a

@@ -40,6 +40,26 @@ bool desktopIsComposited() {
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
+/// None on the arrow's side: a window that reaches into the panel gets moved away by window managers.
+QMargins marginsAround(ArrowEdge arrowEdge, int margin) {
+    QMargins margins(margin, margin, margin, margin);
+    switch (arrowEdge) {
+    case ArrowEdge::Top:
+        margins.setTop(0);
+        break;
+    case ArrowEdge::Bottom:
+        margins.setBottom(0);
+        break;
+    case ArrowEdge::Left:
+        margins.setLeft(0);
+        break;
+    case ArrowEdge::Right:
+        margins.setRight(0);
+        break;
+    }
+    return margins;
+}
+
 void drawShadow(QPainter& painter, const QPainterPath& outline) {
     painter.setBrush(Qt::NoBrush);
     painter.translate(0, shadowOffset);
@@ -139,12 +159,13 @@ void PopoverWindow::place() {
     const QScreen* screen = QGuiApplication::screenAt(anchor.center());
     if (!screen)
         screen = QGuiApplication::primaryScreen();
+    const QSize size = content->sizeHint().expandedTo(content->minimumSize()).boundedTo(content->maximumSize());
     const PopoverPlacement placement =
-        placePopover(anchor, content->sizeHint(), screen->geometry(), screen->availableGeometry());
+        placePopover(anchor, size, screen->geometry(), screen->availableGeometry());
 
-    const int margin = composited ? shadowMargin : rimMargin;
-    setGeometry(placement.frame.adjusted(-margin, -margin, margin, margin));
-    frame.setGeometry(QRect(QPoint(margin, margin), placement.frame.size()));
+    const QMargins margins = marginsAround(placement.arrowEdge, composited ? shadowMargin : rimMargin);
+    setGeometry(placement.frame.marginsAdded(margins));
+    frame.setGeometry(QRect(QPoint(margins.left(), margins.top()), placement.frame.size()));
     frame.setArrow(placement.arrowEdge, placement.arrowCentre);
     content->setGeometry(frame.contentRect());
     if (!composited) {

@@ -21,7 +21,8 @@ void ItemView::setItemHidden(bool hidden) {
 
 void ItemView::drawRect(QPainter& painter, const QRect& dirtyRect) {
     painter.fillRect(dirtyRect, backgroundColor);
-    painter.fillRect(QRect(0, height() - 1, width(), 1), colors::hairline);
+    if (drawsHairline)
+        painter.fillRect(QRect(0, height() - 1, width(), 1), colors::hairline);
     View::drawRect(painter, dirtyRect);
 }
 

@@ -14,6 +14,7 @@ namespace velloren {
 class ItemView : public View {
     Q_OBJECT
     Q_PROPERTY(QColor bgColor READ bgColor WRITE setBgColor)
+    Q_PROPERTY(bool hairline READ hairline WRITE setHairline)
 
   public:
     explicit ItemView(QWidget* parent = nullptr);
@@ -24,6 +25,10 @@ class ItemView : public View {
 
     [[nodiscard]] const QColor& bgColor() const { return backgroundColor; }
     void setBgColor(const QColor& color);
+
+    /// Whether a thin line at the bottom sets the row apart from the next.
+    [[nodiscard]] bool hairline() const { return drawsHairline; }
+    void setHairline(bool draws) { drawsHairline = draws; }
 
     /// The height of the shown row.
     [[nodiscard]] virtual double viewHeight() const { return storedViewHeight; }
@@ -42,6 +47,7 @@ class ItemView : public View {
     QColor backgroundColor;
     double storedViewHeight = 34.0;
     bool itemHidden = false;
+    bool drawsHairline = true;
 };
 
 } // namespace velloren

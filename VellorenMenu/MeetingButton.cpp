@@ -26,6 +26,12 @@ MeetingButton::MeetingButton(QWidget* parent) : QPushButton(parent), color(color
     setAttribute(Qt::WA_Hover);
 }
 
+void MeetingButton::setPixelSize(int size) {
+    QFont changed = font();
+    changed.setPixelSize(size);
+    setFont(changed);
+}
+
 void MeetingButton::awakeFromNib() {
     styledTitle = AttributedTitle{text(), color, font(), Qt::AlignHCenter | Qt::AlignVCenter};
 }

@@ -13,6 +13,7 @@ namespace velloren {
 /// own font and in `textColor`; later changes of either are not restyled. Main thread only.
 class MeetingButton final : public QPushButton, public AwakesFromNib {
     Q_OBJECT
+    Q_PROPERTY(int pixelSize READ pixelSize WRITE setPixelSize)
     Q_PROPERTY(QColor textColor READ textColor WRITE setTextColor)
 
   public:
@@ -25,6 +26,10 @@ class MeetingButton final : public QPushButton, public AwakesFromNib {
     };
 
     explicit MeetingButton(QWidget* parent = nullptr);
+
+    /// The size of the title's font.
+    [[nodiscard]] int pixelSize() const { return font().pixelSize(); }
+    void setPixelSize(int size);
 
     [[nodiscard]] const QColor& textColor() const { return color; }
     void setTextColor(const QColor& newColor) { color = newColor; }

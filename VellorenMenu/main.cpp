@@ -86,7 +86,7 @@ class SessionEnd final : public QObject {
                     SLOT(busDisconnected()));
     }
 
-  private slots:
+  private Q_SLOTS:
     void busDisconnected() { QCoreApplication::exit(fail("the session bus went away")); }
 };
 

@@ -23,7 +23,7 @@ class DBusWorkspace final : public QObject, public Workspace {
     runningApplications(const std::string& bundleIdentifier) override;
     bool launchApplication(const std::string& bundleIdentifier) override;
 
-  private slots:
+  private Q_SLOTS:
     void nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner);
 
   private:

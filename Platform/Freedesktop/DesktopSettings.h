@@ -19,7 +19,7 @@ class DesktopSettings final : public QObject {
     /// `changed` runs after each setting that was taken over.
     DesktopSettings(const QDBusConnection& sessionBus, std::function<void()> changed);
 
-  private slots:
+  private Q_SLOTS:
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
   private:

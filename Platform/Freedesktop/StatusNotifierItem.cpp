@@ -143,7 +143,7 @@ void StatusNotifierItem::registerWithWatcher() {
 void StatusNotifierItem::refreshIcon() {
     const StatusNotifierPixmaps shown = std::exchange(pixmaps, {});
     if (iconPixmap() != shown)
-        emit NewIcon();
+        Q_EMIT NewIcon();
 }
 
 void StatusNotifierItem::pressed(int x, int y) {

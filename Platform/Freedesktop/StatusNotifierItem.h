@@ -70,14 +70,14 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     [[nodiscard]] StatusNotifierPixmaps iconPixmap();
     [[nodiscard]] StatusNotifierToolTip toolTip() const;
 
-  public slots: // the host's calls
+  public Q_SLOTS: // the host's calls
     void Activate(int x, int y);
     void ContextMenu(int x, int y);
     void SecondaryActivate(int x, int y);
     void Scroll(int delta, const QString& orientation);
     void ProvideXdgActivationToken(const QString& token);
 
-  signals:
+  Q_SIGNALS:
     void NewIcon();
 
   private:
