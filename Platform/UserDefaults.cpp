@@ -22,7 +22,7 @@ namespace velloren {
 
 namespace {
 
-constexpr off_t largestFile = 1024 * 1024;
+constexpr off_t largestFile = off_t{1024} * 1024;
 
 class Descriptor {
   public:

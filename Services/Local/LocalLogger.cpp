@@ -25,9 +25,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* linePattern = "%Y-%m-%dT%H:%M:%S.%e%z %l %v";
-constexpr std::size_t largestFile = 1024 * 1024;
+constexpr std::size_t largestFile = std::size_t{1024} * 1024;
 constexpr std::size_t rotatedFiles = 2;
-constexpr std::size_t longestMessage = 16 * 1024;
+constexpr std::size_t longestMessage = std::size_t{16} * 1024;
 constexpr std::chrono::minutes pauseBetweenAttempts(1);
 
 // Also makes the file, for its owner alone.

@@ -21,38 +21,52 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds timeLimit(50);
+constexpr std::chrono::milliseconds timeLimit(45);
 constexpr std::chrono::milliseconds pauseWhileLocked(1);
 constexpr int stepsBetweenLooksAtTheTime = 1000;
 constexpr int longestValue = 1024 * 1024;
-// SQLite reads the whole log of a crashed writer in one go, at some hundred MiB a second.
-constexpr std::uintmax_t largestWriteAheadLog = std::uintmax_t{8} * 1024 * 1024;
+// The first reader after a crash reads the whole log in one go, without looking at the time.
+constexpr std::uintmax_t largestWriteAheadLog = std::uintmax_t{16} * 1024 * 1024;
 
-/// When a query must be done. SQLite asks it while it works and while it waits for a lock.
-class Deadline {
-  public:
-    explicit Deadline(sqlite3* database) {
-        sqlite3_progress_handler(database, stepsBetweenLooksAtTheTime, &Deadline::interruptWork, this);
-        sqlite3_busy_handler(database, &Deadline::waitForLock, this);
-    }
+// When the query of this thread must be done. SQLite asks while it works and while it waits for a lock.
+thread_local SteadyClock::time_point deadline;
 
-    Deadline(const Deadline&) = delete;
-    Deadline& operator=(const Deadline&) = delete;
+int interruptWork(void*) {
+    return SteadyClock::now() >= deadline ? 1 : 0;
+}
 
-  private:
-    static int interruptWork(void* self) { return static_cast<Deadline*>(self)->hasPassed() ? 1 : 0; }
+int waitForLock(void*, int) {
+    if (SteadyClock::now() >= deadline)
+        return 0;
+    std::this_thread::sleep_for(pauseWhileLocked);
+    return 1;
+}
 
-    static int waitForLock(void* self, int) {
-        if (static_cast<Deadline*>(self)->hasPassed())
-            return 0;
-        std::this_thread::sleep_for(pauseWhileLocked);
-        return 1;
-    }
+int sleepUntilDeadline(sqlite3_vfs*, int microseconds) {
+    const auto remaining = deadline - SteadyClock::now();
+    if (remaining > SteadyClock::duration::zero())
+        std::this_thread::sleep_for(
+            std::min<SteadyClock::duration>(remaining, std::chrono::microseconds(microseconds)));
+    return microseconds;
+}
 
-    [[nodiscard]] bool hasPassed() const { return SteadyClock::now() >= end; }
+// While another process recovers the write-ahead log, SQLite retries for ten seconds without asking the busy
+// handler; only its sleeps can be cut short.
+const char* fileSystem() {
+    static sqlite3_vfs shared = [] {
+        sqlite3_vfs changed = *sqlite3_vfs_find(nullptr);
+        changed.zName = "velloren-deadline";
+        changed.xSleep = &sleepUntilDeadline;
+        return changed;
+    }();
+    static const bool registered = sqlite3_vfs_register(&shared, 0) == SQLITE_OK;
+    return registered ? shared.zName : nullptr;
+}
 
-    SteadyClock::time_point end = SteadyClock::now() + timeLimit;
-};
+void keepDeadline(sqlite3* database) {
+    sqlite3_progress_handler(database, stepsBetweenLooksAtTheTime, &interruptWork, nullptr);
+    sqlite3_busy_handler(database, &waitForLock, nullptr);
+}
 
 bool isMissingOrRegular(const std::filesystem::path& path) {
     std::error_code error;
@@ -109,8 +123,10 @@ std::string queryOrdered(bool ascending) {
 }
 
 std::vector<Meeting> meetingsFrom(const std::filesystem::path& file, std::int64_t earliest, bool ascending) {
-    const SQLite::Database database(file.string(), SQLite::OPEN_READONLY | SQLite::OPEN_NOMUTEX);
-    const Deadline deadline(database.getHandle());
+    deadline = SteadyClock::now() + timeLimit;
+    const SQLite::Database database(file.c_str(), SQLite::OPEN_READONLY | SQLite::OPEN_NOMUTEX, 0,
+                                    fileSystem());
+    keepDeadline(database.getHandle());
     distrust(database.getHandle());
 
     SQLite::Statement query(database, queryOrdered(ascending));
