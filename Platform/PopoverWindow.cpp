@@ -1,15 +1,11 @@
 #include "Platform/PopoverWindow.h"
 
+#include "Platform/Freedesktop/X11Display.h"
+
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
-
-#include <xcb/xcb.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <string>
 
 namespace velloren {
 
@@ -19,26 +15,6 @@ constexpr int shadowMargin = 12;
 constexpr int shadowOffset = 2; // the light comes from above
 constexpr int rimMargin = 1;
 constexpr QColor rimColor(0, 0, 0, 46);
-
-xcb_atom_t atomNamed(xcb_connection_t* connection, const std::string& name) {
-    const auto cookie = xcb_intern_atom(connection, false, std::uint16_t(name.size()), name.c_str());
-    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
-        xcb_intern_atom_reply(connection, cookie, nullptr), &std::free);
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
-
-/// Whether something blends windows with what lies behind them. Without it a translucent window shows black.
-bool desktopIsComposited() {
-    const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11)
-        return true;
-    static const xcb_atom_t selection = atomNamed(x11->connection(), "_NET_WM_CM_S0");
-    const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&std::free)> reply(
-        xcb_get_selection_owner_reply(x11->connection(), xcb_get_selection_owner(x11->connection(), selection),
-                                      nullptr),
-        &std::free);
-    return reply && reply->owner != XCB_WINDOW_NONE;
-}
 
 /// None on the arrow's side: a window that reaches into the panel gets moved away by window managers.
 QMargins marginsAround(ArrowEdge arrowEdge, int margin) {
@@ -129,7 +105,7 @@ QPainterPath PopoverFrameView::outline() const {
 }
 
 PopoverWindow::PopoverWindow(const QRect& anchor)
-    : frame(this), anchor(anchor), composited(desktopIsComposited()) {
+    : frame(this), anchor(anchor), composited(x11::isComposited()) {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint);
     setAttribute(Qt::WA_TranslucentBackground, composited);
     setAttribute(Qt::WA_ShowWithoutActivating);

@@ -1,5 +1,6 @@
 #include "Platform/Freedesktop/XInputEvents.h"
 
+#include "Platform/Freedesktop/X11Display.h"
 #include "Platform/View.h"
 
 #include <QApplication>
@@ -7,8 +8,6 @@
 #include <xcb/xcb.h>
 #include <xcb/xinput.h>
 
-#include <cstdlib>
-#include <memory>
 #include <optional>
 #include <vector>
 
@@ -19,11 +18,6 @@ namespace {
 // A host may tell of a click when its button goes down or when it comes up again; it says so on another
 // connection, so the word can come a little after the button's own event.
 constexpr std::chrono::milliseconds hostLag{1000};
-
-template <class Reply>
-std::unique_ptr<Reply, decltype(&std::free)> owned(Reply* reply) {
-    return {reply, &std::free};
-}
 
 std::optional<EventType> pressTypeOf(unsigned button) {
     switch (button) {
@@ -51,12 +45,11 @@ XInputEvents::XInputEvents() {
     clickEnd.setInterval(hostLag);
     QObject::connect(&clickEnd, &QTimer::timeout, &clickEnd, [this] { setClick(Click::NotSeen); });
 
-    const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11)
+    xcb_connection_t* display = x11::connection();
+    if (!display)
         return;
-    xcb_connection_t* display = x11->connection();
     const auto* extension = xcb_get_extension_data(display, &xcb_input_id);
-    const auto version = owned(xcb_input_xi_query_version_reply(
+    const auto version = x11::owned(xcb_input_xi_query_version_reply(
         display, xcb_input_xi_query_version(display, 2, 2), nullptr));
     if (!extension || !extension->present || !version)
         return;

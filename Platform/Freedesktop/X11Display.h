@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdlib>
+#include <memory>
+
+struct xcb_connection_t;
+
+/// The X display that Qt is connected to. Main thread only.
+namespace velloren::x11 {
+
+/// None when this process shows itself on something else.
+[[nodiscard]] xcb_connection_t* connection();
+
+/// Whether something blends windows with what lies behind them; where it is not known, yes. Without it a
+/// translucent window shows black.
+[[nodiscard]] bool isComposited();
+
+/// Owns a reply of the X server; none when there was none.
+template <class Reply>
+std::unique_ptr<Reply, decltype(&std::free)> owned(Reply* reply) {
+    return {reply, &std::free};
+}
+
+} // namespace velloren::x11

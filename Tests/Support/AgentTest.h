@@ -1,0 +1,113 @@
+#pragma once
+
+#include "Platform/Application.h"
+#include "Platform/UserDefaults.h"
+#include "Shared/Communication.h"
+#include "Shared/EndPointHandling.h"
+#include "Tests/Support/FakeDesktop.h"
+#include "Tests/Support/FakeLink.h"
+#include "Tests/Support/FakeServices.h"
+#include "Tests/Support/FakeWorkspace.h"
+#include "Tests/Support/ManualRunLoop.h"
+#include "Tests/Support/QtTest.h"
+#include "Tests/Support/RecordingLogger.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velloren {
+
+/// Everything around the agent's delegate and its views, each a fake that the test sets as it likes.
+class AgentTest : public QtTest {
+  protected:
+    inline static const std::string mainApp = "com.velloren.velloren-mac";
+    inline static const std::string menuAgent = "com.velloren.velloren-mac.menu";
+
+    class TestRegistry final : public EndPointHandling {
+      public:
+        std::map<std::string, Endpoint> endpoints;
+        bool stores = true;
+
+        void registerListenerEndpoint(const Endpoint& endpoint, const std::string& identifier,
+                                      Stored stored) override {
+            if (stores)
+                endpoints.insert_or_assign(identifier, endpoint);
+            stored(stores);
+        }
+
+        void retrieveListenerEndpoint(const std::string& identifier, Retrieved retrieved) override {
+            const auto found = endpoints.find(identifier);
+            retrieved(found == endpoints.end() ? std::nullopt : std::optional(found->second));
+        }
+
+        void removeListenerEndpoint(const std::string& identifier) override { endpoints.erase(identifier); }
+    };
+
+    class TestMainApp final : public Communication {
+      public:
+        std::vector<std::string> requests;
+        Meetings meetings;
+        std::vector<MeetingsReply> withheld;
+        bool withholds = false;
+
+        void openMeetingWithId(const std::string& id) override { requests.push_back("open " + id); }
+        void createNewMeeting() override { requests.push_back("create"); }
+
+        void fetchUpcomingMeetings(MeetingsReply reply) override {
+            requests.push_back("fetch");
+            if (withholds)
+                withheld.push_back(std::move(reply));
+            else
+                reply(meetings);
+        }
+
+        void displaySyncing() override {}
+        void displayNotSyncing() override {}
+    };
+
+    AgentTest() {
+        SharedInstance<RunLoop>::provide([] { return std::make_unique<ManualRunLoop>(); });
+        SharedInstance<UserDefaults>::provide(
+            [] { return std::make_unique<UserDefaults>(std::filesystem::path()); });
+        link.serve("com.velloren.velloren-mac.agent", exportedEndPointHandling(registry));
+        link.serve(endpoint, exportedCommunication(mainAppObject));
+    }
+
+    ~AgentTest() override {
+        SharedInstance<StatusBar>::reset();
+        SharedInstance<GlobalEvents>::reset();
+        SharedInstance<Workspace>::reset();
+        SharedInstance<UserDefaults>::reset();
+        SharedInstance<UserManager>::reset();
+        SharedInstance<SyncManager>::reset();
+        SharedInstance<MeetingStore>::reset();
+        SharedInstance<Logger>::reset();
+        SharedInstance<RunLoop>::reset();
+    }
+
+    static ManualRunLoop& loop() { return static_cast<ManualRunLoop&>(RunLoop::main()); }
+
+    /// The main app runs and listens; the workspace says so.
+    void startMainApp() {
+        registry.endpoints.insert_or_assign(mainApp, endpoint);
+        workspace.start(mainApp);
+        loop().runPending();
+    }
+
+    const Endpoint endpoint = *Endpoint::parse("unix:path=/run/user/1000/velloren/main.socket");
+    FakeWorkspace& workspace = FakeWorkspace::install();
+    RecordingLogger& log = RecordingLogger::install();
+    FakeGlobalEvents& events = FakeGlobalEvents::install();
+    FakeStatusBar& statusBar = FakeStatusBar::install();
+    FakeMeetingStore& store = FakeMeetingStore::install();
+    FakeSyncManager& sync = FakeSyncManager::install();
+    FakeUserManager& users = FakeUserManager::install();
+    TestRegistry registry;
+    TestMainApp mainAppObject;
+    FakeLink link;
+    Application application;
+};
+
+} // namespace velloren

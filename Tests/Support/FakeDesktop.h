@@ -1,0 +1,82 @@
+#pragma once
+
+#include "Platform/GlobalEvents.h"
+#include "Platform/SharedInstance.h"
+#include "Platform/StatusBar.h"
+
+#include <list>
+#include <memory>
+#include <utility>
+
+namespace velloren {
+
+/// Global events that the test makes.
+class FakeGlobalEvents final : public GlobalEvents {
+  public:
+    static FakeGlobalEvents& install() {
+        SharedInstance<GlobalEvents>::provide([] { return std::make_unique<FakeGlobalEvents>(); });
+        return static_cast<FakeGlobalEvents&>(GlobalEvents::shared());
+    }
+
+    [[nodiscard]] std::size_t monitorCount() const { return monitors.size(); }
+
+    void post(const Event& event) {
+        const auto told = monitors;
+        for (const auto& [mask, handler] : told) {
+            if (mask & maskOf(event.type))
+                handler(&event);
+        }
+    }
+
+    void postWithoutEvent() {
+        const auto told = monitors;
+        for (const auto& [mask, handler] : told)
+            handler(nullptr);
+    }
+
+    Subscription addMonitorForEventsMatchingMask(EventMask mask, Handler handler) override {
+        const auto monitor = monitors.insert(monitors.end(), {mask, std::move(handler)});
+        return Subscription([this, monitor] { monitors.erase(monitor); });
+    }
+
+    bool takeClickSeenByMonitor() override { return false; }
+
+  private:
+    std::list<std::pair<EventMask, Handler>> monitors;
+};
+
+/// A bar whose item's button is a view nobody shows, or that gives its item no button at all.
+class FakeStatusBar final : public StatusBar {
+  public:
+    static FakeStatusBar& install() {
+        SharedInstance<StatusBar>::provide([] { return std::make_unique<FakeStatusBar>(); });
+        return static_cast<FakeStatusBar&>(StatusBar::systemStatusBar());
+    }
+
+    bool givesButton = true;
+    double lengthAskedFor = 0;
+    StatusBarButton* latestButton = nullptr;
+
+    std::unique_ptr<StatusItem> statusItemWithLength(double length) override {
+        lengthAskedFor = length;
+        auto item = std::make_unique<Item>(givesButton, length);
+        latestButton = item->button();
+        return item;
+    }
+
+  private:
+    class Item final : public StatusItem {
+      public:
+        Item(bool givesButton, double length) {
+            if (givesButton)
+                itemButton = std::make_unique<StatusBarButton>(QSize(qRound(length), 22));
+        }
+
+        StatusBarButton* button() override { return itemButton.get(); }
+
+      private:
+        std::unique_ptr<StatusBarButton> itemButton;
+    };
+};
+
+} // namespace velloren

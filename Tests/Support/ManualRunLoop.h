@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Platform/RunLoop.h"
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <list>
+#include <mutex>
+
+namespace velloren {
+
+/// A main run loop whose time passes when the test says so. Only `post` may be called from other threads.
+class ManualRunLoop final : public RunLoop {
+  public:
+    void post(Task task) override;
+    void postAfter(Seconds delay, Task task) override;
+    std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) override;
+    [[nodiscard]] bool isCurrent() const override { return current; }
+
+    /// Pretends that the caller runs on another thread, or no longer.
+    void setCurrent(bool isCurrent) { current = isCurrent; }
+
+    /// Runs what was posted, and what that posts, without time passing.
+    void runPending();
+
+    /// Lets `duration` pass: everything that falls due runs at its moment.
+    void advance(Seconds duration);
+
+    /// Runs what other threads post, until `condition` holds; whether it did within a generous limit of real
+    /// time. No virtual time passes.
+    bool waitUntil(const std::function<bool()>& condition);
+
+    /// The repeating timers and delayed tasks that are still to come.
+    [[nodiscard]] std::size_t pendingTimers() const { return scheduled.size(); }
+
+  private:
+    struct Entry;
+    class ManualTimer;
+
+    [[nodiscard]] std::list<std::shared_ptr<Entry>>::iterator earliest();
+    void runNextUntil(Seconds end);
+
+    std::mutex mutex;
+    std::condition_variable arrived;
+    std::deque<Task> posted;
+    std::list<std::shared_ptr<Entry>> scheduled;
+    Seconds now{0};
+    bool current = true;
+};
+
+} // namespace velloren

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Tests/Support/EnvironmentVariable.h"
+#include "Tests/Support/Process.h"
+#include "Tests/Support/TemporaryDirectory.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace velloren {
+
+/// A session bus of the test's own, which is this process's session bus for as long as it lives.
+class PrivateBus {
+  public:
+    PrivateBus();
+    PrivateBus(const PrivateBus&) = delete;
+    PrivateBus& operator=(const PrivateBus&) = delete;
+    ~PrivateBus();
+
+    [[nodiscard]] const std::string& address() const { return busAddress; }
+    [[nodiscard]] const std::filesystem::path& folder() const { return temporary.path(); }
+
+    /// From now on the bus starts `commandLine` when the name is asked for.
+    void addService(const std::string& name, const std::string& commandLine);
+
+    /// The bus goes, as at the end of a session.
+    void stop();
+
+  private:
+    TemporaryDirectory temporary;
+    std::string busAddress;
+    std::unique_ptr<Process> daemon;
+    std::optional<EnvironmentVariable> exported;
+};
+
+} // namespace velloren
