@@ -15,8 +15,8 @@ class MeetingStore {
     MeetingStore& operator=(const MeetingStore&) = delete;
     virtual ~MeetingStore() = default;
 
-    /// The upcoming meetings by start, earliest first when `ascending`. Absence means that the store could not
-    /// be read; that answer too comes within 50 ms.
+    /// The upcoming meetings by start, earliest first when `ascending`. Absence means that the store could
+    /// not be read; that answer too comes within 50 ms.
     [[nodiscard]] virtual std::optional<std::vector<Meeting>> upcomingMeetings(bool ascending) = 0;
 };
 

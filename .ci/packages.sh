@@ -1,0 +1,41 @@
+# The Debian packages that building, testing and demonstrating need; sourced by run and test.
+
+build_packages=(
+    cmake g++ ninja-build pkg-config librsvg2-bin
+    qt6-base-dev qt6-base-dev-tools
+    libicu-dev libspdlog-dev libsqlite3-dev libsqlitecpp-dev libsystemd-dev libxcb1-dev libxcb-xinput-dev
+)
+
+# A desktop to show itself on where there is none.
+desktop_packages=(
+    adwaita-icon-theme dbus fonts-inter fonts-noto-cjk fonts-noto-color-emoji fonts-noto-core
+    hicolor-icon-theme hsetroot imagemagick sqlite3 x11-utils xdotool xfce4-panel xfwm4 xvfb
+)
+
+test_packages=(
+    clang-format clang-tidy gir1.2-glib-2.0 libbenchmark-dev libgmock-dev libgtest-dev python3-gi
+)
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+# install_missing PACKAGE...: installs those that are not there, and says so.
+install_missing() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    echo "Installing with apt-get: ${missing[*]}"
+    as_root apt-get update -qq
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+# configure PRESET [OPTION...]: makes the build folder of that preset, with ccache where it is installed.
+configure() {
+    local preset=$1 launcher=()
+    shift
+    command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    cmake --preset "$preset" "${launcher[@]}" "$@" >/dev/null
+}
