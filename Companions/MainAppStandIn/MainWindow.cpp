@@ -31,6 +31,7 @@ MainWindow::MainWindow(RequestLog& log, MeetingDatabase& database) : database(da
     requests.setHeaderLabels({tr("Time"), tr("Request"), tr("Meeting"), tr("Identifier")});
     requests.setRootIsDecorated(false);
     requests.setUniformRowHeights(true);
+    requests.header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     requests.header()->setSectionResizeMode(2, QHeaderView::Stretch);
     requests.header()->setStretchLastSection(false);
 

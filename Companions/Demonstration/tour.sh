@@ -1,0 +1,147 @@
+# The guided tour: shows on a desktop of its own, with real clicks, what the agent does, and proves each step
+# with the log lines of the programs. Sourced by run.
+
+source Companions/Demonstration/desktop.sh
+
+pictures=$PWD/pictures
+step_number=0
+
+step() {
+    step_number=$((step_number + 1))
+    printf '\n%d. %s\n' "$step_number" "$1"
+}
+
+fail() {
+    echo "   FAILED: $1" >&2
+    echo "--- the agent's log" >&2
+    cat "$session_folder/menu.log" >&2 2>/dev/null
+    exit 1
+}
+
+# wait_until WHAT COMMAND...: repeats the command until it succeeds.
+wait_until() {
+    local what=$1 attempt
+    shift
+    for attempt in $(seq 300); do
+        "$@" >/dev/null 2>&1 && return
+        sleep 0.1
+    done
+    fail "$what did not come within 30 seconds"
+}
+
+# prove FILE TEXT: waits for a line of the log with that text, and shows it.
+prove() {
+    wait_until "\"$2\" in the log" grep -qF -- "$2" "$1"
+    grep -F -- "$2" "$1" | tail -n 1 | sed 's/^/   | /'
+}
+
+# picture NAME
+picture() {
+    mkdir -p "$pictures"
+    local file
+    file=$pictures/$(printf '%02d' "$step_number")-$1.png
+    import -window root "$file"
+    echo "   picture: $file"
+}
+
+click() {
+    xdotool mousemove "$1" "$2" click 1
+}
+
+popover_geometry() {
+    local window
+    window=$(xdotool search --onlyvisible --class velloren-menu 2>/dev/null | tail -n 1)
+    [ -n "$window" ] || return 1
+    eval "$(xdotool getwindowgeometry --shell "$window")"
+    [ "$HEIGHT" -gt 100 ]
+}
+
+popover_is_gone() { ! popover_geometry; }
+
+open_popover() {
+    click $((screen_width - 18)) 15
+    wait_until "the popover" popover_geometry
+}
+
+# click_in_popover RIGHT DOWN: so far from its right edge and from its top. The shadow is 12 wide.
+click_in_popover() {
+    popover_geometry
+    click $((X + WIDTH - 12 - $1)) $((Y + $2))
+}
+
+icon_is_there() {
+    [ "$(dbus-send --session --print-reply --dest=org.kde.StatusNotifierWatcher /StatusNotifierWatcher \
+        org.freedesktop.DBus.Properties.Get string:org.kde.StatusNotifierWatcher \
+        string:RegisteredStatusNotifierItems | grep -c StatusNotifierItem)" -ge 1 ]
+}
+
+tour_icon() {
+    step "The agent starts and puts its icon into the bar"
+    env "${product_environment[@]}" "$binaries/velloren-menu" >"$session_folder/menu.log" 2>&1 &
+    session_processes+=($!)
+    wait_until "the icon" icon_is_there
+    prove "$agent_log" "Registering menuAppListener endpoint SUCCESSFUL"
+    prove "$agent_log" "Setting up Fabric"
+    sleep 0.5 # for the panel to draw it
+    picture icon
+}
+
+tour_popover() {
+    step "A click on the icon opens the popover, fed from the local store"
+    open_popover
+    prove "$agent_log" "Velloren main app is running=false"
+    prove "$agent_log" "Fetching from Realm, meetings.count="
+    sleep 0.3
+    picture popover
+}
+
+tour_open_meeting() {
+    step "A meeting is opened while the main app is not running: recorded, launched, connected, delivered"
+    click_in_popover 43 46
+    prove "$agent_log" "Open meeting demo-1 operation is recorded, waiting for main app to launch..."
+    prove "$agent_log" "Launching com.velloren.velloren-mac, launched=true"
+    prove "$agent_log" "Main app is launched"
+    prove "$agent_log" "Retrying in 0.5 seconds to establish connection with main app again"
+    prove "$agent_log" "Connection to main app established with handler="
+    prove "$agent_log" "Velloren Menu agent?.openMeeting(withId: demo-1)"
+    prove "$request_log" "open demo-1"
+    wait_until "the popover's end" popover_is_gone
+    wait_until "the main app's window" xdotool search --onlyvisible --class velloren-main
+    sleep 0.5
+    picture meeting-opened
+}
+
+tour_fed_by_main_app() {
+    step "The popover again, now fed by the main app"
+    open_popover
+    prove "$agent_log" "Velloren main app is running=true"
+    prove "$agent_log" "Velloren Menu agent.fetchUpcomingMeetings(), meetings count = Optional("
+    prove "$request_log" "fetch"
+    sleep 0.3
+    picture popover-fed-by-main-app
+}
+
+tour_create() {
+    step "A meeting is created: the request goes out at once"
+    click_in_popover 160 216
+    prove "$agent_log" "Create new meeting operation is immediately sent to Agent"
+    prove "$request_log" "create"
+    wait_until "the popover's end" popover_is_gone
+    sleep 0.3
+    picture meeting-created
+}
+
+take_tour() {
+    agent_log=$session_folder/menu.log
+    touch "$agent_log" "$request_log"
+    echo "There is no desktop here: taking a guided tour on one in memory."
+    start_desktop
+    product_environment+=(DISPLAY="$DISPLAY" FONTCONFIG_FILE="$FONTCONFIG_FILE")
+    install_services
+    tour_icon
+    tour_popover
+    tour_open_meeting
+    tour_fed_by_main_app
+    tour_create
+    printf '\nThe tour is complete. Its pictures are in %s\n' "$pictures"
+}
