@@ -19,6 +19,7 @@
 #include <QApplication>
 #include <QDBusConnection>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -110,6 +111,7 @@ int runAgent(TerminationSignals& signals) {
 
 int main(int argc, char** argv) {
     TerminationSignals signals;
+    std::signal(SIGPIPE, SIG_IGN); // nobody may read standard error any more
     QCoreApplication::setApplicationName(QStringLiteral("velloren-menu"));
     if (!qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY") &&
         !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))

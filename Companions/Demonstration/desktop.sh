@@ -17,7 +17,8 @@ start_bus() {
     export XDG_RUNTIME_DIR=$session_folder/runtime
     mkdir -m 0700 "$XDG_RUNTIME_DIR"
     local address_file=$session_folder/bus-address
-    dbus-daemon --session --nofork --print-address=3 3>"$address_file" >"$session_folder/bus.log" 2>&1 &
+    # What the bus starts for the desktop finds the desktop's settings.
+    XDG_CONFIG_HOME=$session_folder/desktop-config dbus-daemon --session --nofork --print-address=3 3>"$address_file" >"$session_folder/bus.log" 2>&1 &
     session_processes+=($!)
     wait_until "the session bus" test -s "$address_file"
     DBUS_SESSION_BUS_ADDRESS=$(cat "$address_file")

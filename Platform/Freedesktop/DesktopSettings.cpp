@@ -3,8 +3,10 @@
 #include "Platform/Appearance.h"
 #include "Platform/CurrentLocale.h"
 
-#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+
+#include <utility>
 
 namespace velloren {
 
@@ -19,6 +21,11 @@ const QString colorScheme = QStringLiteral("color-scheme");
 const QString interfaceGroup = QStringLiteral("org.gnome.desktop.interface");
 const QString clockFormat = QStringLiteral("clock-format");
 
+const QString xfconf = QStringLiteral("org.xfce.Xfconf");
+const QString xfconfPath = QStringLiteral("/org/xfce/Xfconf");
+const QString xfcePanel = QStringLiteral("xfce4-panel");
+const QString panelDarkMode = QStringLiteral("/panels/dark-mode");
+
 /// Older portals wrap the value in one variant more than newer ones.
 QVariant unwrapped(QVariant value) {
     while (value.userType() == qMetaTypeId<QDBusVariant>())
@@ -26,12 +33,12 @@ QVariant unwrapped(QVariant value) {
     return value;
 }
 
-std::optional<std::string> appearanceOf(uint scheme) {
+std::optional<bool> isDark(uint scheme) {
     switch (scheme) {
     case 1:
-        return Appearance::vibrantDark;
+        return true;
     case 2:
-        return Appearance::vibrantLight;
+        return false;
     default:
         return std::nullopt; // no preference
     }
@@ -43,25 +50,50 @@ HourCycle hourCycleOf(const QString& format) {
     return format == QStringLiteral("24h") ? HourCycle::TwentyFourHour : HourCycle::FromLocale;
 }
 
+bool desktopIs(const char* name) {
+    return qgetenv("XDG_CURRENT_DESKTOP").toUpper().split(':').contains(name);
+}
+
 } // namespace
 
 DesktopSettings::DesktopSettings(const QDBusConnection& sessionBus, std::function<void()> changed)
     : bus(sessionBus), changed(std::move(changed)) {
-    bus.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"), this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
-    read(appearanceGroup, colorScheme);
-    read(interfaceGroup, clockFormat);
+    followPortal();
+    followXfcePanel();
+    if (desktopIs("GNOME")) {
+        panelIsDark = true; // whatever the colour scheme
+        applyAppearance();
+    }
 }
 
-void DesktopSettings::read(const QString& group, const QString& key) {
-    auto call = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
-                                               QStringLiteral("Read"));
-    call << group << key;
-    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, group, key, watcher] {
+void DesktopSettings::followPortal() {
+    bus.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"), this,
+                SLOT(settingChanged(QString, QString, QDBusVariant)));
+    for (const auto& [group, key] : {std::pair(appearanceGroup, colorScheme), std::pair(interfaceGroup, clockFormat)}) {
+        auto question = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
+                                                       QStringLiteral("Read"));
+        question << group << key;
+        ask(question, [this, group = group, key = key](const QDBusVariant& value) {
+            settingChanged(group, key, value);
+        });
+    }
+}
+
+void DesktopSettings::followXfcePanel() {
+    bus.connect(xfconf, xfconfPath, xfconf, QStringLiteral("PropertyChanged"), this,
+                SLOT(panelSettingChanged(QString, QString, QDBusVariant)));
+    auto question = QDBusMessage::createMethodCall(xfconf, xfconfPath, xfconf, QStringLiteral("GetProperty"));
+    question << xfcePanel << panelDarkMode;
+    question.setAutoStartService(desktopIs("XFCE"));
+    ask(question, [this](const QDBusVariant& value) { panelSettingChanged(xfcePanel, panelDarkMode, value); });
+}
+
+void DesktopSettings::ask(const QDBusMessage& question, std::function<void(const QDBusVariant&)> answered) {
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, answered = std::move(answered)] {
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         if (reply.isValid())
-            settingChanged(group, key, reply.value());
+            answered(reply.value());
         watcher->deleteLater();
     });
 }
@@ -69,12 +101,25 @@ void DesktopSettings::read(const QString& group, const QString& key) {
 void DesktopSettings::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
     const QVariant setting = unwrapped(value.variant());
     if (group == appearanceGroup && key == colorScheme) {
-        Appearance::setCurrentName(appearanceOf(setting.toUInt()));
+        schemeIsDark = isDark(setting.toUInt());
+        applyAppearance();
     } else if (group == interfaceGroup && key == clockFormat) {
         CurrentLocale::setHourCycle(hourCycleOf(setting.toString()));
-    } else {
-        return;
     }
+}
+
+void DesktopSettings::panelSettingChanged(const QString& channel, const QString& property,
+                                          const QDBusVariant& value) {
+    if (channel != xfcePanel || property != panelDarkMode)
+        return;
+    panelIsDark = unwrapped(value.variant()).toBool();
+    applyAppearance();
+}
+
+void DesktopSettings::applyAppearance() {
+    const std::optional<bool> dark = panelIsDark ? panelIsDark : schemeIsDark;
+    Appearance::setCurrentName(
+        dark ? std::optional(*dark ? Appearance::vibrantDark : Appearance::vibrantLight) : std::nullopt);
     changed();
 }
 
