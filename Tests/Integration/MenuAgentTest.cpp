@@ -1,0 +1,117 @@
+#include "Tests/Integration/MenuAgentTest.h"
+
+#include <fstream>
+#include <sstream>
+
+namespace velloren {
+
+namespace {
+
+constexpr int shadow = 12;
+
+std::vector<std::string> linesOf(const std::filesystem::path& file) {
+    std::vector<std::string> lines;
+    std::ifstream stream(file);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+} // namespace
+
+MenuAgentTest::MenuAgentTest() {
+    desktop.bus().addService("com.velloren.velloren-mac.agent", binaries + "/velloren-agent");
+    EXPECT_EQ(desktop.start(binaries + "/velloren-main", {"--make-demonstration-store"})->wait(), 0);
+}
+
+MenuAgentTest::~MenuAgentTest() {
+    if (HasFailure() && agent)
+        std::fprintf(stderr, "--- the agent's log\n%s", log().c_str());
+    for (const pid_t process : mainAppProcesses())
+        kill(process, SIGKILL);
+}
+
+void MenuAgentTest::startAgent() {
+    agent = desktop.start(binaries + "/velloren-menu");
+    ASSERT_TRUE(waitForLog("Registering menuAppListener endpoint SUCCESSFUL"));
+    if (desktop.hasTray()) {
+        ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
+    }
+}
+
+void MenuAgentTest::installMainApp(const std::string& command) {
+    const auto script = desktop.folder() / "main-app.sh";
+    std::ofstream(script) << "echo $$ >> " << (desktop.folder() / "main-app.pids").string() << "\nexec " << command
+                          << " --log-requests " << (desktop.folder() / "requests").string() << " >> "
+                          << (desktop.folder() / "main-app.log").string() << " 2>&1\n";
+    desktop.bus().addService(mainAppName, "/bin/sh " + script.string());
+}
+
+void MenuAgentTest::installStandIn(const std::string& options) {
+    installMainApp(binaries + "/velloren-main --no-window " + options);
+}
+
+void MenuAgentTest::installForeignMainApp(const std::string& options) {
+    installMainApp(std::string("/usr/bin/python3 ") + FOREIGN_MAIN_APP + " " + options);
+}
+
+void MenuAgentTest::openPopover() {
+    ASSERT_FALSE(desktop.popover());
+    // A panel that just got the item may not show it yet.
+    ASSERT_TRUE(desktop.waitUntil([this] {
+        desktop.click(VirtualDesktop::icon);
+        for (int look = 0; look < 20; ++look) {
+            if (desktop.popover())
+                return true;
+        }
+        return false;
+    }));
+}
+
+bool MenuAgentTest::closesWithin(const std::function<void()>& action) {
+    action();
+    return desktop.waitUntil([this] { return !desktop.popover(); });
+}
+
+void MenuAgentTest::clickOpenButton(int row) {
+    const auto window = desktop.popover();
+    ASSERT_TRUE(window);
+    desktop.click({window->right() - shadow - 43, window->top() + 46 + 60 * row});
+}
+
+void MenuAgentTest::clickCreateRow() {
+    const auto window = desktop.popover();
+    ASSERT_TRUE(window);
+    desktop.click({window->center().x(), window->top() + 16 + 180 + 20});
+}
+
+int MenuAgentTest::countInLog(const std::string& text) const {
+    int count = 0;
+    const std::string all = log();
+    for (auto place = all.find(text); place != std::string::npos; place = all.find(text, place + 1))
+        ++count;
+    return count;
+}
+
+bool MenuAgentTest::waitForLog(const std::string& text, int times) {
+    return desktop.waitUntil([&] { return countInLog(text) >= times; });
+}
+
+std::vector<std::string> MenuAgentTest::requests() const {
+    auto lines = linesOf(desktop.folder() / "requests");
+    std::erase(lines, "fetch");
+    return lines;
+}
+
+bool MenuAgentTest::waitForRequests(const std::vector<std::string>& expected) {
+    return desktop.waitUntil([&] { return requests().size() >= expected.size(); }) && requests() == expected;
+}
+
+std::vector<pid_t> MenuAgentTest::mainAppProcesses() const {
+    std::vector<pid_t> processes;
+    for (const std::string& line : linesOf(desktop.folder() / "main-app.pids"))
+        processes.push_back(std::stoi(line));
+    return processes;
+}
+
+} // namespace velloren

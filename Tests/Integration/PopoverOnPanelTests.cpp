@@ -1,0 +1,134 @@
+#include "Tests/Integration/MenuAgentTest.h"
+
+namespace velloren {
+
+namespace {
+
+using PopoverOnPanel = MenuAgentTest;
+using IconInPanel = MenuAgentTest;
+
+} // namespace
+
+TEST_F(IconInPanel, AppearsOnceAndGoesWithTheAgent) {
+    startAgent();
+    EXPECT_EQ(desktop.itemCount(), 1);
+    agent->signal(SIGTERM);
+    EXPECT_EQ(agent->wait(), 0);
+    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 0; }));
+    EXPECT_EQ(countInLog("applicationShouldTerminate: <Signal: SIGTERM>"), 1);
+    EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
+}
+
+TEST_F(IconInPanel, AppearsWhenThePanelDoesAndSurvivesItsCrash) {
+    desktop.stopPanel();
+    startAgent();
+    EXPECT_TRUE(agent->isRunning());
+    for (int round = 0; round < 2; ++round) {
+        desktop.startPanel();
+        EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
+        openPopover();
+        EXPECT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::elsewhere); }));
+        desktop.stopPanel();
+    }
+    EXPECT_TRUE(agent->isRunning());
+}
+
+TEST_F(IconInPanel, EndsWithAMessageWithoutASessionBus) {
+    Process lost({binaries + "/velloren-menu"}, {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}},
+                 desktop.folder() / "lost");
+    EXPECT_EQ(lost.wait(), 1);
+    EXPECT_NE(lost.output().find("velloren-menu: there is no session bus"), std::string::npos);
+}
+
+TEST_F(IconInPanel, EndsWithTheSession) {
+    startAgent();
+    desktop.bus().stop();
+    EXPECT_EQ(agent->wait(), 1);
+    EXPECT_NE(log().find("velloren-menu: the session bus went away"), std::string::npos);
+}
+
+TEST_F(IconInPanel, StartsWithoutARuntimeDirectory) {
+    agent = std::make_unique<Process>(std::vector<std::string>{binaries + "/velloren-menu"},
+                                      Process::Environment{{"XDG_RUNTIME_DIR", ""}}, desktop.folder() / "menu");
+    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
+    openPopover();
+    EXPECT_EQ(countInLog("Registering menuAppListener"), 0);
+}
+
+TEST_F(PopoverOnPanel, OpensOnAClickAndClosesOnTheNextWithoutOpeningAgain) {
+    startAgent();
+    for (int round = 0; round < 3; ++round) {
+        openPopover();
+        EXPECT_TRUE(desktop.waitUntil([this] { return desktop.iconIsHighlighted(); }));
+        EXPECT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::icon); }));
+        EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.iconIsHighlighted(); }));
+    }
+    // Each opening logs one line: a flicker would have logged more.
+    openPopover();
+    EXPECT_EQ(countInLog("MainViewController viewWillAppear()"), 4);
+}
+
+TEST_F(PopoverOnPanel, ClosesOnALeftOrRightClickElsewhere) {
+    startAgent();
+    for (const int button : {1, 3}) {
+        openPopover();
+        EXPECT_TRUE(closesWithin([&] { desktop.click(VirtualDesktop::elsewhere, button); })) << button;
+    }
+}
+
+TEST_F(PopoverOnPanel, StaysOpenOnAMiddleClickOnTypingAndOnClicksInside) {
+    startAgent();
+    openPopover();
+    const auto window = desktop.popover();
+    ASSERT_TRUE(window);
+    desktop.click(VirtualDesktop::elsewhere, 2);
+    desktop.moveTo(VirtualDesktop::elsewhere);
+    desktop.type("a");
+    desktop.type("Return");
+    desktop.click({window->left() + 40, window->top() + 46});
+    EXPECT_TRUE(desktop.popover());
+    EXPECT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::icon); }));
+    openPopover();
+    EXPECT_EQ(countInLog("MainViewController viewWillAppear()"), 2) << "it was open all the time";
+}
+
+TEST_F(PopoverOnPanel, HangsBelowThePanelWithItsArrowAtTheIcon) {
+    startAgent();
+    openPopover();
+    const auto window = desktop.popover();
+    ASSERT_TRUE(window);
+    EXPECT_GE(window->top(), 30);
+    EXPECT_LE(window->top(), 34);
+    ASSERT_TRUE(desktop.waitUntil([&] {
+        return desktop.screen().pixelColor(VirtualDesktop::icon.x(), window->top() + 6) == QColor(236, 236, 236);
+    })) << "the arrow's grey is below the icon";
+}
+
+TEST_F(PopoverOnPanel, ShowsTheStoreOrThatThereIsNothing) {
+    startAgent();
+    openPopover();
+    EXPECT_EQ(countInLog("Fetching from Realm, meetings.count=4"), 1);
+    const int full = desktop.popover()->height();
+    EXPECT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::elsewhere); }));
+
+    const auto store = std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "velloren/meetings.sqlite3";
+    for (const char* other : {"-wal", "-shm"})
+        std::filesystem::remove(store.string() + other);
+    std::filesystem::resize_file(store, 100);
+    openPopover();
+    EXPECT_EQ(countInLog("Fetching from Realm failed, returned object is nil"), 1);
+    EXPECT_EQ(desktop.popover()->height(), full - 180 + 34);
+}
+
+TEST_F(PopoverOnPanel, HidesTheCreateRowFromSomebodyWhoIsLoggedOut) {
+    startAgent();
+    openPopover();
+    const int loggedIn = desktop.popover()->height();
+    EXPECT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::elsewhere); }));
+    std::filesystem::remove(std::filesystem::path(std::getenv("XDG_CONFIG_HOME")) /
+                            "velloren/com.velloren.velloren-mac.ini");
+    openPopover();
+    EXPECT_EQ(desktop.popover()->height(), loggedIn - 180 - 40 + 34);
+}
+
+} // namespace velloren

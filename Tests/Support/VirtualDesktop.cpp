@@ -1,0 +1,207 @@
+#include "Tests/Support/VirtualDesktop.h"
+
+#include "Platform/FatalError.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <thread>
+
+namespace velloren {
+
+namespace {
+
+constexpr auto panelSettings = R"(<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfce4-panel" version="1.0">
+  <property name="configver" type="int" value="2"/>
+  <property name="panels" type="array">
+    <value type="int" value="1"/>
+    <property name="panel-1" type="empty">
+      <property name="position" type="string" value="p=6;x=0;y=0"/>
+      <property name="position-locked" type="bool" value="true"/>
+      <property name="length" type="uint" value="100"/>
+      <property name="size" type="uint" value="30"/>
+      <property name="icon-size" type="uint" value="22"/>
+      <property name="plugin-ids" type="array"><value type="int" value="1"/><value type="int" value="2"/></property>
+    </property>
+  </property>
+  <property name="plugins" type="empty">
+    <property name="plugin-1" type="string" value="separator">
+      <property name="expand" type="bool" value="true"/>
+      <property name="style" type="uint" value="0"/>
+    </property>
+    <property name="plugin-2" type="string" value="systray">
+      <property name="square-icons" type="bool" value="true"/>
+    </property>
+  </property>
+</channel>
+)";
+
+void require(bool holds, const char* what) {
+    if (!holds)
+        fatalError(std::string("the desktop in memory has no ") + what);
+}
+
+} // namespace
+
+VirtualDesktop::VirtualDesktop() : sessionBus(nullptr) {
+    const auto setVariable = [this](const char* name, const std::optional<std::string>& value) {
+        environment.push_back(std::make_unique<EnvironmentVariable>(name, value));
+    };
+    // The bus hands its own environment to what it starts, so that has to be there first.
+    const std::filesystem::path folder = home.path();
+    for (const auto& [name, below] :
+         {std::pair("HOME", "home"), std::pair("XDG_DATA_HOME", "data"), std::pair("XDG_CONFIG_HOME", "config"),
+          std::pair("XDG_STATE_HOME", "state"), std::pair("XDG_CACHE_HOME", "cache"),
+          std::pair("XDG_RUNTIME_DIR", "runtime")}) {
+        std::filesystem::create_directories(folder / below);
+        setVariable(name, folder / below);
+    }
+    std::filesystem::permissions(folder / "runtime", std::filesystem::perms::owner_all);
+    for (const char* name : {"WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORM", "LC_ALL", "LC_TIME"})
+        setVariable(name, std::nullopt);
+    setVariable("LANG", "C.UTF-8");
+    setVariable("NO_AT_BRIDGE", "1");
+    startDisplay();
+    writePanelSettings();
+    sessionBus = std::make_unique<PrivateBus>();
+    windowManager = start("xfwm4", {"--compositor=on"});
+    require(waitUntil([this] {
+                std::string answer;
+                run({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}, &answer);
+                return answer.find("window id") != std::string::npos;
+            }),
+            "window manager");
+    startPanel();
+}
+
+VirtualDesktop::~VirtualDesktop() {
+    panel.reset();
+    windowManager.reset();
+    sessionBus.reset();
+    display.reset();
+}
+
+void VirtualDesktop::startDisplay() {
+    const TemporaryDirectory temporary;
+    const auto numberFile = temporary / "number";
+    display = std::make_unique<Process>(
+        std::vector<std::string>{"sh", "-c",
+                                 "exec Xvfb -displayfd 3 -screen 0 " + std::to_string(width) + "x" +
+                                     std::to_string(height) + "x24 -nolisten tcp 3>" + numberFile.string()},
+        Process::Environment(), temporary / "log");
+    std::string number;
+    require(waitUntil([&] { return static_cast<bool>(std::getline(std::ifstream(numberFile), number)); }),
+            "X server");
+    environment.push_back(std::make_unique<EnvironmentVariable>("DISPLAY", ":" + number));
+}
+
+void VirtualDesktop::writePanelSettings() const {
+    const std::filesystem::path folder =
+        std::filesystem::path(std::getenv("XDG_CONFIG_HOME")) / "xfce4/xfconf/xfce-perchannel-xml";
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / "xfce4-panel.xml") << panelSettings;
+}
+
+std::unique_ptr<Process> VirtualDesktop::start(const std::string& name, const std::vector<std::string>& options) {
+    std::vector<std::string> arguments{name};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const std::filesystem::path program(name);
+    return std::make_unique<Process>(arguments, Process::Environment(), folder() / program.filename());
+}
+
+int VirtualDesktop::run(const std::vector<std::string>& arguments, std::string* output) const {
+    const TemporaryDirectory temporary;
+    Process process(arguments, {}, temporary / "output");
+    const int status = process.wait();
+    if (output)
+        *output = process.output();
+    return status;
+}
+
+void VirtualDesktop::startPanel() {
+    panel = start("xfce4-panel", {"--disable-wm-check"});
+    require(waitUntil([this] { return hasTray(); }), "panel");
+}
+
+void VirtualDesktop::stopPanel() {
+    panel->signal(SIGKILL);
+    panel->wait();
+    require(waitUntil([this] { return !hasTray(); }), "end of its panel");
+}
+
+bool VirtualDesktop::hasTray() const {
+    return run({"dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
+                "org.freedesktop.DBus.GetNameOwner", "string:org.kde.StatusNotifierWatcher"}) == 0;
+}
+
+int VirtualDesktop::itemCount() const {
+    std::string output;
+    run({"dbus-send", "--session", "--print-reply", "--dest=org.kde.StatusNotifierWatcher",
+         "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties.Get", "string:org.kde.StatusNotifierWatcher",
+         "string:RegisteredStatusNotifierItems"},
+        &output);
+    return int(QString::fromStdString(output).count(QStringLiteral("string \"")));
+}
+
+void VirtualDesktop::moveTo(QPoint place) const {
+    run({"xdotool", "mousemove", "--sync", std::to_string(place.x()), std::to_string(place.y())});
+}
+
+void VirtualDesktop::click(QPoint place, int button) const {
+    run({"xdotool", "mousemove", std::to_string(place.x()), std::to_string(place.y()), "click",
+         std::to_string(button)});
+}
+
+void VirtualDesktop::type(const std::string& key) const {
+    run({"xdotool", "key", key});
+}
+
+std::optional<QRect> VirtualDesktop::popover() const {
+    std::string output;
+    run({"sh", "-c",
+         "xdotool search --onlyvisible --class velloren-menu getwindowgeometry --shell %@ 2>/dev/null"},
+        &output);
+    QRect largest;
+    QRect window;
+    for (const QString& line : QString::fromStdString(output).split('\n')) {
+        const int value = line.section('=', 1).toInt();
+        if (line.startsWith(QStringLiteral("X=")))
+            window.moveLeft(value);
+        else if (line.startsWith(QStringLiteral("Y=")))
+            window.moveTop(value);
+        else if (line.startsWith(QStringLiteral("WIDTH=")))
+            window.setWidth(value);
+        else if (line.startsWith(QStringLiteral("HEIGHT=")))
+            window.setHeight(value);
+        if (line.startsWith(QStringLiteral("HEIGHT=")) && window.height() > 50)
+            largest = window;
+    }
+    return largest.isNull() ? std::nullopt : std::optional(largest);
+}
+
+QImage VirtualDesktop::screen() const {
+    const TemporaryDirectory temporary;
+    const auto file = temporary / "screen.png";
+    run({"import", "-window", "root", file.string()});
+    return QImage(QString::fromStdString(file.string()));
+}
+
+bool VirtualDesktop::iconIsHighlighted() const {
+    return screen().pixelColor(icon + QPoint(0, -10)) == QColor(0, 80, 255);
+}
+
+bool VirtualDesktop::waitUntil(const std::function<bool()>& condition) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > limit)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
+} // namespace velloren

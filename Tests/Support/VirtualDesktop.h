@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Tests/Support/PrivateBus.h"
+#include "Tests/Support/Process.h"
+
+#include <QImage>
+#include <QPoint>
+#include <QRect>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velloren {
+
+/// A desktop in memory, the test's own: X server, session bus, window manager, and a panel at the top with the
+/// tray at its right end. It is what this process's environment names for as long as it lives; the product's
+/// folders are fresh ones.
+class VirtualDesktop {
+  public:
+    static constexpr int width = 1280;
+    static constexpr int height = 800;
+    /// Where the only icon of the tray stands, and a place that is nobody's.
+    static constexpr QPoint icon{width - 18, 15};
+    static constexpr QPoint elsewhere{300, 500};
+
+    VirtualDesktop();
+    VirtualDesktop(const VirtualDesktop&) = delete;
+    VirtualDesktop& operator=(const VirtualDesktop&) = delete;
+    ~VirtualDesktop();
+
+    [[nodiscard]] PrivateBus& bus() { return *sessionBus; }
+    [[nodiscard]] std::filesystem::path folder() const { return sessionBus->folder(); }
+
+    /// Starts the panel and waits until its tray is there.
+    void startPanel();
+    /// Kills the panel, as a crash does, and waits until its tray is gone.
+    void stopPanel();
+    [[nodiscard]] bool hasTray() const;
+    /// The items in the tray.
+    [[nodiscard]] int itemCount() const;
+
+    /// Starts one of the product's programs; its output goes to `folder() / name`.
+    std::unique_ptr<Process> start(const std::string& name, const std::vector<std::string>& options = {});
+
+    void moveTo(QPoint place) const;
+    /// 1 is the left button, 2 the middle one, 3 the right one.
+    void click(QPoint place, int button = 1) const;
+    void type(const std::string& key) const;
+
+    /// The window of the popover, shadow included; none while it is closed.
+    [[nodiscard]] std::optional<QRect> popover() const;
+    [[nodiscard]] QImage screen() const;
+    /// Whether the icon has the blue of the highlight around it.
+    [[nodiscard]] bool iconIsHighlighted() const;
+
+    /// Whether `condition` comes to hold within a generous limit.
+    static bool waitUntil(const std::function<bool()>& condition);
+
+  private:
+    void startDisplay();
+    void writePanelSettings() const;
+    int run(const std::vector<std::string>& arguments, std::string* output = nullptr) const;
+
+    TemporaryDirectory home;
+    std::vector<std::unique_ptr<EnvironmentVariable>> environment;
+    std::unique_ptr<PrivateBus> sessionBus;
+    std::unique_ptr<Process> display;
+    std::unique_ptr<Process> windowManager;
+    std::unique_ptr<Process> panel;
+};
+
+} // namespace velloren
