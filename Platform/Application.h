@@ -33,10 +33,12 @@ class Application {
     static Application& shared();
 
     [[nodiscard]] ApplicationDelegate* delegate() const { return currentDelegate; }
+
     /// Held weakly; none is allowed.
     void setDelegate(ApplicationDelegate* delegate) { currentDelegate = delegate; }
 
-    /// Tells the delegate of the launch once the loop runs, and returns the process's exit status when it ends.
+    /// Tells the delegate of the launch once the loop runs, and returns the process's exit status when it
+    /// ends.
     int run();
 
     /// Asks the delegate, tells it, and ends the loop.

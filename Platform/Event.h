@@ -7,7 +7,12 @@
 namespace velloren {
 
 /// The kinds of event that views and monitors are told of.
-enum class EventType : std::uint8_t { LeftMouseDown = 1, LeftMouseUp = 2, RightMouseDown = 3, OtherMouseDown = 25 };
+enum class EventType : std::uint8_t {
+    LeftMouseDown = 1,
+    LeftMouseUp = 2,
+    RightMouseDown = 3,
+    OtherMouseDown = 25
+};
 
 /// A set of event types: bit n stands for the type of value n.
 using EventMask = std::uint64_t;

@@ -21,6 +21,7 @@ class Image {
     [[nodiscard]] static std::optional<Image> named(const QString& name);
 
     [[nodiscard]] const QString& name() const { return imageName; }
+
     [[nodiscard]] QSizeF size() const;
 
     /// The scale of the bitmap that suits a layer whose scale is to be `preferred`: the least that is no

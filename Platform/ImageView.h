@@ -15,6 +15,7 @@ class ImageView final : public View {
     explicit ImageView(QWidget* parent = nullptr) : View(parent) { setWantsLayer(true); }
 
     [[nodiscard]] const std::optional<Image>& image() const { return shown; }
+
     /// None shows nothing.
     void setImage(std::optional<Image> image) {
         shown = std::move(image);

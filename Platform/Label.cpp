@@ -25,15 +25,18 @@ QString asOneLine(const QString& text) {
     QString line = cut(text, longestLine);
     std::replace_if(
         line.begin(), line.end(),
-        [](QChar c) { return c.category() == QChar::Other_Control || c == QChar::LineSeparator ||
-                             c == QChar::ParagraphSeparator; },
+        [](QChar c) {
+            return c.category() == QChar::Other_Control || c == QChar::LineSeparator ||
+                   c == QChar::ParagraphSeparator;
+        },
         QLatin1Char(' '));
     return line;
 }
 
 /// Tool tips take anything that looks like markup for markup.
 QString asToolTip(const QString& text) {
-    return QStringLiteral("<p style='white-space: pre-wrap'>%1</p>").arg(cut(text, longestToolTip).toHtmlEscaped());
+    return QStringLiteral("<p style='white-space: pre-wrap'>%1</p>")
+        .arg(cut(text, longestToolTip).toHtmlEscaped());
 }
 
 } // namespace

@@ -19,15 +19,21 @@ class Label final : public QWidget {
     explicit Label(QWidget* parent = nullptr);
 
     [[nodiscard]] const QString& stringValue() const { return text; }
+
     void setStringValue(const QString& value);
     void setStringValue(const std::string& utf8);
 
     [[nodiscard]] int pixelSize() const { return font().pixelSize(); }
+
     void setPixelSize(int size);
+
     [[nodiscard]] int weight() const { return font().weight(); }
+
     /// From 1 to 1000, as fonts count it: 400 is normal, 600 semibold.
     void setWeight(int weight);
+
     [[nodiscard]] const QColor& textColor() const { return color; }
+
     void setTextColor(const QColor& color);
 
     [[nodiscard]] QSize sizeHint() const override;

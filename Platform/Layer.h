@@ -32,28 +32,36 @@ class Layer {
     ~Layer();
 
     [[nodiscard]] const std::optional<QColor>& backgroundColor() const { return background; }
+
     /// None is transparent.
     void setBackgroundColor(std::optional<QColor> color);
 
     [[nodiscard]] const std::optional<Image>& contents() const { return image; }
+
     void setContents(std::optional<Image> contents);
 
     [[nodiscard]] QRectF bounds() const { return rect; }
+
     void setBounds(const QRectF& bounds);
 
     /// The place within the bounds, as a fraction of their size, that stands at `position`.
     [[nodiscard]] QPointF anchorPoint() const { return anchor; }
+
     void setAnchorPoint(QPointF point);
 
     /// In the coordinates of the superlayer; for a view's own layer, in those of the view.
     [[nodiscard]] QPointF position() const { return place; }
+
     void setPosition(QPointF point);
 
     [[nodiscard]] double rasterizationScale() const { return scale; }
+
     void setRasterizationScale(double pixelsPerPoint) { scale = pixelsPerPoint; }
 
     [[nodiscard]] Layer* superlayer() const { return parent; }
+
     [[nodiscard]] const std::vector<std::shared_ptr<Layer>>& sublayers() const { return children; }
+
     void addSublayer(const std::shared_ptr<Layer>& layer);
     void removeFromSuperlayer();
 

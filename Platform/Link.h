@@ -9,12 +9,12 @@
 #include <variant>
 #include <vector>
 
-/// Calls between the product's processes. An `Endpoint` names a process's `Listener`; a `Connection` leads to an
-/// endpoint or to a named service and hands out proxies of the objects at its far end.
+/// Calls between the product's processes. An `Endpoint` names a process's `Listener`; a `Connection` leads to
+/// an endpoint or to a named service and hands out proxies of the objects at its far end.
 ///
-/// Threads: connections and listeners are made, used and released on the main thread. Replies, error handlers,
-/// interruption and invalidation handlers run on the link's own thread, one after another: they may log and
-/// must hand everything else over to the main run loop. Nothing here ever waits for the far end.
+/// Threads: connections and listeners are made, used and released on the main thread. Replies, error
+/// handlers, interruption and invalidation handlers run on the link's own thread, one after another: they may
+/// log and must hand everything else over to the main run loop. Nothing here ever waits for the far end.
 namespace velloren {
 
 /// Where a process listens: a D-Bus server address with the transport `unix:path=` or `unix:abstract=`.

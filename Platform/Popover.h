@@ -22,10 +22,12 @@ class Popover final {
     ~Popover();
 
     void setContentViewController(std::unique_ptr<ViewController> controller);
+
     /// None before it was set.
     [[nodiscard]] ViewController* contentViewController() const { return controller.get(); }
 
     [[nodiscard]] bool animates() const { return animated; }
+
     /// Whether the window fades in and out, where the desktop's window manager does that.
     void setAnimates(bool animates) { animated = animates; }
 

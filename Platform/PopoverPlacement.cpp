@@ -23,8 +23,8 @@ bool isHorizontal(ArrowEdge edge) {
     return edge == ArrowEdge::Top || edge == ArrowEdge::Bottom;
 }
 
-/// The start of a stretch of `length` centred on `centre` and kept within [first, last] less the gap, from its
-/// beginning when it does not fit.
+/// The start of a stretch of `length` centred on `centre` and kept within [first, last] less the gap, from
+/// its beginning when it does not fit.
 int centredWithin(int centre, int length, int first, int last) {
     constexpr int gap = PopoverMetrics::screenGap;
     return std::max(first + gap, std::min(centre - length / 2, last - gap - length + 1));
@@ -37,11 +37,13 @@ int tipWithin(int tip, int length) {
 
 } // namespace
 
-PopoverPlacement placePopover(const QRect& anchor, QSize content, const QRect& screen, const QRect& available) {
+PopoverPlacement placePopover(const QRect& anchor, QSize content, const QRect& screen,
+                              const QRect& available) {
     const ArrowEdge edge = edgeTowards(anchor, screen, available);
     const QPoint centre = anchor.center();
     const bool horizontal = isHorizontal(edge);
-    const QSize arrow = horizontal ? QSize(0, PopoverMetrics::arrowLength) : QSize(PopoverMetrics::arrowLength, 0);
+    const QSize arrow =
+        horizontal ? QSize(0, PopoverMetrics::arrowLength) : QSize(PopoverMetrics::arrowLength, 0);
     QRect frame({}, content + arrow);
 
     if (horizontal)

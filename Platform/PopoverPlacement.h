@@ -23,8 +23,8 @@ struct PopoverMetrics {
     static constexpr int screenGap = 4; ///< kept between the frame and the sides of the available area
 };
 
-/// Places a popover whose content is `content` large beside `anchor`, inside `available`: below an anchor in a
-/// bar at the top of `screen`, above one at the bottom, beside one at the left or right. An anchor within
+/// Places a popover whose content is `content` large beside `anchor`, inside `available`: below an anchor in
+/// a bar at the top of `screen`, above one at the bottom, beside one at the left or right. An anchor within
 /// `available` counts as in the nearer of the top and the bottom.
 [[nodiscard]] PopoverPlacement placePopover(const QRect& anchor, QSize content, const QRect& screen,
                                             const QRect& available);

@@ -106,7 +106,8 @@ QPainterPath PopoverFrameView::outline() const {
 
 PopoverWindow::PopoverWindow(const QRect& anchor)
     : frame(this), anchor(anchor), composited(x11::isComposited()) {
-    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint);
+    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                   Qt::NoDropShadowWindowHint);
     setAttribute(Qt::WA_TranslucentBackground, composited);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
@@ -135,7 +136,8 @@ void PopoverWindow::place() {
     const QScreen* screen = QGuiApplication::screenAt(anchor.center());
     if (!screen)
         screen = QGuiApplication::primaryScreen();
-    const QSize size = content->sizeHint().expandedTo(content->minimumSize()).boundedTo(content->maximumSize());
+    const QSize size =
+        content->sizeHint().expandedTo(content->minimumSize()).boundedTo(content->maximumSize());
     const PopoverPlacement placement =
         placePopover(anchor, size, screen->geometry(), screen->availableGeometry());
 

@@ -38,10 +38,13 @@ class PopoverWindow final : public Window {
     /// Takes the content in; `releaseContent` gives it back before the window goes.
     void setContent(QWidget& content);
     void releaseContent();
+
     [[nodiscard]] QWidget* contentView() const override { return content; }
+
     [[nodiscard]] const PopoverFrameView& frameView() const { return frame; }
 
     void setAnchor(const QRect& anchor);
+
     void setCloseRequestHandler(std::function<void()> handler) { closeRequested = std::move(handler); }
 
   protected:

@@ -15,7 +15,8 @@ std::chrono::milliseconds milliseconds(RunLoop::Seconds seconds) {
 
 } // namespace
 
-class QtRunLoop::RepeatingTimer final : public RunLoop::Timer, public std::enable_shared_from_this<RepeatingTimer> {
+class QtRunLoop::RepeatingTimer final : public RunLoop::Timer,
+                                        public std::enable_shared_from_this<RepeatingTimer> {
   public:
     RepeatingTimer(QtRunLoop& loop, Seconds interval, Task task) : loop(loop), task(std::move(task)) {
         QObject::connect(&timer, &QTimer::timeout, [this] { fire(); });

@@ -33,14 +33,15 @@ class RunLoop {
     /// The main loop of this process, provided through SharedInstance<RunLoop>.
     static RunLoop& main();
 
-    /// Runs `task` on the loop, never before `post` returns. Any thread; tasks of one thread keep their order.
+    /// Runs `task` on the loop, never before `post` returns. Any thread; tasks of one thread keep their
+    /// order.
     virtual void post(Task task) = 0;
 
     /// Runs `task` once, `delay` from now. Main thread only.
     virtual void postAfter(Seconds delay, Task task) = 0;
 
-    /// Runs `task` every `interval`, the first time one interval from now. The loop keeps the timer until it is
-    /// invalidated, whether or not the caller keeps the result. Main thread only.
+    /// Runs `task` every `interval`, the first time one interval from now. The loop keeps the timer until it
+    /// is invalidated, whether or not the caller keeps the result. Main thread only.
     virtual std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) = 0;
 
     /// Whether the calling thread is the loop's. Any thread.

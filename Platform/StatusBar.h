@@ -7,8 +7,8 @@
 
 namespace velloren {
 
-/// The view in the bar that stands for a status item. It is never a window here: the bar's host shows a picture
-/// of it. Presses that the host reports go to the view at its centre.
+/// The view in the bar that stands for a status item. It is never a window here: the bar's host shows a
+/// picture of it. Presses that the host reports go to the view at its centre.
 class StatusBarButton final : public View {
     Q_OBJECT
 

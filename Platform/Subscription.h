@@ -10,9 +10,13 @@ namespace velloren {
 class [[nodiscard]] Subscription {
   public:
     Subscription() = default;
+
     explicit Subscription(std::function<void()> unsubscribe) : unsubscribe(std::move(unsubscribe)) {}
+
     Subscription(Subscription&& other) noexcept : unsubscribe(std::exchange(other.unsubscribe, nullptr)) {}
+
     Subscription(const Subscription&) = delete;
+
     ~Subscription() { end(); }
 
     Subscription& operator=(Subscription&& other) noexcept {

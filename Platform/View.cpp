@@ -1,7 +1,7 @@
 #include "Platform/View.h"
 
-#include <QPainter>
 #include <QPaintEvent>
+#include <QPainter>
 
 #include <algorithm>
 #include <utility>

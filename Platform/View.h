@@ -20,8 +20,8 @@ struct TrackingArea {
     QRect rect; ///< in the view's coordinates
 };
 
-/// Base of the product's views: a widget with an optional layer, tracking areas, and the life-cycle calls that
-/// the interface form and the windows make. Lengths are device-independent pixels. Main thread only.
+/// Base of the product's views: a widget with an optional layer, tracking areas, and the life-cycle calls
+/// that the interface form and the windows make. Lengths are device-independent pixels. Main thread only.
 class View : public QWidget, public AwakesFromNib {
     Q_OBJECT
 
@@ -30,7 +30,9 @@ class View : public QWidget, public AwakesFromNib {
 
     /// Gives the view a layer, or takes it away.
     void setWantsLayer(bool wants);
+
     [[nodiscard]] bool wantsLayer() const { return ownLayer != nullptr; }
+
     /// None without `setWantsLayer(true)`.
     [[nodiscard]] Layer* layer() const { return ownLayer.get(); }
 
@@ -43,21 +45,25 @@ class View : public QWidget, public AwakesFromNib {
     /// Where the rectangle, in this view's coordinates, is on the screen.
     [[nodiscard]] virtual QRect rectOnScreen(const QRect& rect) const;
 
-    /// The part of this view within which its subviews' backgrounds stay; its whole rectangle unless overridden.
+    /// The part of this view within which its subviews' backgrounds stay; its whole rectangle unless
+    /// overridden.
     [[nodiscard]] virtual QPainterPath outline() const;
 
     void awakeFromNib() override {}
 
     /// The view is about to be placed into `window`, or taken out of its window when that is none.
     virtual void viewWillMoveToWindow(Window* window);
+
     virtual void viewDidMoveToWindow() {}
 
     /// A press of the main button on a view of the status bar.
     virtual void mouseDown(const Event& event);
 
     virtual void updateTrackingAreas() {}
+
     void addTrackingArea(const std::shared_ptr<TrackingArea>& area);
     void removeTrackingArea(const std::shared_ptr<TrackingArea>& area);
+
     [[nodiscard]] const std::vector<std::shared_ptr<TrackingArea>>& trackingAreas() const { return areas; }
 
   protected:
@@ -65,6 +71,7 @@ class View : public QWidget, public AwakesFromNib {
     virtual void drawRect(QPainter& painter, const QRect& dirtyRect);
 
     virtual void mouseEntered() {}
+
     virtual void mouseExited() {}
 
     /// A view below this one, or this one, changed what it shows.
@@ -91,8 +98,8 @@ class View : public QWidget, public AwakesFromNib {
     bool pointerInside = false;
 };
 
-/// Puts `view` under `superview` (none takes it out), telling it and every view below it when that changes the
-/// window they are in.
+/// Puts `view` under `superview` (none takes it out), telling it and every view below it when that changes
+/// the window they are in.
 void moveToSuperview(QWidget& view, QWidget* superview);
 
 /// A top-level window of the product with a content view inside a frame view.

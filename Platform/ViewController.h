@@ -16,7 +16,9 @@ class ViewController {
     [[nodiscard]] virtual QWidget& view() = 0;
 
     virtual void viewDidLoad() {}
+
     virtual void viewWillAppear() {}
+
     virtual void viewDidAppear() {}
 };
 

@@ -17,8 +17,11 @@ class CommunicationProxy final : public RemoteObject, public Communication {
     explicit CommunicationProxy(std::shared_ptr<Channel> channel) : channel(std::move(channel)) {}
 
     void openMeetingWithId(const std::string& id) override { request("openMeetingWithId", {id}); }
+
     void createNewMeeting() override { request("createNewMeeting", {}); }
+
     void displaySyncing() override { request("displaySyncing", {}); }
+
     void displayNotSyncing() override { request("displayNotSyncing", {}); }
 
     void fetchUpcomingMeetings(MeetingsReply reply) override {
@@ -49,12 +52,14 @@ ExportedInterface exportedCommunication(Communication& implementation) {
     using Method = ExportedInterface::Method;
     using Result = ExportedInterface::Result;
     const auto plain = [&implementation](void (Communication::*operation)()) {
-        return Method{0, Result::Nothing, [&implementation, operation](const Arguments&, const Answer& answer) {
+        return Method{0, Result::Nothing,
+                      [&implementation, operation](const Arguments&, const Answer& answer) {
                           (implementation.*operation)();
                           answer({});
                       }};
     };
-    const Method open{1, Result::Nothing, [&implementation](const Arguments& arguments, const Answer& answer) {
+    const Method open{1, Result::Nothing,
+                      [&implementation](const Arguments& arguments, const Answer& answer) {
                           implementation.openMeetingWithId(arguments.front());
                           answer({});
                       }};

@@ -52,7 +52,8 @@ RemoteInterface endPointHandlingInterface() {
 ExportedInterface exportedEndPointHandling(EndPointHandling& implementation) {
     using Method = ExportedInterface::Method;
     using Result = ExportedInterface::Result;
-    const Method store{2, Result::Boolean, [&implementation](const Arguments& arguments, const Answer& answer) {
+    const Method store{2, Result::Boolean,
+                       [&implementation](const Arguments& arguments, const Answer& answer) {
                            const auto endpoint = Endpoint::parse(arguments[0]);
                            if (!endpoint) {
                                answer(false);
@@ -61,13 +62,15 @@ ExportedInterface exportedEndPointHandling(EndPointHandling& implementation) {
                            implementation.registerListenerEndpoint(*endpoint, arguments[1],
                                                                    [answer](bool stored) { answer(stored); });
                        }};
-    const Method retrieve{1, Result::Text, [&implementation](const Arguments& arguments, const Answer& answer) {
+    const Method retrieve{1, Result::Text,
+                          [&implementation](const Arguments& arguments, const Answer& answer) {
                               implementation.retrieveListenerEndpoint(
                                   arguments[0], [answer](const std::optional<Endpoint>& endpoint) {
                                       answer(endpoint ? endpoint->address() : std::string());
                                   });
                           }};
-    const Method remove{1, Result::Nothing, [&implementation](const Arguments& arguments, const Answer& answer) {
+    const Method remove{1, Result::Nothing,
+                        [&implementation](const Arguments& arguments, const Answer& answer) {
                             implementation.removeListenerEndpoint(arguments[0]);
                             answer({});
                         }};

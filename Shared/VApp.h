@@ -25,8 +25,8 @@ class VApp {
     /// Whether any instance runs. Asking it of `agent` stops the process.
     [[nodiscard]] bool isRunning() const;
 
-    /// Asks for a launch when no instance runs. Whether a launch was asked for, taken or not: the notice of the
-    /// launch tells that it happened. Asking it of `agent` stops the process.
+    /// Asks for a launch when no instance runs. Whether a launch was asked for, taken or not: the notice of
+    /// the launch tells that it happened. Asking it of `agent` stops the process.
     bool launchIfNotRunning() const;
 
     friend constexpr bool operator==(VApp, VApp) = default;

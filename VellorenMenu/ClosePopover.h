@@ -4,8 +4,8 @@ namespace velloren {
 
 class View;
 
-/// Closes the popover through the application's delegate, in the name of any view inside it. Does nothing when
-/// the delegate is missing or is not the menu agent's.
+/// Closes the popover through the application's delegate, in the name of any view inside it. Does nothing
+/// when the delegate is missing or is not the menu agent's.
 void closePopover(View& sender);
 
 } // namespace velloren

@@ -6,7 +6,8 @@
 namespace velloren {
 
 EndPointHandler::EndPointHandler(Link& link)
-    : serviceName(VApp(VApp::agent).bundleIdentifier()), agentConnection(link.connectionToService(serviceName)) {
+    : serviceName(VApp(VApp::agent).bundleIdentifier()),
+      agentConnection(link.connectionToService(serviceName)) {
     if (!agentConnection)
         fatalError("the connection to " + serviceName + " could not be created");
     agentConnection->setRemoteObjectInterface(endPointHandlingInterface());

@@ -24,19 +24,24 @@ class ItemView : public View {
     QPointer<LayoutConstraint> heightConstraint;
 
     [[nodiscard]] const QColor& bgColor() const { return backgroundColor; }
+
     void setBgColor(const QColor& color);
 
     /// Whether a thin line at the bottom sets the row apart from the next.
     [[nodiscard]] bool hairline() const { return drawsHairline; }
+
     void setHairline(bool draws) { drawsHairline = draws; }
 
     /// The height of the shown row.
     [[nodiscard]] virtual double viewHeight() const { return storedViewHeight; }
+
     void setViewHeight(double height) { storedViewHeight = height; }
 
     [[nodiscard]] bool isItemHidden() const { return itemHidden; }
+
     /// Collapses the row, or gives it its height again; without a height constraint only the flag changes.
     void setItemHidden(bool hidden);
+
     /// Changes the flag alone, for whoever sets the height itself.
     void setItemHiddenFlag(bool hidden) { itemHidden = hidden; }
 

@@ -94,8 +94,8 @@ void MainAppLink::connectToMainApp(const std::shared_ptr<EndPointHandler>& handl
     mainAppCallerConnection->setInvalidationHandler(clearUpAfter("invalidated"));
     mainAppCallerConnection->resume();
 
-    Logger::sharedInstance().info("Connection to main app established with handler=" + handler->description() +
-                                      ", endPoint=" + endpoint.address(),
+    Logger::sharedInstance().info("Connection to main app established with handler=" +
+                                      handler->description() + ", endPoint=" + endpoint.address(),
                                   delegateFunction(setupFunction));
     autoRetryConnectionAttempt = 0;
     if (completion)
@@ -120,9 +120,9 @@ void MainAppLink::fetchMeetings(MeetingsCompletion completion) {
         return;
     mainAppCallerProxy->fetchUpcomingMeetings(
         [completion = std::move(completion)](Communication::Meetings meetings) {
-            Logger::sharedInstance().debug(
-                "Velloren Menu agent.fetchUpcomingMeetings(), meetings count = " + printedCount(meetings),
-                delegateFunction(function));
+            Logger::sharedInstance().debug("Velloren Menu agent.fetchUpcomingMeetings(), meetings count = " +
+                                               printedCount(meetings),
+                                           delegateFunction(function));
             completion(std::move(meetings));
         });
 }

@@ -17,16 +17,18 @@ class EndPointHandler;
 /// The agent's side of its link to the main app: how the connection is found, made, retried and dropped, the
 /// requests that go over it, and those that wait until there is one.
 ///
-/// Connected means that `mainAppCallerConnection` is set; then, normally, `mainAppCallerProxy` is set as well.
-/// Everything here is called on the main thread. The object outlives its link and the tasks it leaves on the
-/// main run loop: it lives as long as the process.
+/// Connected means that `mainAppCallerConnection` is set; then, normally, `mainAppCallerProxy` is set as
+/// well. Everything here is called on the main thread. The object outlives its link and the tasks it leaves
+/// on the main run loop: it lives as long as the process.
 class MainAppLink {
   public:
     /// A request for the main app.
     struct OpenMeeting {
         std::string id;
     };
+
     struct CreateNewMeeting {};
+
     using Operation = std::variant<OpenMeeting, CreateNewMeeting>;
 
     using Completion = std::function<void()>;
@@ -46,12 +48,12 @@ class MainAppLink {
     /// link's thread; it is never called when the main app is not connected or does not answer.
     void fetchMeetings(MeetingsCompletion completion);
 
-    /// Tries to connect now and every half second, until there is a connection or ten attempts were made since
-    /// the counter was last reset.
+    /// Tries to connect now and every half second, until there is a connection or ten attempts were made
+    /// since the counter was last reset.
     void checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
 
-    /// Asks the registry for the main app's endpoint and connects to it. `completion`, which may be none, runs
-    /// once the connection was made by this call; never when it was not.
+    /// Asks the registry for the main app's endpoint and connects to it. `completion`, which may be none,
+    /// runs once the connection was made by this call; never when it was not.
     void setupMainAppCallerConnection(Completion completion);
 
     void clearUpMainAppCallerConnection();

@@ -112,9 +112,10 @@ void MainViewController::viewWillAppear() {
     ViewController::viewWillAppear();
     showNoMeetingsView();
     const bool running = VApp(VApp::main).isRunning();
-    Logger::sharedInstance().debug(std::string("MainViewController viewWillAppear(), Velloren main app is running=") +
-                                       (running ? "true" : "false"),
-                                   {unit, "viewWillAppear()", 36});
+    Logger::sharedInstance().debug(
+        std::string("MainViewController viewWillAppear(), Velloren main app is running=") +
+            (running ? "true" : "false"),
+        {unit, "viewWillAppear()", 36});
     if (!showCreateRowForUser())
         return;
     if (VApp(VApp::main).isRunning())

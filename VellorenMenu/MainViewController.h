@@ -18,9 +18,9 @@
 
 namespace velloren {
 
-/// The controller of the popover's content: at most three upcoming meetings, the row that creates one, and the
-/// upload row, all fetched and set afresh at every appearance. It keeps no list of its own and outlives every
-/// answer of the main app. Main thread only.
+/// The controller of the popover's content: at most three upcoming meetings, the row that creates one, and
+/// the upload row, all fetched and set afresh at every appearance. It keeps no list of its own and outlives
+/// every answer of the main app. Main thread only.
 class MainViewController final : public ViewController {
   public:
     /// Made from the form `Main`.
@@ -29,6 +29,7 @@ class MainViewController final : public ViewController {
     ~MainViewController() override;
 
     [[nodiscard]] QWidget& view() override { return *rootView; }
+
     void viewWillAppear() override;
     void viewDidAppear() override;
 

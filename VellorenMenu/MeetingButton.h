@@ -9,8 +9,8 @@
 
 namespace velloren {
 
-/// The push button of the meeting rows. Once loaded from the interface form it shows its title centred, in its
-/// own font and in `textColor`; later changes of either are not restyled. Main thread only.
+/// The push button of the meeting rows. Once loaded from the interface form it shows its title centred, in
+/// its own font and in `textColor`; later changes of either are not restyled. Main thread only.
 class MeetingButton final : public QPushButton, public AwakesFromNib {
     Q_OBJECT
     Q_PROPERTY(int pixelSize READ pixelSize WRITE setPixelSize)
@@ -29,9 +29,11 @@ class MeetingButton final : public QPushButton, public AwakesFromNib {
 
     /// The size of the title's font.
     [[nodiscard]] int pixelSize() const { return font().pixelSize(); }
+
     void setPixelSize(int size);
 
     [[nodiscard]] const QColor& textColor() const { return color; }
+
     void setTextColor(const QColor& newColor) { color = newColor; }
 
     /// None until the button was loaded from the form: it then has the platform's title style.

@@ -10,8 +10,8 @@ namespace velloren {
 
 namespace {
 
-constexpr double statusItemLength = 28.0;             // points
-constexpr QRect menubarIconFrame(0, 0, 28, 22);       // points
+constexpr double statusItemLength = 28.0;       // points
+constexpr QRect menubarIconFrame(0, 0, 28, 22); // points
 
 bool isAboutMainApp(const Notification& notification) {
     if (!notification.userInfo)
@@ -40,8 +40,9 @@ void MenuAppDelegate::applicationDidFinishLaunching() {
     Workspace& workspace = Workspace::shared();
     launches = workspace.addObserver(Workspace::Notice::DidLaunchApplication,
                                      [this](const Notification& notification) { appLaunched(notification); });
-    terminations = workspace.addObserver(Workspace::Notice::DidTerminateApplication,
-                                         [this](const Notification& notification) { appTerminated(notification); });
+    terminations =
+        workspace.addObserver(Workspace::Notice::DidTerminateApplication,
+                              [this](const Notification& notification) { appTerminated(notification); });
     if (VApp(VApp::main).isRunning())
         checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
     setupListeningForIncomingMethodCalls();

@@ -45,6 +45,7 @@ class MenuAppDelegate final : public MainAppLink,
     void didMouseDown(MenubarIcon& icon) override;
 
     [[nodiscard]] MenubarIcon& icon() { return *menubarIcon; }
+
     [[nodiscard]] const Popover& popover() const { return popOver; }
 
   private:

@@ -43,11 +43,14 @@ class MenubarIcon final : public View {
     void setDelegate(MenubarIconDelegate* delegate) { pressDelegate = delegate; }
 
     [[nodiscard]] State state() const { return syncState; }
+
     /// Shows once `applyState` is called.
     void setState(State state) { syncState = state; }
+
     void applyState();
 
     [[nodiscard]] bool isHighlighted() const { return highlighted; }
+
     void setHighlighted(bool highlight);
 
     /// None before the icon was drawn or its state applied for the first time.

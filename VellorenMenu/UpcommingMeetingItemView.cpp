@@ -23,7 +23,8 @@ void UpcommingMeetingItemView::configureForMeeting(const Meeting& meeting) {
         meetingId = *meeting.id;
 }
 
-std::optional<std::string> UpcommingMeetingItemView::relativeDateFromDateString(const std::string& startTime) {
+std::optional<std::string>
+UpcommingMeetingItemView::relativeDateFromDateString(const std::string& startTime) {
     const auto start = meetingDateFormatter().dateFromString(startTime);
     if (!start)
         return std::nullopt;

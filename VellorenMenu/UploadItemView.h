@@ -7,8 +7,8 @@
 
 namespace velloren {
 
-/// The row that tells whether meeting files are being uploaded. It has no memory of its state: every call sets
-/// image and text afresh. Main thread only.
+/// The row that tells whether meeting files are being uploaded. It has no memory of its state: every call
+/// sets image and text afresh. Main thread only.
 class UploadItemView final : public ItemView {
     Q_OBJECT
 
@@ -23,11 +23,13 @@ class UploadItemView final : public ItemView {
 
     /// Always false, whatever the row shows.
     [[nodiscard]] bool isSyncing() const { return false; }
+
     /// Shows the uploading state, or that everything is up to date.
     void setSyncing(bool syncing);
 
     /// In minutes.
     [[nodiscard]] std::int64_t remaningTime() const { return minutesLeft; }
+
     /// Also puts the minutes into the title.
     void setRemaningTime(std::int64_t minutes);
 

@@ -88,6 +88,7 @@ class SessionEnd final : public QObject {
     }
 
   private Q_SLOTS:
+
     void busDisconnected() { QCoreApplication::exit(fail("the session bus went away")); }
 };
 

@@ -60,14 +60,15 @@ void MainWindow::addRequest(const std::string& request) {
     const std::string open = "open ";
     const std::string id = request.starts_with(open) ? request.substr(open.size()) : std::string();
     const QString title = id.empty() ? QString() : QString::fromStdString(database.titleOf(id));
-    auto* item = new QTreeWidgetItem({QTime::currentTime().toString(Qt::ISODate), described(request), title,
-                                      QString::fromStdString(id)});
+    auto* item = new QTreeWidgetItem(
+        {QTime::currentTime().toString(Qt::ISODate), described(request), title, QString::fromStdString(id)});
     requests.addTopLevelItem(item);
     requests.scrollToItem(item);
 }
 
 void MainWindow::toggleLogin() {
-    auto user = readCurrentUser(currentUserFile()).value_or(CurrentUserRecord{"7", "ada@velloren.example", false});
+    auto user =
+        readCurrentUser(currentUserFile()).value_or(CurrentUserRecord{"7", "ada@velloren.example", false});
     user.loggedIn = !user.loggedIn;
     storeCurrentUser(currentUserFile(), user);
     showState();

@@ -41,7 +41,8 @@ void MeetingDatabase::add(const std::string& id, const std::string& title, Date 
     insertion.bind(1, id);
     insertion.bind(2, title);
     insertion.bind(3, iso8601(start));
-    insertion.bind(4, std::int64_t(std::chrono::floor<std::chrono::seconds>(start).time_since_epoch().count()));
+    insertion.bind(4,
+                   std::int64_t(std::chrono::floor<std::chrono::seconds>(start).time_since_epoch().count()));
     insertion.exec();
 }
 

@@ -7,8 +7,8 @@
 
 namespace velloren {
 
-/// What the main app does for others: it notes what it is asked and answers from the meeting store. It lets in
-/// every process that the listener does. Main thread only.
+/// What the main app does for others: it notes what it is asked and answers from the meeting store. It lets
+/// in every process that the listener does. Main thread only.
 class MeetingService final : public Communication, public ListenerDelegate {
   public:
     MeetingService(RequestLog& log, MeetingStore& store) : log(log), store(store) {}
@@ -16,7 +16,9 @@ class MeetingService final : public Communication, public ListenerDelegate {
     void openMeetingWithId(const std::string& id) override;
     void createNewMeeting() override;
     void fetchUpcomingMeetings(MeetingsReply reply) override;
+
     void displaySyncing() override {}
+
     void displayNotSyncing() override {}
 
     [[nodiscard]] bool listenerShouldAcceptNewConnection(Listener& listener,

@@ -38,15 +38,16 @@ Options optionsOf(const QCoreApplication& application) {
     const QCommandLineOption noWindow("no-window", "Run without a display.");
     const QCommandLineOption store("make-demonstration-store", "Fill the store, log a user in, and exit.");
     const QCommandLineOption never("never-register", "Do not register with the registry.");
-    const QCommandLineOption after("register-after", "Register that many seconds after the start.", "seconds", "0");
+    const QCommandLineOption after("register-after", "Register that many seconds after the start.", "seconds",
+                                   "0");
     const QCommandLineOption log("log-requests", "Write a line per request to the file.", "file");
     QCommandLineParser parser;
     parser.setApplicationDescription("Stands in for the Velloren main app.");
     parser.addHelpOption();
     parser.addOptions({noWindow, store, never, after, log});
     parser.process(application);
-    return {!parser.isSet(noWindow), parser.isSet(store), !parser.isSet(never), parser.value(after).toDouble(),
-            parser.value(log).toStdString()};
+    return {!parser.isSet(noWindow), parser.isSet(store), !parser.isSet(never),
+            parser.value(after).toDouble(), parser.value(log).toStdString()};
 }
 
 int run(const Options& options, TerminationSignals& signals) {

@@ -12,7 +12,8 @@ class DBusChannel final : public Channel {
   public:
     DBusChannel(LinkThread& thread, std::shared_ptr<OutgoingBus> bus, OutgoingBus::Destination destination,
                 Connection::ErrorHandler failed)
-        : thread(thread), bus(std::move(bus)), destination(std::move(destination)), failed(std::move(failed)) {}
+        : thread(thread), bus(std::move(bus)), destination(std::move(destination)),
+          failed(std::move(failed)) {}
 
     void call(const std::string& method, Arguments arguments, Reply reply) override {
         post({method, std::move(arguments), std::move(reply), failed});
@@ -24,9 +25,8 @@ class DBusChannel final : public Channel {
 
   private:
     void post(OutgoingBus::Call call) {
-        thread.post([bus = bus, destination = destination, call = std::move(call)] {
-            bus->call(destination, call);
-        });
+        thread.post(
+            [bus = bus, destination = destination, call = std::move(call)] { bus->call(destination, call); });
     }
 
     LinkThread& thread;

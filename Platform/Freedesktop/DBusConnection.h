@@ -26,6 +26,7 @@ class DBusConnection final : public Connection {
     [[nodiscard]] std::shared_ptr<RemoteObject> remoteObjectProxy() override;
     [[nodiscard]] std::shared_ptr<RemoteObject>
     remoteObjectProxyWithErrorHandler(ErrorHandler handler) override;
+
     [[nodiscard]] std::string description() const override { return printedForm; }
 
   private:

@@ -79,7 +79,8 @@ int DBusExport::receive(sd_bus_message& call, sd_bus_error& error) {
 
     const std::uint64_t number = ++latest;
     unanswered.emplace(number, sd_bus_message_ref(&call));
-    auto answerCall = [weak = weak_from_this(), answers = answers, number, result = method.result](Value value) {
+    auto answerCall = [weak = weak_from_this(), answers = answers, number,
+                       result = method.result](Value value) {
         answers([weak, number, result, value = std::move(value)] {
             if (const auto self = weak.lock())
                 self->answer(number, result, value);

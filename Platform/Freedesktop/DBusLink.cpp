@@ -11,7 +11,8 @@ namespace velloren {
 DBusLink::DBusLink() : DBusLink(Options()) {}
 
 DBusLink::DBusLink(const Options& options)
-    : options(options), connections(std::make_shared<BusConnections>()), thread(std::make_unique<LinkThread>()) {}
+    : options(options), connections(std::make_shared<BusConnections>()),
+      thread(std::make_unique<LinkThread>()) {}
 
 DBusLink::~DBusLink() {
     thread->post([connections = connections] { connections->closeAll(); });
@@ -25,8 +26,8 @@ std::unique_ptr<Connection> DBusLink::connectionToService(const std::string& ser
         *thread, *connections, OutgoingBus::Timeouts{options.handshakeTimeout, options.callTimeout});
     // Taken over at once, so that it is closed even when nobody resumes the connection.
     thread->post([bus, started] { bus->adopt(started); });
-    return std::make_unique<DBusConnection>(*thread, bus, serviceName, "<Connection: service " + serviceName + ">",
-                                            nullptr);
+    return std::make_unique<DBusConnection>(*thread, bus, serviceName,
+                                            "<Connection: service " + serviceName + ">", nullptr);
 }
 
 std::unique_ptr<Connection> DBusLink::connectionToEndpoint(const Endpoint& endpoint) {

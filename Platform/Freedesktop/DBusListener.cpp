@@ -29,6 +29,7 @@ constexpr std::size_t mostConnections = 32;
 /// Creates the folder for the user alone, or finds it to be just that.
 bool makePrivateFolder(const std::filesystem::path& folder) {
     struct stat status {};
+
     if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
         return false;
     return lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid() &&
@@ -101,6 +102,7 @@ class DBusListener::Server : public std::enable_shared_from_this<Server> {
   private:
     struct Peer {
         Peer(Server& server, std::uint64_t number) : server(server), number(number) {}
+
         Peer(const Peer&) = delete;
         Peer& operator=(const Peer&) = delete;
 
@@ -138,12 +140,13 @@ class DBusListener::Server : public std::enable_shared_from_this<Server> {
         AcceptedConnection connection;
         const bool accepted = open && open->delegate &&
                               open->delegate->listenerShouldAcceptNewConnection(*open->listener, connection);
-        thread.post([server = shared_from_this(), number, accepted, exported = std::move(connection.exported)] {
-            if (accepted)
-                server->serve(number, exported);
-            else
-                server->peers.erase(number);
-        });
+        thread.post(
+            [server = shared_from_this(), number, accepted, exported = std::move(connection.exported)] {
+                if (accepted)
+                    server->serve(number, exported);
+                else
+                    server->peers.erase(number);
+            });
     }
 
     void serve(std::uint64_t number, const std::optional<ExportedInterface>& exported) {
@@ -178,7 +181,8 @@ class DBusListener::Server : public std::enable_shared_from_this<Server> {
             return 0;
         const auto& [server, number] = std::pair<Server&, std::uint64_t>(static_cast<Peer*>(data)->server,
                                                                          static_cast<Peer*>(data)->number);
-        server.thread.post([self = server.shared_from_this(), number = number] { self->peers.erase(number); });
+        server.thread.post(
+            [self = server.shared_from_this(), number = number] { self->peers.erase(number); });
         return 0;
     }
 

@@ -18,6 +18,7 @@ class DBusListener final : public Listener {
 
     void setDelegate(ListenerDelegate* delegate) override;
     void resume() override;
+
     [[nodiscard]] std::optional<Endpoint> endpoint() const override { return ownEndpoint; }
 
   private:

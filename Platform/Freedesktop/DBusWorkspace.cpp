@@ -60,7 +60,8 @@ void DBusWorkspace::nameOwnerChanged(const QString& name, const QString& oldOwne
     if (oldOwner.isEmpty() == newOwner.isEmpty())
         return;
     const Notice notice = oldOwner.isEmpty() ? Notice::DidLaunchApplication : Notice::DidTerminateApplication;
-    const Notification notification{Notification::Info{{"NSApplicationBundleIdentifier", name.toStdString()}}};
+    const Notification notification{
+        Notification::Info{{"NSApplicationBundleIdentifier", name.toStdString()}}};
     std::vector<Observer> told; // an observer may end its own or another's subscription
     for (const Entry& entry : observers) {
         if (entry.notice == notice)

@@ -10,8 +10,8 @@
 namespace velloren {
 
 /// The workspace as the session bus shows it: an application is launched when its bundle identifier gets an
-/// owner, and terminated when it loses the last one. Only the given applications are watched, so that the rest
-/// of the session's comings and goings wake nobody.
+/// owner, and terminated when it loses the last one. Only the given applications are watched, so that the
+/// rest of the session's comings and goings wake nobody.
 class DBusWorkspace final : public QObject, public Workspace {
     Q_OBJECT
 

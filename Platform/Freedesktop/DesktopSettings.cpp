@@ -69,7 +69,8 @@ DesktopSettings::DesktopSettings(const QDBusConnection& sessionBus, std::functio
 void DesktopSettings::followPortal() {
     bus.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"), this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
-    for (const auto& [group, key] : {std::pair(appearanceGroup, colorScheme), std::pair(interfaceGroup, clockFormat)}) {
+    for (const auto& [group, key] :
+         {std::pair(appearanceGroup, colorScheme), std::pair(interfaceGroup, clockFormat)}) {
         auto question = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
                                                        QStringLiteral("Read"));
         question << group << key;
@@ -85,7 +86,8 @@ void DesktopSettings::followXfcePanel() {
     auto question = QDBusMessage::createMethodCall(xfconf, xfconfPath, xfconf, QStringLiteral("GetProperty"));
     question << xfcePanel << panelDarkMode;
     question.setAutoStartService(desktopIs("XFCE"));
-    ask(question, [this](const QDBusVariant& value) { panelSettingChanged(xfcePanel, panelDarkMode, value); });
+    ask(question,
+        [this](const QDBusVariant& value) { panelSettingChanged(xfcePanel, panelDarkMode, value); });
 }
 
 void DesktopSettings::ask(const QDBusMessage& question, std::function<void(const QDBusVariant&)> answered) {

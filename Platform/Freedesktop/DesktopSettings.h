@@ -10,9 +10,9 @@
 
 namespace velloren {
 
-/// Follows what the desktop says of the bar's appearance and of the clock format, and hands it to `Appearance`
-/// and `CurrentLocale`. A panel's own setting comes before the colour scheme of the settings portal; a desktop
-/// that says nothing leaves both as they are. Asks without waiting. Main thread only.
+/// Follows what the desktop says of the bar's appearance and of the clock format, and hands it to
+/// `Appearance` and `CurrentLocale`. A panel's own setting comes before the colour scheme of the settings
+/// portal; a desktop that says nothing leaves both as they are. Asks without waiting. Main thread only.
 class DesktopSettings final : public QObject {
     Q_OBJECT
 

@@ -40,7 +40,9 @@ class OutgoingBus;
 class BusConnections {
   public:
     void add(const std::shared_ptr<OutgoingBus>& bus) { open.insert(bus); }
+
     void remove(const std::shared_ptr<OutgoingBus>& bus) { open.erase(bus); }
+
     /// Sends what is still to go to services, and closes all.
     void closeAll();
 

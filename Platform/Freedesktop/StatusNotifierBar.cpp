@@ -19,9 +19,8 @@ std::unique_ptr<StatusItem> StatusNotifierBar::statusItemWithLength(double lengt
     const QString serviceName = QStringLiteral("org.kde.StatusNotifierItem-%1-%2")
                                     .arg(QCoreApplication::applicationPid())
                                     .arg(++itemsMade);
-    return std::make_unique<StatusNotifierItem>(bus,
-                                                StatusNotifierItem::Identity{itemId, itemTitle, serviceName},
-                                                QSize(qRound(length), barHeight));
+    return std::make_unique<StatusNotifierItem>(
+        bus, StatusNotifierItem::Identity{itemId, itemTitle, serviceName}, QSize(qRound(length), barHeight));
 }
 
 } // namespace velloren

@@ -127,8 +127,8 @@ void StatusNotifierItem::followWatcher() {
                 if (!newOwner.isEmpty())
                     registerWithWatcher();
             });
-    bus.connect(watcherService, watcherPath, watcherService, QStringLiteral("StatusNotifierHostRegistered"), this,
-                SLOT(registerWithWatcher()));
+    bus.connect(watcherService, watcherPath, watcherService, QStringLiteral("StatusNotifierHostRegistered"),
+                this, SLOT(registerWithWatcher()));
     registerWithWatcher();
 }
 

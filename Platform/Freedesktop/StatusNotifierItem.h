@@ -61,12 +61,19 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     [[nodiscard]] StatusBarButton* button() override { return &itemButton; }
 
     [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
+
     [[nodiscard]] QString id() const { return identity.id; }
+
     [[nodiscard]] QString title() const { return identity.title; }
+
     [[nodiscard]] QString status() const { return QStringLiteral("Active"); }
+
     [[nodiscard]] int windowId() const { return 0; }
+
     [[nodiscard]] bool itemIsMenu() const { return false; }
+
     [[nodiscard]] QString iconName() const { return {}; }
+
     [[nodiscard]] StatusNotifierPixmaps iconPixmap();
     [[nodiscard]] StatusNotifierToolTip toolTip() const;
 

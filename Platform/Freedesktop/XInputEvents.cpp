@@ -49,8 +49,8 @@ XInputEvents::XInputEvents() {
     if (!display)
         return;
     const auto* extension = xcb_get_extension_data(display, &xcb_input_id);
-    const auto version = x11::owned(xcb_input_xi_query_version_reply(
-        display, xcb_input_xi_query_version(display, 2, 2), nullptr));
+    const auto version = x11::owned(
+        xcb_input_xi_query_version_reply(display, xcb_input_xi_query_version(display, 2, 2), nullptr));
     if (!extension || !extension->present || !version)
         return;
     connection = display;
@@ -137,6 +137,7 @@ void XInputEvents::selectWhatIsNeeded() {
         xcb_input_event_mask_t head;
         std::uint32_t mask;
     } selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1}, needed};
+
     xcb_input_xi_select_events(connection, rootWindow, 1, &selection.head);
     xcb_flush(connection);
 }

@@ -13,8 +13,8 @@ struct xcb_connection_t;
 namespace velloren {
 
 /// Global events from raw XInput 2 events of the root window, which arrive whoever holds a grab. Nothing is
-/// selected, and so no event wakes this process, while there is no monitor; the one exception is the rest of a
-/// click that a monitor was told of. Without an X display there are no events.
+/// selected, and so no event wakes this process, while there is no monitor; the one exception is the rest of
+/// a click that a monitor was told of. Without an X display there are no events.
 class XInputEvents final : public GlobalEvents, private QAbstractNativeEventFilter {
   public:
     XInputEvents();

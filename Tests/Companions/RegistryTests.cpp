@@ -30,6 +30,7 @@ class Socket {
 
     Socket(const Socket&) = delete;
     Socket& operator=(const Socket&) = delete;
+
     ~Socket() { close(descriptor); }
 
   private:
@@ -46,7 +47,8 @@ class RegistryTest : public ::testing::Test {
 
     std::optional<Endpoint> retrieve(const std::string& identifier) {
         std::optional<Endpoint> endpoint;
-        registry.retrieveListenerEndpoint(identifier, [&](std::optional<Endpoint> answer) { endpoint = answer; });
+        registry.retrieveListenerEndpoint(identifier,
+                                          [&](std::optional<Endpoint> answer) { endpoint = answer; });
         return endpoint;
     }
 
@@ -126,9 +128,10 @@ TEST(RegistryDaemon, IsStartedByTheBusAndAnswersOverTheLink) {
 
 TEST(RegistryDaemon, SaysThatThereIsNoSessionBus) {
     const TemporaryDirectory folder;
-    Process daemon({VELLOREN_AGENT},
-                   {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}, {"XDG_RUNTIME_DIR", folder.path()}},
-                   folder.path() / "output");
+    Process daemon(
+        {VELLOREN_AGENT},
+        {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}, {"XDG_RUNTIME_DIR", folder.path()}},
+        folder.path() / "output");
     EXPECT_EQ(daemon.wait(), 1);
     EXPECT_NE(daemon.output().find("velloren-agent: there is no session bus"), std::string::npos);
 }

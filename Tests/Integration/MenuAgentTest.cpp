@@ -41,9 +41,9 @@ void MenuAgentTest::startAgent() {
 
 void MenuAgentTest::installMainApp(const std::string& command) {
     const auto script = desktop.folder() / "main-app.sh";
-    std::ofstream(script) << "echo $$ >> " << (desktop.folder() / "main-app.pids").string() << "\nexec " << command
-                          << " --log-requests " << (desktop.folder() / "requests").string() << " >> "
-                          << (desktop.folder() / "main-app.log").string() << " 2>&1\n";
+    std::ofstream(script) << "echo $$ >> " << (desktop.folder() / "main-app.pids").string() << "\nexec "
+                          << command << " --log-requests " << (desktop.folder() / "requests").string()
+                          << " >> " << (desktop.folder() / "main-app.log").string() << " 2>&1\n";
     desktop.bus().addService(mainAppName, "/bin/sh " + script.string());
 }
 

@@ -11,8 +11,8 @@
 
 namespace velloren {
 
-/// The agent as a process on a desktop of its own, with the registry started by the bus, a store with meetings
-/// and a user who is logged in.
+/// The agent as a process on a desktop of its own, with the registry started by the bus, a store with
+/// meetings and a user who is logged in.
 class MenuAgentTest : public ::testing::Test {
   protected:
     inline static const std::string mainAppName = "com.velloren.velloren-mac";
@@ -34,6 +34,7 @@ class MenuAgentTest : public ::testing::Test {
     void clickCreateRow();
 
     [[nodiscard]] std::string log() const { return agent->output(); }
+
     [[nodiscard]] int countInLog(const std::string& text) const;
     bool waitForLog(const std::string& text, int times = 1);
     /// What the main app was asked, "fetch" left out.

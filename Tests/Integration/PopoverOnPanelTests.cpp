@@ -48,8 +48,9 @@ TEST_F(IconInPanel, EndsWithTheSession) {
 }
 
 TEST_F(IconInPanel, StartsWithoutARuntimeDirectory) {
-    agent = std::make_unique<Process>(std::vector<std::string>{binaries + "/velloren-menu"},
-                                      Process::Environment{{"XDG_RUNTIME_DIR", ""}}, desktop.folder() / "menu");
+    agent =
+        std::make_unique<Process>(std::vector<std::string>{binaries + "/velloren-menu"},
+                                  Process::Environment{{"XDG_RUNTIME_DIR", ""}}, desktop.folder() / "menu");
     ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
     openPopover();
     EXPECT_EQ(countInLog("Registering menuAppListener"), 0);
@@ -100,7 +101,8 @@ TEST_F(PopoverOnPanel, HangsBelowThePanelWithItsArrowAtTheIcon) {
     EXPECT_GE(window->top(), 30);
     EXPECT_LE(window->top(), 34);
     ASSERT_TRUE(desktop.waitUntil([&] {
-        return desktop.screen().pixelColor(VirtualDesktop::icon.x(), window->top() + 6) == QColor(236, 236, 236);
+        return desktop.screen().pixelColor(VirtualDesktop::icon.x(), window->top() + 6) ==
+               QColor(236, 236, 236);
     })) << "the arrow's grey is below the icon";
 }
 

@@ -23,9 +23,9 @@ TEST(Endpoint, TakesExactlyOneUnixSocketAddress) {
 
 TEST(Endpoint, RefusesEveryOtherTransport) {
     for (const char* address :
-         {"", "unix:", "unixexec:path=/bin/sh", "tcp:host=localhost,port=1", "nonce-tcp:host=localhost,port=1",
-          "launchd:env=X", "autolaunch:", "unix:tmpdir=/tmp", "unix:dir=/tmp", "unix:runtime=yes",
-          "UNIX:path=/tmp/a", " unix:path=/tmp/a", "/tmp/a"})
+         {"", "unix:", "unixexec:path=/bin/sh", "tcp:host=localhost,port=1",
+          "nonce-tcp:host=localhost,port=1", "launchd:env=X", "autolaunch:", "unix:tmpdir=/tmp",
+          "unix:dir=/tmp", "unix:runtime=yes", "UNIX:path=/tmp/a", " unix:path=/tmp/a", "/tmp/a"})
         EXPECT_FALSE(Endpoint::parse(address)) << address;
 }
 

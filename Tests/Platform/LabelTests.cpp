@@ -32,7 +32,8 @@ TEST_F(LabelTest, ShowsMarkupAsPlainText) {
     Label marked;
     plain.setStringValue(std::string("&lt;"));
     marked.setStringValue(std::string("<b>bold</b>"));
-    EXPECT_EQ(marked.sizeHint().width(), marked.fontMetrics().horizontalAdvance(QStringLiteral("<b>bold</b>")));
+    EXPECT_EQ(marked.sizeHint().width(),
+              marked.fontMetrics().horizontalAdvance(QStringLiteral("<b>bold</b>")));
     EXPECT_EQ(plain.sizeHint().width(), plain.fontMetrics().horizontalAdvance(QStringLiteral("&lt;")));
 
     marked.resize(20, 20);

@@ -23,7 +23,9 @@ class JournalController final : public ViewController {
     }
 
     QWidget& view() override { return root; }
+
     void viewWillAppear() override { journal.push_back(root.isVisible() ? "too late" : "will appear"); }
+
     void viewDidAppear() override { journal.push_back(root.isVisible() ? "did appear" : "too early"); }
 
     View root;

@@ -1,5 +1,5 @@
-#include "Platform/View.h"
 #include "Platform/StatusBar.h"
+#include "Platform/View.h"
 #include "Tests/Support/QtTest.h"
 
 #include <QEnterEvent>
@@ -50,6 +50,7 @@ class TrackingView final : public View {
 
   protected:
     void mouseEntered() override { ++entered; }
+
     void mouseExited() override { ++exited; }
 };
 
@@ -57,8 +58,8 @@ class SpinningView final : public View {
   public:
     SpinningView() {
         setWantsLayer(true);
-        layer()->addAnimation({"transform.rotation.z", 3.14, std::chrono::seconds(1), BasicAnimation::forever},
-                              "key");
+        layer()->addAnimation(
+            {"transform.rotation.z", 3.14, std::chrono::seconds(1), BasicAnimation::forever}, "key");
     }
 
     int drawn = 0;
@@ -83,8 +84,8 @@ TEST_F(ViewTest, TellsEveryViewBelowOfEnteringAndLeavingAWindow) {
     moveToSuperview(root, &window);
     EXPECT_TRUE(journal.empty()) << "moving within a window is neither";
     moveToSuperview(root, nullptr);
-    EXPECT_EQ(journal, (std::vector<std::string>{"child will leave", "root will leave", "child left",
-                                                 "root left"}));
+    EXPECT_EQ(journal,
+              (std::vector<std::string>{"child will leave", "root will leave", "child left", "root left"}));
     moveToSuperview(child, nullptr);
 }
 

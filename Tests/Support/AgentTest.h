@@ -53,6 +53,7 @@ class AgentTest : public QtTest {
         bool withholds = false;
 
         void openMeetingWithId(const std::string& id) override { requests.push_back("open " + id); }
+
         void createNewMeeting() override { requests.push_back("create"); }
 
         void fetchUpcomingMeetings(MeetingsReply reply) override {
@@ -64,6 +65,7 @@ class AgentTest : public QtTest {
         }
 
         void displaySyncing() override {}
+
         void displayNotSyncing() override {}
     };
 

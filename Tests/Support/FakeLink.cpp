@@ -80,8 +80,12 @@ class FakeConnection final : public Connection {
         --link.openConnections;
     }
 
-    void setRemoteObjectInterface(RemoteInterface newInterface) override { interface = std::move(newInterface); }
+    void setRemoteObjectInterface(RemoteInterface newInterface) override {
+        interface = std::move(newInterface);
+    }
+
     void setInterruptionHandler(Handler handler) override { near->interruption = std::move(handler); }
+
     void setInvalidationHandler(Handler handler) override { near->invalidation = std::move(handler); }
 
     void resume() override {

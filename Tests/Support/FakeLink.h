@@ -29,6 +29,7 @@ class FakeLink final : public Link {
 
     /// Delivers the calls made so far, their answers, and the events of connections, until nothing is left.
     void deliver();
+
     /// Delivers as it comes, without `deliver`; the default.
     void setImmediate(bool immediate) { deliversAtOnce = immediate; }
 

@@ -62,6 +62,7 @@ class FakeUserManager final : public UserManager {
         explicit FakeUser(bool loggedIn) : loggedIn(loggedIn) {}
 
         [[nodiscard]] bool isLoggedIn() const override { return loggedIn; }
+
         [[nodiscard]] std::string description() const override { return "<User ada>"; }
 
       private:

@@ -16,6 +16,7 @@ class ManualRunLoop final : public RunLoop {
     void post(Task task) override;
     void postAfter(Seconds delay, Task task) override;
     std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) override;
+
     [[nodiscard]] bool isCurrent() const override { return current; }
 
     /// Pretends that the caller runs on another thread, or no longer.

@@ -13,7 +13,8 @@ namespace velloren {
 
 namespace {
 
-constexpr auto configuration = R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+constexpr auto configuration =
+    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
   <type>session</type>
@@ -41,8 +42,8 @@ sd_bus* connected() {
     sd_bus* bus = nullptr;
     if (sd_bus_open_user(&bus) < 0)
         return nullptr;
-    if (sd_bus_call_method(bus, "org.freedesktop.DBus", "/", "org.freedesktop.DBus.Peer", "Ping", nullptr, nullptr,
-                           nullptr) < 0)
+    if (sd_bus_call_method(bus, "org.freedesktop.DBus", "/", "org.freedesktop.DBus.Peer", "Ping", nullptr,
+                           nullptr, nullptr) < 0)
         return sd_bus_close_unref(bus);
     return bus;
 }
@@ -55,7 +56,8 @@ PrivateBus::PrivateBus() {
     busAddress = "unix:path=" + (temporary / "bus").string();
     exported.emplace("DBUS_SESSION_BUS_ADDRESS", busAddress);
     daemon = std::make_unique<Process>(
-        std::vector<std::string>{"dbus-daemon", "--nofork", "--config-file=" + (temporary / "bus.conf").string()},
+        std::vector<std::string>{"dbus-daemon", "--nofork",
+                                 "--config-file=" + (temporary / "bus.conf").string()},
         Process::Environment(), temporary / "bus.log");
 
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
@@ -74,8 +76,8 @@ void PrivateBus::addService(const std::string& name, const std::string& commandL
     std::ofstream((temporary / "services") / (name + ".service"))
         << "[D-BUS Service]\nName=" << name << "\nExec=" << commandLine << "\n";
     sd_bus* bus = connected();
-    sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ReloadConfig",
-                       nullptr, nullptr, nullptr);
+    sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                       "ReloadConfig", nullptr, nullptr, nullptr);
     sd_bus_close_unref(bus);
 }
 

@@ -19,6 +19,7 @@ class PrivateBus {
     ~PrivateBus();
 
     [[nodiscard]] const std::string& address() const { return busAddress; }
+
     [[nodiscard]] const std::filesystem::path& folder() const { return temporary.path(); }
 
     /// From now on the bus starts `commandLine` when the name is asked for.

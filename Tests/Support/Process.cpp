@@ -16,7 +16,8 @@ namespace velloren {
 
 namespace {
 
-[[noreturn]] void becomeProgram(const std::vector<std::string>& arguments, const Process::Environment& changes,
+[[noreturn]] void becomeProgram(const std::vector<std::string>& arguments,
+                                const Process::Environment& changes,
                                 const std::filesystem::path& outputFile) {
     sigset_t none;
     sigemptyset(&none);

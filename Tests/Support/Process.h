@@ -13,8 +13,8 @@ class Process {
   public:
     using Environment = std::map<std::string, std::string>;
 
-    /// Starts `arguments[0]`, found on the PATH, with `changes` to this process's environment; a variable with
-    /// an empty value is taken away. Stops the test when it cannot be started.
+    /// Starts `arguments[0]`, found on the PATH, with `changes` to this process's environment; a variable
+    /// with an empty value is taken away. Stops the test when it cannot be started.
     Process(const std::vector<std::string>& arguments, const Environment& changes,
             const std::filesystem::path& outputFile);
     Process(const Process&) = delete;
@@ -22,6 +22,7 @@ class Process {
     ~Process();
 
     [[nodiscard]] pid_t pid() const { return child; }
+
     [[nodiscard]] bool isRunning();
     /// What it wrote so far.
     [[nodiscard]] std::string output() const;

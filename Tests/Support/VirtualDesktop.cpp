@@ -2,8 +2,8 @@
 
 #include "Platform/FatalError.h"
 
+#include <QRegularExpression>
 #include <QString>
-#include <QStringList>
 
 #include <chrono>
 #include <csignal>
@@ -54,14 +54,15 @@ VirtualDesktop::VirtualDesktop() : sessionBus(nullptr) {
     // The bus hands its own environment to what it starts, so that has to be there first.
     const std::filesystem::path folder = home.path();
     for (const auto& [name, below] :
-         {std::pair("HOME", "home"), std::pair("XDG_DATA_HOME", "data"), std::pair("XDG_CONFIG_HOME", "config"),
-          std::pair("XDG_STATE_HOME", "state"), std::pair("XDG_CACHE_HOME", "cache"),
-          std::pair("XDG_RUNTIME_DIR", "runtime")}) {
+         {std::pair("HOME", "home"), std::pair("XDG_DATA_HOME", "data"),
+          std::pair("XDG_CONFIG_HOME", "config"), std::pair("XDG_STATE_HOME", "state"),
+          std::pair("XDG_CACHE_HOME", "cache"), std::pair("XDG_RUNTIME_DIR", "runtime")}) {
         std::filesystem::create_directories(folder / below);
         setVariable(name, folder / below);
     }
     std::filesystem::permissions(folder / "runtime", std::filesystem::perms::owner_all);
-    for (const char* name : {"WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORM", "LC_ALL", "LC_TIME"})
+    for (const char* name :
+         {"WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORM", "LC_ALL", "LC_TIME"})
         setVariable(name, std::nullopt);
     setVariable("LANG", "C.UTF-8");
     setVariable("NO_AT_BRIDGE", "1");
@@ -106,7 +107,8 @@ void VirtualDesktop::writePanelSettings() const {
     std::ofstream(folder / "xfce4-panel.xml") << panelSettings;
 }
 
-std::unique_ptr<Process> VirtualDesktop::start(const std::string& name, const std::vector<std::string>& options) {
+std::unique_ptr<Process> VirtualDesktop::start(const std::string& name,
+                                               const std::vector<std::string>& options) {
     std::vector<std::string> arguments{name};
     arguments.insert(arguments.end(), options.begin(), options.end());
     const std::filesystem::path program(name);
@@ -134,21 +136,22 @@ void VirtualDesktop::stopPanel() {
 }
 
 bool VirtualDesktop::hasTray() const {
-    return run({"dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
-                "org.freedesktop.DBus.GetNameOwner", "string:org.kde.StatusNotifierWatcher"}) == 0;
+    return run({"dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus",
+                "/org/freedesktop/DBus", "org.freedesktop.DBus.GetNameOwner",
+                "string:org.kde.StatusNotifierWatcher"}) == 0;
 }
 
 int VirtualDesktop::itemCount() const {
     std::string output;
     run({"dbus-send", "--session", "--print-reply", "--dest=org.kde.StatusNotifierWatcher",
-         "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties.Get", "string:org.kde.StatusNotifierWatcher",
-         "string:RegisteredStatusNotifierItems"},
+         "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties.Get",
+         "string:org.kde.StatusNotifierWatcher", "string:RegisteredStatusNotifierItems"},
         &output);
     return int(QString::fromStdString(output).count(QStringLiteral("string \"")));
 }
 
 void VirtualDesktop::moveTo(QPoint place) const {
-    run({"xdotool", "mousemove", "--sync", std::to_string(place.x()), std::to_string(place.y())});
+    run({"xdotool", "mousemove", std::to_string(place.x()), std::to_string(place.y())});
 }
 
 void VirtualDesktop::click(QPoint place, int button) const {
@@ -161,26 +164,21 @@ void VirtualDesktop::type(const std::string& key) const {
 }
 
 std::optional<QRect> VirtualDesktop::popover() const {
-    std::string output;
-    run({"sh", "-c",
-         "xdotool search --onlyvisible --class velloren-menu getwindowgeometry --shell %@ 2>/dev/null"},
-        &output);
-    QRect largest;
-    QRect window;
-    for (const QString& line : QString::fromStdString(output).split('\n')) {
-        const int value = line.section('=', 1).toInt();
-        if (line.startsWith(QStringLiteral("X=")))
-            window.moveLeft(value);
-        else if (line.startsWith(QStringLiteral("Y=")))
-            window.moveTop(value);
-        else if (line.startsWith(QStringLiteral("WIDTH=")))
-            window.setWidth(value);
-        else if (line.startsWith(QStringLiteral("HEIGHT=")))
-            window.setHeight(value);
-        if (line.startsWith(QStringLiteral("HEIGHT=")) && window.height() > 50)
-            largest = window;
+    std::string tree;
+    run({"xwininfo", "-root", "-tree"}, &tree);
+    // A line of a window: its number, "name", ("instance" "class"), size and place in its parent, place on
+    // the screen.
+    static const QRegularExpression window(
+        QStringLiteral(R"(\("velloren-menu" "velloren-menu"\)\s+(\d+)x(\d+)\+\S+\s+\+(-?\d+)\+(-?\d+))"));
+    auto matches = window.globalMatch(QString::fromStdString(tree));
+    while (matches.hasNext()) {
+        const auto match = matches.next();
+        const QRect geometry(match.captured(3).toInt(), match.captured(4).toInt(), match.captured(1).toInt(),
+                             match.captured(2).toInt());
+        if (geometry.height() > 50)
+            return geometry;
     }
-    return largest.isNull() ? std::nullopt : std::optional(largest);
+    return std::nullopt;
 }
 
 QImage VirtualDesktop::screen() const {
@@ -191,7 +189,9 @@ QImage VirtualDesktop::screen() const {
 }
 
 bool VirtualDesktop::iconIsHighlighted() const {
-    return screen().pixelColor(icon + QPoint(0, -10)) == QColor(0, 80, 255);
+    // In the margin around the glyph; the panel blends it a little.
+    const QColor color = screen().pixelColor(icon + QPoint(0, -10));
+    return color.blue() > 200 && color.red() < 100;
 }
 
 bool VirtualDesktop::waitUntil(const std::function<bool()>& condition) {

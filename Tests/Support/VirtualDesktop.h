@@ -15,9 +15,9 @@
 
 namespace velloren {
 
-/// A desktop in memory, the test's own: X server, session bus, window manager, and a panel at the top with the
-/// tray at its right end. It is what this process's environment names for as long as it lives; the product's
-/// folders are fresh ones.
+/// A desktop in memory, the test's own: X server, session bus, window manager, and a panel at the top with
+/// the tray at its right end. It is what this process's environment names for as long as it lives; the
+/// product's folders are fresh ones.
 class VirtualDesktop {
   public:
     static constexpr int width = 1280;
@@ -32,6 +32,7 @@ class VirtualDesktop {
     ~VirtualDesktop();
 
     [[nodiscard]] PrivateBus& bus() { return *sessionBus; }
+
     [[nodiscard]] std::filesystem::path folder() const { return sessionBus->folder(); }
 
     /// Starts the panel and waits until its tray is there.

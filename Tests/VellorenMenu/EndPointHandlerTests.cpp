@@ -11,8 +11,7 @@ TEST(EndPointHandler, MakesItsOwnConnectionEachTimeAndDropsItWithItself) {
     {
         const EndPointHandler first(link);
         const EndPointHandler second(link);
-        EXPECT_EQ(link.connectionsMade,
-                  (std::vector<std::string>(2, "com.velloren.velloren-mac.agent")));
+        EXPECT_EQ(link.connectionsMade, (std::vector<std::string>(2, "com.velloren.velloren-mac.agent")));
         EXPECT_EQ(first.serviceName, "com.velloren.velloren-mac.agent");
         EXPECT_NE(first.remoteObjectProxy, nullptr);
     }

@@ -6,9 +6,9 @@
 #include "VellorenMenu/UpcommingMeetingItemView.h"
 #include "VellorenMenu/UploadItemView.h"
 
-#include <numbers>
-
 #include <QEnterEvent>
+
+#include <numbers>
 
 namespace velloren {
 

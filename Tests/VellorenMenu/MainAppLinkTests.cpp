@@ -30,7 +30,9 @@ class TestRegistry final : public EndPointHandling {
     std::vector<Retrieved> withheld;
     int retrievals = 0;
 
-    void registerListenerEndpoint(const Endpoint&, const std::string&, Stored stored) override { stored(true); }
+    void registerListenerEndpoint(const Endpoint&, const std::string&, Stored stored) override {
+        stored(true);
+    }
 
     void retrieveListenerEndpoint(const std::string& identifier, Retrieved retrieved) override {
         ++retrievals;
@@ -49,18 +51,22 @@ class TestMainApp final : public Communication {
     Meetings meetings;
 
     void openMeetingWithId(const std::string& id) override { requests.push_back("open " + id); }
+
     void createNewMeeting() override { requests.push_back("create"); }
+
     void fetchUpcomingMeetings(MeetingsReply reply) override { reply(meetings); }
+
     void displaySyncing() override {}
+
     void displayNotSyncing() override {}
 };
 
 class OpenedMainAppLink final : public MainAppLink {
   public:
     using MainAppLink::autoRetryConnectionAttempt;
-    using MainAppLink::MainAppLink;
     using MainAppLink::mainAppCallerConnection;
     using MainAppLink::mainAppCallerProxy;
+    using MainAppLink::MainAppLink;
     using MainAppLink::operationsQueue;
 };
 
@@ -112,18 +118,19 @@ constexpr auto prefix = "VellorenMenu/MenuAppDelegate ";
 TEST_F(MainAppConnection, IsTriedTenTimesHalfASecondApartThenNoMore) {
     delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
     EXPECT_EQ(registry.retrievals, 1) << "the first attempt is immediate";
-    EXPECT_THAT(log.lines(),
-                ElementsAre("info VellorenMenu/MenuAppDelegate "
-                            "checkIfMainAppCallerConnectionEstablishedAndRetryIfNot() Connection with main app "
-                            "is not yet established",
-                            "info VellorenMenu/MenuAppDelegate "
-                            "checkIfMainAppCallerConnectionEstablishedAndRetryIfNot() Retrying in 0.5 seconds "
-                            "to establish connection with main app again",
-                            StartsWith("info VellorenMenu/MenuAppDelegate "
-                                       "setupMainAppCallerConnection(completion:) Trying to establish connection "
-                                       "with the main app. Running in thread: <Thread: "),
-                            "info VellorenMenu/MenuAppDelegate setupMainAppCallerConnection(completion:) "
-                            "Retrieving listener endpoint from main app failed, endPoint is nil"));
+    EXPECT_THAT(
+        log.lines(),
+        ElementsAre("info VellorenMenu/MenuAppDelegate "
+                    "checkIfMainAppCallerConnectionEstablishedAndRetryIfNot() Connection with main app "
+                    "is not yet established",
+                    "info VellorenMenu/MenuAppDelegate "
+                    "checkIfMainAppCallerConnectionEstablishedAndRetryIfNot() Retrying in 0.5 seconds "
+                    "to establish connection with main app again",
+                    StartsWith("info VellorenMenu/MenuAppDelegate "
+                               "setupMainAppCallerConnection(completion:) Trying to establish connection "
+                               "with the main app. Running in thread: <Thread: "),
+                    "info VellorenMenu/MenuAppDelegate setupMainAppCallerConnection(completion:) "
+                    "Retrieving listener endpoint from main app failed, endPoint is nil"));
     loop().advance(RunLoop::Seconds(0.4));
     EXPECT_EQ(registry.retrievals, 1);
     loop().advance(RunLoop::Seconds(0.1));
@@ -144,9 +151,10 @@ TEST_F(MainAppConnection, OnTheThirdAttemptResetsTheCounterAndEndsTheChain) {
     EXPECT_EQ(registry.retrievals, 3);
     EXPECT_EQ(delegate.autoRetryConnectionAttempt, 0);
     EXPECT_THAT(mainAppObject.requests, ElementsAre("create"));
-    EXPECT_EQ(count("Connection to main app established with handler=<EndPointHandler: "
-                    "com.velloren.velloren-mac.agent>, endPoint=unix:path=/run/user/1000/velloren/main.socket"),
-              1);
+    EXPECT_EQ(
+        count("Connection to main app established with handler=<EndPointHandler: "
+              "com.velloren.velloren-mac.agent>, endPoint=unix:path=/run/user/1000/velloren/main.socket"),
+        1);
     log.clear();
     loop().advance(RunLoop::Seconds(60));
     EXPECT_THAT(log.lines(), IsEmpty());
@@ -240,9 +248,10 @@ TEST_F(MainAppConnection, LogsTheErrorsOfItsProxyAndKeepsStanding) {
     link.serve(endpoint, ExportedInterface{"/x", "com.velloren.Other", {}});
     delegate.createNewMeeting();
     loop().runPending();
-    EXPECT_THAT(log.lines().back(), StartsWith("error VellorenMenu/MenuAppDelegate "
-                                               "setupMainAppCallerConnection(completion:) Remote object proxy "
-                                               "returned with error org.freedesktop.DBus.Error.UnknownMethod"));
+    EXPECT_THAT(log.lines().back(),
+                StartsWith("error VellorenMenu/MenuAppDelegate "
+                           "setupMainAppCallerConnection(completion:) Remote object proxy "
+                           "returned with error org.freedesktop.DBus.Error.UnknownMethod"));
     EXPECT_NE(delegate.mainAppCallerConnection, nullptr);
 }
 
@@ -258,8 +267,9 @@ TEST_F(MainAppConnection, FetchesMeetingsAndCountsThem) {
     EXPECT_FALSE(*answer) << "no list is handed on as none";
     const std::string start = std::string("debug ") + prefix + "fetchMeetings ";
     const std::string counted = start + "Velloren Menu agent.fetchUpcomingMeetings(), meetings count = ";
-    EXPECT_THAT(log.lines(), ElementsAre(start + "Fetching meetings from main app...", counted + "Optional(2)",
-                                         start + "Fetching meetings from main app...", counted + "nil"));
+    EXPECT_THAT(log.lines(),
+                ElementsAre(start + "Fetching meetings from main app...", counted + "Optional(2)",
+                            start + "Fetching meetings from main app...", counted + "nil"));
 }
 
 TEST_F(MainAppConnection, NeverCallsBackForMeetingsWhileDisconnected) {
@@ -325,11 +335,12 @@ TEST_F(DeferredOperations, AreNotNeededWhileConnected) {
     EXPECT_THAT(mainAppObject.requests, ElementsAre("open A", "create"));
     EXPECT_TRUE(delegate.operationsQueue.empty());
     EXPECT_TRUE(workspace.launches.empty());
-    EXPECT_THAT(log.messages(),
-                ElementsAre("XPC connection to main app exists. Open meeting A operation is immediately sent to "
-                            "Agent, waiting for main app to receive...",
-                            "XPC connection to main app exists. Create new meeting operation is immediately sent "
-                            "to Agent, waiting for main app to receive..."));
+    EXPECT_THAT(
+        log.messages(),
+        ElementsAre("XPC connection to main app exists. Open meeting A operation is immediately sent to "
+                    "Agent, waiting for main app to receive...",
+                    "XPC connection to main app exists. Create new meeting operation is immediately sent "
+                    "to Agent, waiting for main app to receive..."));
 }
 
 TEST_F(DeferredOperations, AreDroppedOneByOneWithoutAProxyButLogged) {

@@ -17,7 +17,11 @@ using Stored = FakeUserManager::Stored;
 class OtherDelegate final : public ApplicationDelegate {
   public:
     void applicationDidFinishLaunching() override {}
-    TerminateReply applicationShouldTerminate(const std::string&) override { return TerminateReply::TerminateNow; }
+
+    TerminateReply applicationShouldTerminate(const std::string&) override {
+        return TerminateReply::TerminateNow;
+    }
+
     void applicationWillTerminate() override {}
 };
 
@@ -48,10 +52,9 @@ class MainViewControllerTest : public AgentTest {
     /// The heights of the no-meetings row, the three meeting rows and the create row.
     [[nodiscard]] std::vector<double> heights() const {
         std::vector<double> all;
-        for (const ItemView* row :
-             std::initializer_list<const ItemView*>{controller->noMeetingView, controller->firstMeetingView,
-                                                    controller->secondMeetingView, controller->thridMeetingView,
-                                                    controller->createMeetingView}) {
+        for (const ItemView* row : std::initializer_list<const ItemView*>{
+                 controller->noMeetingView, controller->firstMeetingView, controller->secondMeetingView,
+                 controller->thridMeetingView, controller->createMeetingView}) {
             EXPECT_EQ(row->isItemHidden(), row->heightConstraint->constant() == 0);
             all.push_back(row->heightConstraint->constant());
         }
@@ -77,11 +80,13 @@ TEST_F(MainViewControllerTest, ListsTheFirstThreeOfTheStoreWhileTheMainAppIsOff)
     EXPECT_EQ(controller->secondMeetingView->titleLabel->stringValue(), "Title 1");
     EXPECT_EQ(store.queries, std::vector{true});
     EXPECT_THAT(log.numberedLines().size(), 3u);
-    EXPECT_EQ(log.numberedLines()[0],
-              "debug VellorenMenu/MainViewController:36 viewWillAppear() MainViewController viewWillAppear(), "
-              "Velloren main app is running=false");
-    EXPECT_EQ(log.numberedLines()[1], "debug VellorenMenu/MainViewController:47 viewWillAppear() Velloren Menu: "
-                                      "user currently logged in main app <User ada>");
+    EXPECT_EQ(
+        log.numberedLines()[0],
+        "debug VellorenMenu/MainViewController:36 viewWillAppear() MainViewController viewWillAppear(), "
+        "Velloren main app is running=false");
+    EXPECT_EQ(log.numberedLines()[1],
+              "debug VellorenMenu/MainViewController:47 viewWillAppear() Velloren Menu: "
+              "user currently logged in main app <User ada>");
     EXPECT_EQ(log.lines()[2],
               "debug VellorenMenu/MainViewController fetchMeetings() Fetching from Realm, meetings.count=5");
 }

@@ -34,7 +34,8 @@ class MenuAppDelegateTest : public AgentTest {
 
 TEST_F(MenuAppDelegateTest, StartsInOrderAndTriesNothingWithoutAMainApp) {
     launch();
-    EXPECT_THAT(log.messages(), ElementsAre("Registering menuAppListener endpoint SUCCESSFUL", "Setting up Fabric"));
+    EXPECT_THAT(log.messages(),
+                ElementsAre("Registering menuAppListener endpoint SUCCESSFUL", "Setting up Fabric"));
     EXPECT_EQ(workspace.observerCount(), 2u);
     EXPECT_TRUE(registry.endpoints.contains(menuAgent));
     EXPECT_EQ(statusBar.lengthAskedFor, 28.0);
@@ -46,17 +47,19 @@ TEST_F(MenuAppDelegateTest, StartsInOrderAndTriesNothingWithoutAMainApp) {
 TEST_F(MenuAppDelegateTest, TriesARunningMainAppBeforeItListens) {
     workspace.instances[mainApp] = 1;
     launch();
-    EXPECT_THAT(log.messages(), ElementsAre("Connection with main app is not yet established",
-                                            "Retrying in 0.5 seconds to establish connection with main app again",
-                                            HasSubstr("Trying to establish connection"), HasSubstr("endPoint is nil"),
-                                            "Registering menuAppListener endpoint SUCCESSFUL", "Setting up Fabric"));
+    EXPECT_THAT(log.messages(),
+                ElementsAre("Connection with main app is not yet established",
+                            "Retrying in 0.5 seconds to establish connection with main app again",
+                            HasSubstr("Trying to establish connection"), HasSubstr("endPoint is nil"),
+                            "Registering menuAppListener endpoint SUCCESSFUL", "Setting up Fabric"));
 }
 
 TEST_F(MenuAppDelegateTest, SaysWhenTheRegistryRefuses) {
     registry.stores = false;
     launch();
-    EXPECT_THAT(log.lines().front(), "info VellorenMenu/MenuAppDelegate setupListeningForIncomingMethodCalls() "
-                                     "Registering menuAppListener endpoint FAILED");
+    EXPECT_THAT(log.lines().front(),
+                "info VellorenMenu/MenuAppDelegate setupListeningForIncomingMethodCalls() "
+                "Registering menuAppListener endpoint FAILED");
 }
 
 TEST_F(MenuAppDelegateTest, StartsWithoutAListenerOrAPlaceForItsSocket) {
@@ -73,9 +76,11 @@ TEST_F(MenuAppDelegateTest, StartsWithoutAListenerOrAPlaceForItsSocket) {
 TEST_F(MenuAppDelegateTest, LetsNobodyIn) {
     launch();
     ASSERT_EQ(link.listenerDelegate, &delegate);
+
     class Incoming final : public IncomingConnection {
         void setExportedInterface(ExportedInterface) override { ADD_FAILURE() << "nothing is exported"; }
     } incoming;
+
     const auto listener = link.anonymousListener();
     EXPECT_FALSE(link.listenerDelegate->listenerShouldAcceptNewConnection(*listener, incoming));
 }
@@ -121,7 +126,8 @@ TEST_F(MenuAppDelegateTest, StartsTheChainAfreshAtEachLaunch) {
     workspace.start(mainApp);
     loop().advance(RunLoop::Seconds(60));
     const auto messages = log.messages();
-    EXPECT_EQ(std::count(messages.begin(), messages.end(), "Connection with main app is not yet established"), 10);
+    EXPECT_EQ(std::count(messages.begin(), messages.end(), "Connection with main app is not yet established"),
+              10);
 }
 
 TEST_F(MenuAppDelegateTest, KeepsWaitingRequestsThroughTheMainAppsEnd) {
@@ -137,12 +143,14 @@ TEST_F(MenuAppDelegateTest, NeverRefusesToTerminateAndForgetsItsEndpoint) {
     launch();
     delegate.createNewMeeting();
     log.clear();
-    EXPECT_EQ(delegate.applicationShouldTerminate("<Sender>"), ApplicationDelegate::TerminateReply::TerminateNow);
+    EXPECT_EQ(delegate.applicationShouldTerminate("<Sender>"),
+              ApplicationDelegate::TerminateReply::TerminateNow);
     delegate.applicationWillTerminate();
-    EXPECT_THAT(log.lines(),
-                ElementsAre("debug VellorenMenu/MenuAppDelegate applicationShouldTerminate "
-                            "applicationShouldTerminate: <Sender>",
-                            "debug VellorenMenu/MenuAppDelegate applicationWillTerminate applicationWillTerminate"));
+    EXPECT_THAT(
+        log.lines(),
+        ElementsAre("debug VellorenMenu/MenuAppDelegate applicationShouldTerminate "
+                    "applicationShouldTerminate: <Sender>",
+                    "debug VellorenMenu/MenuAppDelegate applicationWillTerminate applicationWillTerminate"));
     EXPECT_FALSE(registry.endpoints.contains(menuAgent));
     link.conforming = false;
     delegate.applicationWillTerminate();

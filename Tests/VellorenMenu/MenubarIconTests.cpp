@@ -37,7 +37,9 @@ class MenubarIconTest : public QtTest {
         icon->applyState();
     }
 
-    [[nodiscard]] QString shown() const { return icon->shownImage() ? icon->shownImage()->name() : QString(); }
+    [[nodiscard]] QString shown() const {
+        return icon->shownImage() ? icon->shownImage()->name() : QString();
+    }
 
     StatusBarButton button{{28, 22}};
     MenubarIcon* icon = nullptr;
