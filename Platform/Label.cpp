@@ -92,9 +92,10 @@ void Label::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setPen(color);
     // The list keeps its reading edge; each text runs in the direction of its own script.
-    const auto edge = layoutDirection() == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
+    const Qt::Alignment edge = layoutDirection() == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
+    const Qt::Alignment place = edge | Qt::AlignAbsolute | Qt::AlignVCenter;
     painter.setLayoutDirection(Qt::LayoutDirectionAuto);
-    painter.drawText(rect(), edge | Qt::AlignAbsolute | Qt::AlignVCenter | Qt::TextSingleLine, elided());
+    painter.drawText(rect(), static_cast<int>(place.toInt()) | Qt::TextSingleLine, elided());
 }
 
 bool Label::event(QEvent* event) {

@@ -14,7 +14,7 @@ Layer::~Layer() {
 }
 
 void Layer::setBackgroundColor(std::optional<QColor> color) {
-    background = std::move(color);
+    background = color;
     notifyChange();
 }
 

@@ -71,7 +71,7 @@ void DBusWorkspace::nameOwnerChanged(const QString& name, const QString& oldOwne
         observer(notification);
 }
 
-bool announceRunning(QDBusConnection bus, const std::string& bundleIdentifier) {
+bool announceRunning(const QDBusConnection& bus, const std::string& bundleIdentifier) {
     const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply = bus.interface()->registerService(
         QString::fromStdString(bundleIdentifier), QDBusConnectionInterface::QueueService);
     return reply.isValid() && reply.value() != QDBusConnectionInterface::ServiceNotRegistered;

@@ -38,6 +38,6 @@ class DBusWorkspace final : public QObject, public Workspace {
 
 /// Takes `bundleIdentifier` as a name of this process on the bus, or waits in line for it behind another
 /// instance: that is how the other processes see that this application runs. Whether the bus agreed.
-bool announceRunning(QDBusConnection bus, const std::string& bundleIdentifier);
+bool announceRunning(const QDBusConnection& bus, const std::string& bundleIdentifier);
 
 } // namespace velloren

@@ -57,6 +57,7 @@ class FakeWorkspace final : public Workspace {
     std::vector<RunningApplication> runningApplications(const std::string& identifier) override {
         ++queries;
         std::vector<RunningApplication> running;
+        running.reserve(static_cast<std::size_t>(instances[identifier]));
         for (int index = 0; index < instances[identifier]; ++index)
             running.push_back({identifier, ":1." + std::to_string(index)});
         return running;

@@ -38,6 +38,7 @@ class MainViewControllerTest : public AgentTest {
 
     static std::vector<Meeting> meetings(int count) {
         std::vector<Meeting> list;
+        list.reserve(static_cast<std::size_t>(count));
         for (int index = 0; index < count; ++index)
             list.push_back(meeting(std::to_string(index)));
         return list;
