@@ -9,8 +9,8 @@ namespace {
 using Arguments = Channel::Arguments;
 using Answer = ExportedInterface::Answer;
 
-constexpr auto objectPath = "/com/velloren/Communication";
-constexpr auto interfaceName = "com.velloren.Communication";
+constexpr auto communicationPath = "/com/velloren/Communication";
+constexpr auto communicationName = "com.velloren.Communication";
 
 class CommunicationProxy final : public RemoteObject, public Communication {
   public:
@@ -43,7 +43,7 @@ class CommunicationProxy final : public RemoteObject, public Communication {
 } // namespace
 
 RemoteInterface communicationInterface() {
-    return {objectPath, interfaceName, [](std::shared_ptr<Channel> channel) {
+    return {communicationPath, communicationName, [](std::shared_ptr<Channel> channel) {
                 return std::make_shared<CommunicationProxy>(std::move(channel));
             }};
 }
@@ -68,8 +68,8 @@ ExportedInterface exportedCommunication(Communication& implementation) {
                                answer(meetings ? Value(std::move(*meetings)) : Value());
                            });
                        }};
-    return {objectPath,
-            interfaceName,
+    return {communicationPath,
+            communicationName,
             {{"openMeetingWithId", open},
              {"createNewMeeting", plain(&Communication::createNewMeeting)},
              {"fetchUpcomingMeetings", fetch},

@@ -9,8 +9,8 @@ namespace {
 using Arguments = Channel::Arguments;
 using Answer = ExportedInterface::Answer;
 
-constexpr auto objectPath = "/com/velloren/EndPointHandling";
-constexpr auto interfaceName = "com.velloren.EndPointHandling";
+constexpr auto endPointHandlingPath = "/com/velloren/EndPointHandling";
+constexpr auto endPointHandlingName = "com.velloren.EndPointHandling";
 
 class EndPointHandlingProxy final : public RemoteObject, public EndPointHandling {
   public:
@@ -44,7 +44,7 @@ class EndPointHandlingProxy final : public RemoteObject, public EndPointHandling
 } // namespace
 
 RemoteInterface endPointHandlingInterface() {
-    return {objectPath, interfaceName, [](std::shared_ptr<Channel> channel) {
+    return {endPointHandlingPath, endPointHandlingName, [](std::shared_ptr<Channel> channel) {
                 return std::make_shared<EndPointHandlingProxy>(std::move(channel));
             }};
 }
@@ -74,8 +74,8 @@ ExportedInterface exportedEndPointHandling(EndPointHandling& implementation) {
                             implementation.removeListenerEndpoint(arguments[0]);
                             answer({});
                         }};
-    return {objectPath,
-            interfaceName,
+    return {endPointHandlingPath,
+            endPointHandlingName,
             {{"registerListenerEndpoint", store},
              {"retrieveListenerEndpoint", retrieve},
              {"removeListenerEndpoint", remove}}};

@@ -5,7 +5,7 @@ screen_height=800
 
 start_display() {
     local number_file=$session_folder/display
-    Xvfb -displayfd 3 -screen 0 ${screen_width}x${screen_height}x24 -nolisten tcp 3>"$number_file" \
+    Xvfb -displayfd 3 -screen 0 ${screen_width}x${screen_height}x24 -nolisten tcp -noreset 3>"$number_file" \
         >"$session_folder/xvfb.log" 2>&1 &
     session_processes+=($!)
     wait_until "the X server" test -s "$number_file"

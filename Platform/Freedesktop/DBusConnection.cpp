@@ -6,8 +6,6 @@ namespace velloren {
 
 namespace {
 
-using Event = ConnectionHandlers::Event;
-
 class DBusChannel final : public Channel {
   public:
     DBusChannel(LinkThread& thread, std::shared_ptr<OutgoingBus> bus, OutgoingBus::Destination destination,
@@ -52,11 +50,11 @@ void DBusConnection::setRemoteObjectInterface(RemoteInterface newInterface) {
 }
 
 void DBusConnection::setInterruptionHandler(Handler handler) {
-    bus->handlers.set(Event::Interruption, std::move(handler));
+    bus->handlers.set(ConnectionHandlers::Event::Interruption, std::move(handler));
 }
 
 void DBusConnection::setInvalidationHandler(Handler handler) {
-    bus->handlers.set(Event::Invalidation, std::move(handler));
+    bus->handlers.set(ConnectionHandlers::Event::Invalidation, std::move(handler));
 }
 
 void DBusConnection::resume() {

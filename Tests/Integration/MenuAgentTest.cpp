@@ -25,8 +25,13 @@ MenuAgentTest::MenuAgentTest() {
 }
 
 MenuAgentTest::~MenuAgentTest() {
-    if (HasFailure() && agent)
-        std::fprintf(stderr, "--- the agent's log\n%s", log().c_str());
+    if (HasFailure() && agent) {
+        const auto picture =
+            std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) + ".png";
+        desktop.screen().save(QString::fromStdString(picture));
+        std::fprintf(stderr, "--- the screen is in %s; the agent's log\n%s",
+                     std::filesystem::absolute(picture).c_str(), log().c_str());
+    }
     for (const pid_t process : mainAppProcesses())
         kill(process, SIGKILL);
 }

@@ -106,9 +106,9 @@ class AgentTest : public QtTest {
     FakeMeetingStore& store = FakeMeetingStore::install();
     FakeSyncManager& sync = FakeSyncManager::install();
     FakeUserManager& users = FakeUserManager::install();
+    FakeLink link; // outlives what the ends below keep of its connections
     TestRegistry registry;
     TestMainApp mainAppObject;
-    FakeLink link;
     Application application;
 };
 

@@ -40,9 +40,10 @@ constexpr auto panelSettings = R"(<?xml version="1.0" encoding="UTF-8"?>
 </channel>
 )";
 
-void require(bool holds, const char* what) {
-    if (!holds)
-        fatalError(std::string("the desktop in memory has no ") + what);
+/// Waits for a part of the desktop; where it does not come, what `part` printed is the reason.
+void require(const std::function<bool()>& isThere, const char* what, const Process& part) {
+    if (!VirtualDesktop::waitUntil(isThere))
+        fatalError(std::string("the desktop in memory has no ") + what + "\n" + part.output());
 }
 
 } // namespace
@@ -70,12 +71,13 @@ VirtualDesktop::VirtualDesktop() : sessionBus(nullptr) {
     writePanelSettings();
     sessionBus = std::make_unique<PrivateBus>();
     windowManager = start("xfwm4", {"--compositor=on"});
-    require(waitUntil([this] {
-                std::string answer;
-                run({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}, &answer);
-                return answer.find("window id") != std::string::npos;
-            }),
-            "window manager");
+    require(
+        [this] {
+            std::string answer;
+            run({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}, &answer);
+            return answer.find("window id") != std::string::npos;
+        },
+        "window manager", *windowManager);
     startPanel();
 }
 
@@ -92,11 +94,12 @@ void VirtualDesktop::startDisplay() {
     display = std::make_unique<Process>(
         std::vector<std::string>{"sh", "-c",
                                  "exec Xvfb -displayfd 3 -screen 0 " + std::to_string(width) + "x" +
-                                     std::to_string(height) + "x24 -nolisten tcp 3>" + numberFile.string()},
+                                     std::to_string(height) + "x24 -nolisten tcp -noreset 3>" +
+                                     numberFile.string()},
         Process::Environment(), temporary / "log");
     std::string number;
-    require(waitUntil([&] { return static_cast<bool>(std::getline(std::ifstream(numberFile), number)); }),
-            "X server");
+    require([&] { return static_cast<bool>(std::getline(std::ifstream(numberFile), number)); }, "X server",
+            *display);
     environment.push_back(std::make_unique<EnvironmentVariable>("DISPLAY", ":" + number));
 }
 
@@ -126,13 +129,13 @@ int VirtualDesktop::run(const std::vector<std::string>& arguments, std::string* 
 
 void VirtualDesktop::startPanel() {
     panel = start("xfce4-panel", {"--disable-wm-check"});
-    require(waitUntil([this] { return hasTray(); }), "panel");
+    require([this] { return hasTray(); }, "panel", *panel);
 }
 
 void VirtualDesktop::stopPanel() {
     panel->signal(SIGKILL);
     panel->wait();
-    require(waitUntil([this] { return !hasTray(); }), "end of its panel");
+    require([this] { return !hasTray(); }, "end of its panel", *panel);
 }
 
 bool VirtualDesktop::hasTray() const {
@@ -168,17 +171,23 @@ std::optional<QRect> VirtualDesktop::popover() const {
     run({"xwininfo", "-root", "-tree"}, &tree);
     // A line of a window: its number, "name", ("instance" "class"), size and place in its parent, place on
     // the screen.
-    static const QRegularExpression window(
-        QStringLiteral(R"(\("velloren-menu" "velloren-menu"\)\s+(\d+)x(\d+)\+\S+\s+\+(-?\d+)\+(-?\d+))"));
+    static const QRegularExpression window(QStringLiteral(
+        R"((0x\w+) .*\("velloren-menu" "velloren-menu"\)\s+(\d+)x(\d+)\+\S+\s+\+(-?\d+)\+(-?\d+))"));
     auto matches = window.globalMatch(QString::fromStdString(tree));
     while (matches.hasNext()) {
         const auto match = matches.next();
-        const QRect geometry(match.captured(3).toInt(), match.captured(4).toInt(), match.captured(1).toInt(),
-                             match.captured(2).toInt());
-        if (geometry.height() > 50)
+        const QRect geometry(match.captured(4).toInt(), match.captured(5).toInt(), match.captured(2).toInt(),
+                             match.captured(3).toInt());
+        if (geometry.height() > 50 && isViewable(match.captured(1).toStdString()))
             return geometry;
     }
     return std::nullopt;
+}
+
+bool VirtualDesktop::isViewable(const std::string& window) const {
+    std::string state;
+    run({"xwininfo", "-id", window, "-stats"}, &state);
+    return state.find("IsViewable") != std::string::npos;
 }
 
 QImage VirtualDesktop::screen() const {

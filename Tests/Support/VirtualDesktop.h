@@ -63,6 +63,7 @@ class VirtualDesktop {
   private:
     void startDisplay();
     void writePanelSettings() const;
+    [[nodiscard]] bool isViewable(const std::string& window) const;
     int run(const std::vector<std::string>& arguments, std::string* output = nullptr) const;
 
     TemporaryDirectory home;

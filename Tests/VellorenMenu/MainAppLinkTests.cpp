@@ -102,9 +102,9 @@ class MainAppLinkTest : public ::testing::Test {
     const Endpoint endpoint = *Endpoint::parse("unix:path=/run/user/1000/velloren/main.socket");
     FakeWorkspace& workspace = FakeWorkspace::install();
     RecordingLogger& log = RecordingLogger::install();
+    FakeLink link; // outlives what the ends below keep of its connections
     TestRegistry registry;
     TestMainApp mainAppObject;
-    FakeLink link;
     OpenedMainAppLink delegate{link};
 };
 
