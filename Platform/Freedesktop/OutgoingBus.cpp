@@ -161,7 +161,7 @@ void OutgoingBus::send(wire::Message message, Call call) {
     }
     sd_bus_slot_set_destroy_callback(slot, [](void* gone) { delete static_cast<Outstanding*>(gone); });
     sd_bus_slot_set_floating(slot, 1);
-    sd_bus_slot_unref(slot); // the bus holds it from here on
+    sd_bus_slot_unref(slot);               // the bus holds it from here on
     outstanding.insert(waiting.release()); // the slot's now
 }
 

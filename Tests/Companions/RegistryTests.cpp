@@ -47,8 +47,8 @@ class RegistryTest : public ::testing::Test {
 
     std::optional<Endpoint> retrieve(const std::string& identifier) {
         std::optional<Endpoint> endpoint;
-        registry.retrieveListenerEndpoint(identifier,
-                                          [&](std::optional<Endpoint> answer) { endpoint = std::move(answer); });
+        registry.retrieveListenerEndpoint(
+            identifier, [&](std::optional<Endpoint> answer) { endpoint = std::move(answer); });
         return endpoint;
     }
 

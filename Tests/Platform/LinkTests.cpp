@@ -30,9 +30,13 @@ class Served final : public Communication, public ListenerDelegate {
     std::vector<std::string> requests;
 
     void openMeetingWithId(const std::string& id) override { requests.push_back("open " + id); }
+
     void createNewMeeting() override { requests.emplace_back("create"); }
+
     void fetchUpcomingMeetings(MeetingsReply reply) override { reply(meetings); }
+
     void displaySyncing() override { requests.emplace_back("syncing"); }
+
     void displayNotSyncing() override { requests.emplace_back("not syncing"); }
 
     bool listenerShouldAcceptNewConnection(Listener&, IncomingConnection& connection) override {
@@ -47,7 +51,9 @@ struct FakeSide {
     Endpoint endpoint = *Endpoint::parse("unix:path=/run/user/1000/velloren/main.socket");
 
     explicit FakeSide(Served& served) { link.serve(endpoint, exportedCommunication(served)); }
+
     Link& near() { return link; }
+
     void stop() { link.stop(endpoint); }
 };
 
@@ -66,6 +72,7 @@ struct DBusSide {
     }
 
     Link& near() { return link; }
+
     void stop() { listener.reset(); }
 };
 
@@ -274,7 +281,8 @@ TEST_F(DBusLinkTest, SendsToServicesWhatWasCalledRightBeforeItsEnd) {
     std::unique_ptr<Connection> kept;
     const auto registry = registryOver(side->link, kept);
     std::atomic<int> answers = 0;
-    registry->registerListenerEndpoint(side->endpoint, "app", [&](bool stored) { answers += stored ? 1 : 100; });
+    registry->registerListenerEndpoint(side->endpoint, "app",
+                                       [&](bool stored) { answers += stored ? 1 : 100; });
     ASSERT_TRUE(mainLoop().waitUntil([&] { return answers == 1; }));
     {
         DBusLink shortLived;
