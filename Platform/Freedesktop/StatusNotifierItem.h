@@ -87,9 +87,11 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
   Q_SIGNALS:
     void NewIcon();
 
+  private Q_SLOTS:
+    void registerWithWatcher();
+
   private:
     void followWatcher();
-    void registerWithWatcher();
     void refreshIcon();
     void pressed(int x, int y);
 

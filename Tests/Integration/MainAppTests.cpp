@@ -9,6 +9,12 @@ using ForeignMainApp = MenuAgentTest;
 
 const std::vector<std::string> threeRequests{"open demo-1", "create", "open demo-2"};
 
+/// What a test's name can hold of `text`.
+std::string lettersOf(std::string text) {
+    std::erase_if(text, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); });
+    return text;
+}
+
 } // namespace
 
 class MainAppJourney : public MenuAgentTest {
@@ -91,6 +97,26 @@ TEST_F(MainAppJourney, WaitsForAMainAppThatRegistersLate) {
     EXPECT_GE(countInLog("endPoint is nil"), 2);
 }
 
+class OddRegistry : public MainAppJourney, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(OddRegistry, LeavesTheAgentWithItsPopoverAndTenAttempts) {
+    installRegistry(GetParam());
+    installStandIn();
+    agent = desktop.start(binaries + "/velloren-menu");
+    openPopover();
+    clickOpenButton(0);
+    ASSERT_TRUE(waitForLog("Main app is launched"));
+    ASSERT_TRUE(waitForLog("Retrying in 0.5 seconds", 10));
+    openPopover();
+    EXPECT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::elsewhere); }));
+    EXPECT_EQ(countInLog("SUCCESSFUL"), 0);
+    agent->signal(SIGTERM);
+    EXPECT_EQ(agent->wait(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(, OddRegistry, ::testing::Values("/nonexistent", "/bin/false", "/bin/sleep 60"),
+                         [](const auto& info) { return lettersOf(info.param); });
+
 struct OddReply {
     const char* mode;
     const char* logged;
@@ -112,17 +138,13 @@ TEST_P(OddMainApp, LeavesTheAgentAliveAndItsPopoverWorking) {
     EXPECT_TRUE(agent->isRunning());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , OddMainApp,
-    ::testing::Values(OddReply{"--reply wrong-type", "meetings count = nil"},
-                      OddReply{"--reply not-strings", "meetings count = Optional(3)"},
-                      OddReply{"--reply many", "meetings count = Optional(100000)"},
-                      OddReply{"--reply never", "Fetching meetings from main app..."},
-                      OddReply{"--never-authenticate", "Fetching meetings from main app..."}),
-    [](const auto& info) {
-        std::string name = info.param.mode;
-        std::erase_if(name, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); });
-        return name;
-    });
+INSTANTIATE_TEST_SUITE_P(, OddMainApp,
+                         ::testing::Values(OddReply{"--reply wrong-type", "meetings count = nil"},
+                                           OddReply{"--reply not-strings", "meetings count = Optional(3)"},
+                                           OddReply{"--reply many", "meetings count = Optional(100000)"},
+                                           OddReply{"--reply never", "Fetching meetings from main app..."},
+                                           OddReply{"--never-authenticate",
+                                                    "Fetching meetings from main app..."}),
+                         [](const auto& info) { return lettersOf(info.param.mode); });
 
 } // namespace velloren

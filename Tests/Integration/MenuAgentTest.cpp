@@ -19,8 +19,10 @@ std::vector<std::string> linesOf(const std::filesystem::path& file) {
 
 } // namespace
 
+const std::string MenuAgentTest::binaries = VELLOREN_BINARIES;
+
 MenuAgentTest::MenuAgentTest() {
-    desktop.bus().addService("com.velloren.velloren-mac.agent", binaries + "/velloren-agent");
+    installRegistry(binaries + "/velloren-agent");
     EXPECT_EQ(desktop.start(binaries + "/velloren-main", {"--make-demonstration-store"})->wait(), 0);
 }
 
@@ -42,6 +44,10 @@ void MenuAgentTest::startAgent() {
     if (desktop.hasTray()) {
         ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
     }
+}
+
+void MenuAgentTest::installRegistry(const std::string& command) {
+    desktop.bus().addService("com.velloren.velloren-mac.agent", command);
 }
 
 void MenuAgentTest::installMainApp(const std::string& command) {

@@ -16,12 +16,14 @@ namespace velloren {
 class MenuAgentTest : public ::testing::Test {
   protected:
     inline static const std::string mainAppName = "com.velloren.velloren-mac";
-    inline static const std::string binaries = VELLOREN_BINARIES;
+    static const std::string binaries;
 
     MenuAgentTest();
     ~MenuAgentTest() override;
 
     void startAgent();
+    /// From now on the bus starts this command when the registry is asked for.
+    void installRegistry(const std::string& command);
     /// Has the bus start this main app when it is asked to.
     void installMainApp(const std::string& command);
     void installStandIn(const std::string& options = {});

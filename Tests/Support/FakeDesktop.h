@@ -18,6 +18,8 @@ class FakeGlobalEvents final : public GlobalEvents {
         return static_cast<FakeGlobalEvents&>(GlobalEvents::shared());
     }
 
+    bool clickSeenByMonitor = false;
+
     [[nodiscard]] std::size_t monitorCount() const { return monitors.size(); }
 
     void post(const Event& event) {
@@ -39,7 +41,7 @@ class FakeGlobalEvents final : public GlobalEvents {
         return Subscription([this, monitor] { monitors.erase(monitor); });
     }
 
-    bool takeClickSeenByMonitor() override { return false; }
+    bool takeClickSeenByMonitor() override { return std::exchange(clickSeenByMonitor, false); }
 
   private:
     std::list<std::pair<EventMask, Handler>> monitors;

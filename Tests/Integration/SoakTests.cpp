@@ -1,0 +1,74 @@
+#include "Tests/Integration/MenuAgentTest.h"
+
+#include <filesystem>
+#include <fstream>
+
+/// What only shows after a long time. Each takes minutes.
+namespace velloren {
+
+namespace {
+
+std::ptrdiff_t descriptorsOf(pid_t process) {
+    const std::filesystem::directory_iterator open("/proc/" + std::to_string(process) + "/fd");
+    return std::distance(begin(open), end(open));
+}
+
+/// The memory that the process has for itself alone, in KiB.
+long privateMemoryOf(pid_t process) {
+    std::ifstream map("/proc/" + std::to_string(process) + "/smaps_rollup");
+    long total = 0;
+    for (std::string word; map >> word;) {
+        long size = 0;
+        if ((word == "Private_Dirty:" || word == "Private_Clean:") && map >> size)
+            total += size;
+    }
+    return total;
+}
+
+class Soak : public MenuAgentTest {
+  protected:
+    void openAndClose(int times) {
+        for (int round = 0; round < times; ++round) {
+            openPopover();
+            ASSERT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::elsewhere, 1); }))
+                << "in round " << round;
+        }
+    }
+};
+
+} // namespace
+
+TEST_F(Soak, AThousandShowingsLeaveMemoryAndDescriptorsLevel) {
+    startAgent();
+    openAndClose(100);
+    const auto descriptors = descriptorsOf(agent->pid());
+    const long memory = privateMemoryOf(agent->pid());
+    openAndClose(1000);
+    RecordProperty("KiB before", std::to_string(memory));
+    RecordProperty("KiB after", std::to_string(privateMemoryOf(agent->pid())));
+    EXPECT_EQ(descriptorsOf(agent->pid()), descriptors);
+    EXPECT_LT(privateMemoryOf(agent->pid()), memory + 512) << memory << " KiB before";
+    EXPECT_GE(countInLog("MainViewController viewWillAppear()"), 1100);
+}
+
+TEST_F(Soak, AHundredMainAppsLeaveMemoryAndDescriptorsLevel) {
+    startAgent();
+    installStandIn();
+    std::ptrdiff_t descriptors = 0;
+    long memory = 0;
+    for (int round = 1; round <= 110; ++round) {
+        openPopover();
+        clickOpenButton(0);
+        ASSERT_TRUE(desktop.waitUntil([&] { return requests().size() == std::size_t(round); }));
+        kill(mainAppProcesses().back(), SIGKILL);
+        ASSERT_TRUE(waitForLog("Main app is terminated", round));
+        if (round == 10) {
+            descriptors = descriptorsOf(agent->pid());
+            memory = privateMemoryOf(agent->pid());
+        }
+    }
+    EXPECT_TRUE(desktop.waitUntil([&] { return descriptorsOf(agent->pid()) == descriptors; }));
+    EXPECT_LT(privateMemoryOf(agent->pid()), memory + 512) << memory << " KiB before";
+}
+
+} // namespace velloren
