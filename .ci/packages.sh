@@ -13,7 +13,7 @@ desktop_packages=(
 )
 
 test_packages=(
-    clang-format clang-tidy gir1.2-glib-2.0 libbenchmark-dev libgmock-dev libgtest-dev python3-gi
+    clang-format clang-tidy gir1.2-glib-2.0 libbenchmark-dev libgmock-dev libgtest-dev libxcb-xtest0-dev python3-gi
 )
 
 as_root() {

@@ -1,5 +1,7 @@
 #include "Platform/Layer.h"
 
+#include "Platform/BandedFill.h"
+
 #include <QPainter>
 
 #include <algorithm>
@@ -90,9 +92,11 @@ double Layer::rotation(Clock::time_point now) const {
     return angle;
 }
 
-void Layer::draw(QPainter& painter, const QPainterPath& outline) const {
-    if (background)
-        painter.fillPath(outline, *background);
+void Layer::draw(QPainter& painter, const QRectF& area, const std::optional<QPainterPath>& shape) const {
+    if (background && shape)
+        fillInBands(painter, *shape, *background);
+    else if (background)
+        painter.fillRect(area, *background);
     if (image)
         image->draw(painter, rect);
     for (const auto& child : children)
@@ -104,9 +108,7 @@ void Layer::drawAsSublayer(QPainter& painter) const {
     painter.translate(place);
     painter.rotate(rotation(Clock::now()) * 180.0 / M_PI);
     painter.translate(-rect.x() - rect.width() * anchor.x(), -rect.y() - rect.height() * anchor.y());
-    QPainterPath outline;
-    outline.addRect(rect);
-    draw(painter, outline);
+    draw(painter, rect);
     painter.restore();
 }
 

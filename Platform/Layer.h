@@ -75,8 +75,10 @@ class Layer {
     /// The turn about `position` at that moment, in radians.
     [[nodiscard]] double rotation(Clock::time_point now) const;
 
-    /// Paints the background over `outline`, then the contents and the sublayers.
-    void draw(QPainter& painter, const QPainterPath& outline) const;
+    /// Paints the background over `area`, or over the part of it inside `shape` where there is one, then the
+    /// contents and the sublayers.
+    void draw(QPainter& painter, const QRectF& area,
+              const std::optional<QPainterPath>& shape = std::nullopt) const;
 
     /// Called after every change of this layer or of one below it.
     void setChangeHandler(std::function<void()> handler) { changed = std::move(handler); }

@@ -1,6 +1,8 @@
 #include "Platform/PopoverWindow.h"
 
+#include "Platform/BandedFill.h"
 #include "Platform/Freedesktop/X11Display.h"
+#include "Platform/PopoverSurroundings.h"
 
 #include <QCloseEvent>
 #include <QGuiApplication>
@@ -11,8 +13,6 @@ namespace velloren {
 
 namespace {
 
-constexpr int shadowMargin = 12;
-constexpr int shadowOffset = 2; // the light comes from above
 constexpr int rimMargin = 1;
 constexpr QColor rimColor(0, 0, 0, 46);
 
@@ -36,23 +36,12 @@ QMargins marginsAround(ArrowEdge arrowEdge, int margin) {
     return margins;
 }
 
-void drawShadow(QPainter& painter, const QPainterPath& outline) {
-    painter.setBrush(Qt::NoBrush);
-    painter.translate(0, shadowOffset);
-    for (int width = shadowMargin; width > 0; --width) {
-        const double falloff = double(shadowMargin - width + 1) / shadowMargin;
-        const QColor color(0, 0, 0, qRound(7 * falloff * falloff));
-        painter.setPen(QPen(color, 2 * (width - 1) + 1, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-        painter.drawPath(outline);
-    }
-    painter.translate(0, -shadowOffset);
-}
-
 } // namespace
 
 void PopoverFrameView::setArrow(ArrowEdge edge, int centre) {
     arrowEdge = edge;
     arrowCentre = centre;
+    updateShape();
     update();
 }
 
@@ -71,7 +60,12 @@ QRect PopoverFrameView::contentRect() const {
     return rect();
 }
 
-QPainterPath PopoverFrameView::outline() const {
+void PopoverFrameView::resizeEvent(QResizeEvent* event) {
+    View::resizeEvent(event);
+    updateShape();
+}
+
+void PopoverFrameView::updateShape() {
     constexpr double halfWidth = PopoverMetrics::arrowHalfWidth;
     constexpr double length = PopoverMetrics::arrowLength;
     // Drawn as the arrow of a top edge, its tip at the origin, then turned to the edge it stands on.
@@ -99,9 +93,10 @@ QPainterPath PopoverFrameView::outline() const {
         break;
     }
 
+    arrowShape = toEdge.map(arrow);
     QPainterPath bubble;
     bubble.addRoundedRect(contentRect(), PopoverMetrics::cornerRadius, PopoverMetrics::cornerRadius);
-    return bubble.united(toEdge.map(arrow));
+    shape = bubble.united(arrowShape);
 }
 
 PopoverWindow::PopoverWindow(const QRect& anchor)
@@ -141,7 +136,7 @@ void PopoverWindow::place() {
     const PopoverPlacement placement =
         placePopover(anchor, size, screen->geometry(), screen->availableGeometry());
 
-    const QMargins margins = marginsAround(placement.arrowEdge, composited ? shadowMargin : rimMargin);
+    const QMargins margins = marginsAround(placement.arrowEdge, composited ? popoverShadowMargin : rimMargin);
     setGeometry(placement.frame.marginsAdded(margins));
     frame.setGeometry(QRect(QPoint(margins.left(), margins.top()), placement.frame.size()));
     frame.setArrow(placement.arrowEdge, placement.arrowCentre);
@@ -149,7 +144,7 @@ void PopoverWindow::place() {
     if (!composited) {
         QPainterPathStroker rim;
         rim.setWidth(2 * rimMargin);
-        const QPainterPath outline = frame.outline().translated(frame.pos());
+        const QPainterPath outline = frame.outline()->translated(frame.pos());
         setMask(outline.united(rim.createStroke(outline)).toFillPolygon().toPolygon());
     }
 }
@@ -157,10 +152,10 @@ void PopoverWindow::place() {
 void PopoverWindow::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QPainterPath outline = frame.outline().translated(frame.pos());
-    if (composited)
-        drawShadow(painter, outline);
-    painter.strokePath(outline, QPen(rimColor, 2 * rimMargin));
+    drawPopoverSurroundings(painter, frame.contentRect().translated(frame.pos()));
+    QPainterPathStroker rim;
+    rim.setWidth(2 * rimMargin);
+    fillInBands(painter, rim.createStroke(frame.arrow().translated(frame.pos())), rimColor);
 }
 
 void PopoverWindow::closeEvent(QCloseEvent* event) {

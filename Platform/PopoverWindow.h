@@ -17,12 +17,22 @@ class PopoverFrameView final : public View {
     void setArrow(ArrowEdge edge, int centre);
 
     /// The bubble's shape in this view's coordinates.
-    [[nodiscard]] QPainterPath outline() const override;
+    [[nodiscard]] std::optional<QPainterPath> outline() const override { return shape; }
+
+    /// The arrow's part of the outline.
+    [[nodiscard]] const QPainterPath& arrow() const { return arrowShape; }
 
     /// The rectangle within the arrow's side.
     [[nodiscard]] QRect contentRect() const;
 
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
+    void updateShape();
+
+    QPainterPath shape;
+    QPainterPath arrowShape;
     ArrowEdge arrowEdge = ArrowEdge::Top;
     int arrowCentre = 0;
 };

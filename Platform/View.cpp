@@ -57,12 +57,6 @@ QRect View::rectOnScreen(const QRect& rect) const {
     return {mapToGlobal(rect.topLeft()), rect.size()};
 }
 
-QPainterPath View::outline() const {
-    QPainterPath whole;
-    whole.addRect(rect());
-    return whole;
-}
-
 void View::viewWillMoveToWindow(Window*) {}
 
 void View::mouseDown(const Event&) {}
@@ -90,7 +84,7 @@ void View::paintEvent(QPaintEvent* event) {
     drawRect(painter, event->rect());
     painting = false;
     if (ownLayer)
-        ownLayer->draw(painter, backgroundOutline());
+        ownLayer->draw(painter, rect(), backgroundShape());
 }
 
 void View::resizeEvent(QResizeEvent* event) {
@@ -157,11 +151,14 @@ QTransform View::layerRotation() const {
     return transform;
 }
 
-QPainterPath View::backgroundOutline() const {
+std::optional<QPainterPath> View::backgroundShape() const {
+    auto own = outline();
     const auto* superview = qobject_cast<const View*>(parentWidget());
-    if (!superview)
-        return outline();
-    return superview->outline().translated(-pos()).intersected(outline());
+    const auto around = superview ? superview->outline() : std::nullopt;
+    if (!around)
+        return own;
+    const QPainterPath shape = around->translated(-pos());
+    return own ? own->intersected(shape) : shape; // a view paints within its rectangle anyway
 }
 
 void moveToSuperview(QWidget& view, QWidget* superview) {

@@ -45,9 +45,9 @@ class View : public QWidget, public AwakesFromNib {
     /// Where the rectangle, in this view's coordinates, is on the screen.
     [[nodiscard]] virtual QRect rectOnScreen(const QRect& rect) const;
 
-    /// The part of this view within which its subviews' backgrounds stay; its whole rectangle unless
-    /// overridden.
-    [[nodiscard]] virtual QPainterPath outline() const;
+    /// The part of this view within which its background and those of its subviews stay; none is its whole
+    /// rectangle.
+    [[nodiscard]] virtual std::optional<QPainterPath> outline() const { return std::nullopt; }
 
     void awakeFromNib() override {}
 
@@ -89,7 +89,7 @@ class View : public QWidget, public AwakesFromNib {
     void leaveTrackedArea();
     void runAnimationsWhileVisible();
     [[nodiscard]] QTransform layerRotation() const;
-    [[nodiscard]] QPainterPath backgroundOutline() const;
+    [[nodiscard]] std::optional<QPainterPath> backgroundShape() const;
 
     std::shared_ptr<Layer> ownLayer;
     std::vector<std::shared_ptr<TrackingArea>> areas;

@@ -86,7 +86,8 @@ int run(const Options& options, TerminationSignals& signals) {
 std::unique_ptr<QCoreApplication> makeApplication(int& count, char** arguments) {
     const auto all = std::span(arguments, std::size_t(count)).subspan(1);
     const bool needsNoDisplay = std::any_of(all.begin(), all.end(), [](std::string_view argument) {
-        return argument == "--no-window" || argument == "--make-demonstration-store";
+        return argument == "--no-window" || argument == "--make-demonstration-store" ||
+               argument == "--help" || argument == "-h";
     });
     if (needsNoDisplay)
         return std::make_unique<QCoreApplication>(count, arguments);
