@@ -1,7 +1,7 @@
 #include "Benchmarks/ItemWatcher.h"
-#include "Benchmarks/ProcessFigures.h"
 #include "Benchmarks/ScreenProbe.h"
 #include "Platform/FatalError.h"
+#include "Tests/Support/ProcessFigures.h"
 #include "Tests/Support/VirtualDesktop.h"
 
 #include <algorithm>

@@ -103,7 +103,7 @@ TEST_F(RegistryTest, IsBounded) {
 
 TEST(RegistryDaemon, IsStartedByTheBusAndAnswersOverTheLink) {
     SharedInstance<RunLoop>::provide([] { return std::make_unique<ManualRunLoop>(); });
-    auto& loop = static_cast<ManualRunLoop&>(RunLoop::main());
+    auto& loop = ManualRunLoop::shared();
     PrivateBus bus;
     bus.addService("com.velloren.velloren-mac.agent", VELLOREN_AGENT);
     {

@@ -1,29 +1,10 @@
 #include "Tests/Integration/MenuAgentTest.h"
-
-#include <filesystem>
-#include <fstream>
+#include "Tests/Support/ProcessFigures.h"
 
 /// What only shows after a long time. Each takes minutes.
 namespace velloren {
 
 namespace {
-
-std::ptrdiff_t descriptorsOf(pid_t process) {
-    const std::filesystem::directory_iterator open("/proc/" + std::to_string(process) + "/fd");
-    return std::distance(begin(open), end(open));
-}
-
-/// The memory that the process has for itself alone, in KiB.
-long privateMemoryOf(pid_t process) {
-    std::ifstream map("/proc/" + std::to_string(process) + "/smaps_rollup");
-    long total = 0;
-    for (std::string word; map >> word;) {
-        long size = 0;
-        if ((word == "Private_Dirty:" || word == "Private_Clean:") && map >> size)
-            total += size;
-    }
-    return total;
-}
 
 class Soak : public MenuAgentTest {
   protected:

@@ -18,10 +18,6 @@ namespace {
 
 using ::testing::ElementsAre;
 
-ManualRunLoop& mainLoop() {
-    return static_cast<ManualRunLoop&>(RunLoop::main());
-}
-
 /// A main app that notes what it is asked, and lets in whom it likes.
 class Served final : public Communication, public ListenerDelegate {
   public:
@@ -113,7 +109,7 @@ class LinkContract : public ::testing::Test {
             count = meetings ? std::optional(meetings->size()) : std::nullopt;
             ++answers;
         });
-        EXPECT_TRUE(mainLoop().waitUntil([&] { return answers == 1; }));
+        EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return answers == 1; }));
         return count;
     }
 
@@ -150,7 +146,7 @@ TYPED_TEST(LinkContract, DeliversCallsInOrderAndOnce) {
     }
     this->proxy->displaySyncing();
     this->proxy->displayNotSyncing();
-    ASSERT_TRUE(mainLoop().waitUntil([&] { return this->served.requests.size() == 42; }));
+    ASSERT_TRUE(ManualRunLoop::shared().waitUntil([&] { return this->served.requests.size() == 42; }));
     EXPECT_EQ(this->served.requests[38], "open 19");
     EXPECT_EQ(this->served.requests[39], "create");
     EXPECT_EQ(this->served.requests[41], "not syncing");
@@ -173,7 +169,7 @@ TYPED_TEST(LinkContract, DeliversWhatWasAskedBeforeTheConnectionWasReleased) {
     this->proxy->fetchUpcomingMeetings([&](const Communication::Meetings&) { answered = true; });
     this->proxy.reset();
     this->connection.reset();
-    EXPECT_TRUE(mainLoop().waitUntil([&] { return answered.load(); }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return answered.load(); }));
     EXPECT_THAT(this->served.requests, ElementsAre("open last"));
 }
 
@@ -181,17 +177,17 @@ TYPED_TEST(LinkContract, TellsOnceOfAnInterruption) {
     this->connect(this->side->endpoint);
     this->fetchedCount();
     this->side->stop();
-    EXPECT_TRUE(mainLoop().waitUntil([&] { return this->interruptions == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return this->interruptions == 1; }));
     this->proxy->createNewMeeting();
-    EXPECT_TRUE(mainLoop().waitUntil([&] { return this->errors == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return this->errors == 1; }));
     EXPECT_EQ(this->invalidations, 0);
 }
 
 TYPED_TEST(LinkContract, TellsOnceOfAnEndpointWhereNobodyIs) {
     this->connect(*Endpoint::parse("unix:path=/nonexistent/socket"));
-    EXPECT_TRUE(mainLoop().waitUntil([&] { return this->invalidations == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return this->invalidations == 1; }));
     this->proxy->createNewMeeting();
-    EXPECT_TRUE(mainLoop().waitUntil([&] { return this->errors == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return this->errors == 1; }));
     EXPECT_EQ(this->interruptions, 0);
 }
 
@@ -201,7 +197,7 @@ TYPED_TEST(LinkContract, RunsNoHandlerThatWasTakenAway) {
     this->connection->setInterruptionHandler(nullptr);
     this->side->stop();
     this->proxy->createNewMeeting();
-    EXPECT_TRUE(mainLoop().waitUntil([&] { return this->errors == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return this->errors == 1; }));
     EXPECT_EQ(this->interruptions, 0);
 }
 
@@ -218,7 +214,7 @@ TYPED_TEST(LinkContract, ReportsACallThatNobodyServes) {
             ++this->errors;
         }));
     this->proxy->fetchUpcomingMeetings([](const auto&) { ADD_FAILURE() << "there is no answer"; });
-    EXPECT_TRUE(mainLoop().waitUntil([&] { return this->errors == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return this->errors == 1; }));
     const std::scoped_lock lock(this->mutex);
     EXPECT_THAT(this->error, ::testing::StartsWith("org.freedesktop.DBus.Error.Unknown"));
     EXPECT_THAT(this->error, ::testing::HasSubstr(": "));
@@ -233,7 +229,7 @@ class DBusLinkTest : public LinkContract<DBusSide> {};
 TEST_F(DBusLinkTest, ClosesTheConnectionsItsDelegateRefuses) {
     served.accepts = false;
     connect(side->endpoint);
-    EXPECT_TRUE(mainLoop().waitUntil([&] { return invalidations == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return invalidations == 1; }));
     EXPECT_TRUE(served.requests.empty());
 }
 
@@ -283,14 +279,14 @@ TEST_F(DBusLinkTest, SendsToServicesWhatWasCalledRightBeforeItsEnd) {
     std::atomic<int> answers = 0;
     registry->registerListenerEndpoint(side->endpoint, "app",
                                        [&](bool stored) { answers += stored ? 1 : 100; });
-    ASSERT_TRUE(mainLoop().waitUntil([&] { return answers == 1; }));
+    ASSERT_TRUE(ManualRunLoop::shared().waitUntil([&] { return answers == 1; }));
     {
         DBusLink shortLived;
         std::unique_ptr<Connection> connection;
         registryOver(shortLived, connection)->removeListenerEndpoint("app");
     }
     registry->retrieveListenerEndpoint("app", [&](const auto& endpoint) { answers += endpoint ? 100 : 1; });
-    EXPECT_TRUE(mainLoop().waitUntil([&] { return answers >= 2; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return answers >= 2; }));
     EXPECT_EQ(answers, 2);
 }
 

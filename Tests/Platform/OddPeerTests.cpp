@@ -24,10 +24,6 @@ using namespace std::chrono_literals;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-ManualRunLoop& mainLoop() {
-    return static_cast<ManualRunLoop&>(RunLoop::main());
-}
-
 sockaddr_un addressOf(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -106,9 +102,10 @@ class OddPeerTest : public ::testing::Test {
     void countsAsNoConnection(const Endpoint& endpoint) {
         connect(endpoint, {.handshakeTimeout = 200ms});
         proxy->fetchUpcomingMeetings([](const auto&) { ADD_FAILURE() << "there is no answer"; });
-        EXPECT_TRUE(mainLoop().waitUntil([this] { return invalidations == 1 && errors == 1; }));
+        EXPECT_TRUE(ManualRunLoop::shared().waitUntil([this] { return invalidations == 1 && errors == 1; }));
         proxy->createNewMeeting();
-        EXPECT_TRUE(mainLoop().waitUntil([this] { return errors == 2; })) << "later calls fail at once";
+        EXPECT_TRUE(ManualRunLoop::shared().waitUntil([this] { return errors == 2; }))
+            << "later calls fail at once";
         EXPECT_EQ(interruptions, 0);
     }
 
@@ -168,7 +165,7 @@ class OddClient : public OddPeerTest {
             answer = socket.hear();
             answered = true;
         });
-        EXPECT_TRUE(mainLoop().waitUntil([&] { return answered.load(); }));
+        EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return answered.load(); }));
         return answer;
     }
 
@@ -221,7 +218,8 @@ TEST_F(OddServer, ThatTalksNonsenseOnceWeAreIn) {
     });
     connect(endpoint, {});
     proxy->fetchUpcomingMeetings([](const auto&) { ADD_FAILURE() << "there is no answer"; });
-    EXPECT_TRUE(mainLoop().waitUntil([this] { return errors == 1 && interruptions + invalidations == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil(
+        [this] { return errors == 1 && interruptions + invalidations == 1; }));
 }
 
 TEST_F(OddServer, ThatIsNoSocket) {
@@ -244,7 +242,7 @@ TEST_F(OddClient, LeavesTheListenerToTheOthers) {
     }
     connect(listening(), {});
     proxy->createNewMeeting();
-    EXPECT_TRUE(mainLoop().waitUntil([this] { return served.creations == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([this] { return served.creations == 1; }));
     EXPECT_EQ(errors, 0);
 }
 
@@ -266,28 +264,28 @@ TEST_F(OddClient, IsToldThatItsArgumentsAreWrong) {
         sd_bus_close_unref(bus);
         done = true;
     });
-    EXPECT_TRUE(mainLoop().waitUntil([&] { return done.load(); }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return done.load(); }));
     EXPECT_EQ(error, "org.freedesktop.DBus.Error.InvalidArgs");
 }
 
 TEST_F(OddClient, MayGoBeforeItsAnswer) {
     connect(listening(), {});
     proxy->fetchUpcomingMeetings(nullptr);
-    ASSERT_TRUE(mainLoop().waitUntil([this] { return served.withheld.size() == 1; }));
+    ASSERT_TRUE(ManualRunLoop::shared().waitUntil([this] { return served.withheld.size() == 1; }));
     disconnect();
     served.withheld.front()(std::nullopt);
     connect(listening(), {});
     proxy->createNewMeeting();
-    EXPECT_TRUE(mainLoop().waitUntil([this] { return served.creations == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([this] { return served.creations == 1; }));
 }
 
 TEST_F(OddClient, FailsACallThatIsNeverAnsweredAndGoesOn) {
     connect(listening(), {.callTimeout = 100ms});
     proxy->fetchUpcomingMeetings([](const auto&) { ADD_FAILURE() << "there is no answer"; });
-    EXPECT_TRUE(mainLoop().waitUntil([this] { return errors == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([this] { return errors == 1; }));
     served.withheld.front()(std::nullopt); // too late
     proxy->createNewMeeting();
-    EXPECT_TRUE(mainLoop().waitUntil([this] { return served.creations == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([this] { return served.creations == 1; }));
     EXPECT_EQ(interruptions + invalidations, 0);
 }
 
@@ -295,9 +293,9 @@ TEST_F(OddClient, FailsTheCallsOnTheirWayWhenThePeerDies) {
     connect(listening(), {});
     for (int count = 0; count < 3; ++count)
         proxy->fetchUpcomingMeetings([](const auto&) { ADD_FAILURE() << "there is no answer"; });
-    ASSERT_TRUE(mainLoop().waitUntil([this] { return served.withheld.size() == 3; }));
+    ASSERT_TRUE(ManualRunLoop::shared().waitUntil([this] { return served.withheld.size() == 3; }));
     listener.reset();
-    EXPECT_TRUE(mainLoop().waitUntil([this] { return errors == 3 && interruptions == 1; }));
+    EXPECT_TRUE(ManualRunLoop::shared().waitUntil([this] { return errors == 3 && interruptions == 1; }));
     EXPECT_EQ(invalidations, 0);
 }
 

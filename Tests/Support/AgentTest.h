@@ -89,7 +89,7 @@ class AgentTest : public QtTest {
         SharedInstance<RunLoop>::reset();
     }
 
-    static ManualRunLoop& loop() { return static_cast<ManualRunLoop&>(RunLoop::main()); }
+    static ManualRunLoop& loop() { return ManualRunLoop::shared(); }
 
     /// The main app runs and listens; the workspace says so.
     void startMainApp() {

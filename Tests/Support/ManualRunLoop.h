@@ -13,6 +13,9 @@ namespace velloren {
 /// A main run loop whose time passes when the test says so. Only `post` may be called from other threads.
 class ManualRunLoop final : public RunLoop {
   public:
+    /// The main run loop of a test that provided a manual one.
+    static ManualRunLoop& shared() { return static_cast<ManualRunLoop&>(RunLoop::main()); }
+
     void post(Task task) override;
     void postAfter(Seconds delay, Task task) override;
     std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) override;

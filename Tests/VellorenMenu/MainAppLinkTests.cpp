@@ -84,7 +84,7 @@ class MainAppLinkTest : public ::testing::Test {
         SharedInstance<Logger>::reset();
     }
 
-    static ManualRunLoop& loop() { return static_cast<ManualRunLoop&>(RunLoop::main()); }
+    static ManualRunLoop& loop() { return ManualRunLoop::shared(); }
 
     void connect() {
         registry.endpoint = endpoint;

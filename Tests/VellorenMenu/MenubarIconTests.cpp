@@ -27,7 +27,7 @@ class MenubarIconTest : public QtTest {
         SharedInstance<RunLoop>::reset();
     }
 
-    static ManualRunLoop& loop() { return static_cast<ManualRunLoop&>(RunLoop::main()); }
+    static ManualRunLoop& loop() { return ManualRunLoop::shared(); }
 
     /// The bar's host asks for the picture.
     void redraw() { (void)button.picture(22); }

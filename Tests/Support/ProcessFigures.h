@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <sys/types.h>
@@ -8,6 +9,9 @@ namespace velloren {
 
 /// The memory that the process shares with nobody, in KiB.
 [[nodiscard]] long privateMemoryOf(pid_t process);
+
+/// How many files, sockets and the like the process has open.
+[[nodiscard]] std::ptrdiff_t descriptorsOf(pid_t process);
 
 /// How often each of the process's threads has gone to sleep of its own accord, by thread.
 using VoluntarySwitches = std::map<std::string, long>;

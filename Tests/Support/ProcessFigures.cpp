@@ -1,4 +1,4 @@
-#include "Benchmarks/ProcessFigures.h"
+#include "Tests/Support/ProcessFigures.h"
 
 #include <filesystem>
 #include <fstream>
@@ -24,6 +24,11 @@ long sumOf(const std::string& key, const std::filesystem::path& file) {
 long privateMemoryOf(pid_t process) {
     const std::string file = "/proc/" + std::to_string(process) + "/smaps_rollup";
     return sumOf("Private_Clean:", file) + sumOf("Private_Dirty:", file);
+}
+
+std::ptrdiff_t descriptorsOf(pid_t process) {
+    const std::filesystem::directory_iterator open("/proc/" + std::to_string(process) + "/fd");
+    return std::distance(begin(open), end(open));
 }
 
 VoluntarySwitches voluntarySwitchesOf(pid_t process) {
