@@ -2,7 +2,7 @@
 
 build_packages=(
     cmake g++ ninja-build pkg-config librsvg2-bin
-    qt6-base-dev qt6-base-dev-tools
+    qt6-base-dev qt6-base-dev-tools qt6-l10n-tools
     libicu-dev libspdlog-dev libsqlite3-dev libsqlitecpp-dev libsystemd-dev libxcb1-dev libxcb-xinput-dev
 )
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/RectEdge.h"
 #include "Platform/View.h"
 #include "Platform/ViewController.h"
 
@@ -14,8 +15,6 @@ class PopoverWindow;
 /// and is made afresh for each showing, its content is kept. Main thread only.
 class Popover final {
   public:
-    enum class RectEdge { MinX = 0, MinY = 1, MaxX = 2, MaxY = 3 };
-
     Popover();
     Popover(const Popover&) = delete;
     Popover& operator=(const Popover&) = delete;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Subscription.h"
+#include "Platform/URL.h"
 
 #include <functional>
 #include <map>
@@ -50,6 +51,10 @@ class Workspace {
 
     /// Asks for the application to be started and does not wait for it. Whether the request was taken.
     virtual bool launchApplication(const std::string& bundleIdentifier) = 0;
+
+    /// Hands the address to the user's default program for it and does not wait for that. Whether the desktop
+    /// took it.
+    virtual bool openURL(const URL& url) = 0;
 };
 
 } // namespace velloren

@@ -34,6 +34,11 @@ const std::string& VApp::supportMailAddress() {
     return address;
 }
 
+const std::string& VApp::helpCenterHost() {
+    static const std::string host = "help.velloren.example";
+    return host;
+}
+
 const std::string& VApp::bundleIdentifier() const {
     switch (identity) {
     case main:

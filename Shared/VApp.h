@@ -17,6 +17,9 @@ class VApp {
     /// Where the product's users write for help.
     [[nodiscard]] static const std::string& supportMailAddress();
 
+    /// Where the product's help centre is on the web.
+    [[nodiscard]] static const std::string& helpCenterHost();
+
     [[nodiscard]] const std::string& bundleIdentifier() const;
 
     /// One entry per running instance. Asking it of `agent` stops the process.

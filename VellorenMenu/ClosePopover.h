@@ -1,11 +1,11 @@
 #pragma once
 
-namespace velloren {
+class QWidget;
 
-class View;
+namespace velloren {
 
 /// Closes the popover through the application's delegate, in the name of any view inside it. Does nothing
 /// when the delegate is missing or is not the menu agent's.
-void closePopover(View& sender);
+void closePopover(QWidget& sender);
 
 } // namespace velloren

@@ -21,7 +21,7 @@ void MenuAppDelegate::setupUI() {
 
 void MenuAppDelegate::showPopover(QObject*) {
     if (const StatusBarButton* button = statusBar->button())
-        popOver.showRelativeToRect(button->rect(), *button, Popover::RectEdge::MaxY);
+        popOver.showRelativeToRect(button->rect(), *button, RectEdge::MaxY);
     menubarIcon->setHighlighted(true);
     if (eventMonitor)
         eventMonitor->start();

@@ -1,16 +1,16 @@
 #pragma once
 
-#include <QAbstractButton>
+#include <QPushButton>
 
 namespace velloren {
 
 /// Makes a whole row clickable: it covers the row and shows nothing but the keyboard's focus. Main thread
 /// only.
-class RowButton final : public QAbstractButton {
+class RowButton final : public QPushButton {
     Q_OBJECT
 
   public:
-    using QAbstractButton::QAbstractButton;
+    using QPushButton::QPushButton;
 
   protected:
     void paintEvent(QPaintEvent* event) override;

@@ -1,5 +1,7 @@
 #include "VellorenMenu/URLs.h"
 
+#include "Shared/VApp.h"
+
 namespace velloren {
 
 const std::string& URLs::rawValue(ConnectionProtocol protocol) {
@@ -14,6 +16,11 @@ std::optional<URLs::ConnectionProtocol> URLs::connectionProtocol(std::string_vie
             return protocol;
     }
     return std::nullopt;
+}
+
+const std::string& URLs::helpCenterAddress() {
+    static const std::string address = rawValue(ConnectionProtocol::https) + VApp::helpCenterHost();
+    return address;
 }
 
 } // namespace velloren

@@ -16,6 +16,9 @@ class URLs {
 
     /// None unless the text is exactly one of the raw values.
     [[nodiscard]] static std::optional<ConnectionProtocol> connectionProtocol(std::string_view rawValue);
+
+    /// The front page of the product's help centre.
+    [[nodiscard]] static const std::string& helpCenterAddress();
 };
 
 } // namespace velloren

@@ -1,4 +1,5 @@
 #include "Platform/Application.h"
+#include "Platform/Bundle.h"
 #include "Platform/Directories.h"
 #include "Platform/Freedesktop/DBusLink.h"
 #include "Platform/Freedesktop/DBusWorkspace.h"
@@ -18,6 +19,7 @@
 
 #include <QApplication>
 #include <QDBusConnection>
+#include <QTranslator>
 
 #include <csignal>
 #include <cstdio>
@@ -36,6 +38,7 @@ class ProcessServices {
         SharedInstance<MeetingStore>::provide([] { return LocalMeetingStore::ofThisUser(); });
         SharedInstance<SyncManager>::provide([] { return LocalSyncManager::ofThisUser(); });
         SharedInstance<UserManager>::provide([] { return LocalUserManager::ofThisUser(); });
+        SharedInstance<Bundle>::provide([] { return Bundle::inFolder(":/bundle"); });
         SharedInstance<UserDefaults>::provide([] { return std::make_unique<UserDefaults>(defaultsFile()); });
         SharedInstance<Workspace>::provide([bus] {
             return std::make_unique<DBusWorkspace>(
@@ -57,6 +60,7 @@ class ProcessServices {
         SharedInstance<GlobalEvents>::reset();
         SharedInstance<Workspace>::reset();
         SharedInstance<UserDefaults>::reset();
+        SharedInstance<Bundle>::reset();
         SharedInstance<UserManager>::reset();
         SharedInstance<SyncManager>::reset();
         SharedInstance<MeetingStore>::reset();
@@ -121,6 +125,9 @@ int main(int argc, char** argv) {
     const QApplication qtApplication(argc, argv);
     if (!QDBusConnection::sessionBus().isConnected())
         return fail("there is no session bus; start this program from a desktop session");
+    QTranslator translator;
+    if (translator.load(QLocale(), QStringLiteral("velloren"), QStringLiteral("_"), QStringLiteral(":/i18n")))
+        QCoreApplication::installTranslator(&translator);
     QApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setDesktopFileName(QString::fromStdString(VApp(VApp::menu).bundleIdentifier()));
     return runAgent(signals);

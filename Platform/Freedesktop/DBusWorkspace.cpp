@@ -3,6 +3,8 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusReply>
+#include <QDesktopServices>
+#include <QUrl>
 
 namespace velloren {
 
@@ -54,6 +56,10 @@ bool DBusWorkspace::launchApplication(const std::string& bundleIdentifier) {
     // The daemon answers once the application owns its name, or failed to: nobody waits for that.
     bus.asyncCall(callToDaemon(QStringLiteral("StartServiceByName"), {name, 0u}));
     return true;
+}
+
+bool DBusWorkspace::openURL(const URL& url) {
+    return QDesktopServices::openUrl(QUrl::fromEncoded(QByteArray::fromStdString(url.absoluteString())));
 }
 
 void DBusWorkspace::nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner) {

@@ -22,6 +22,7 @@ class DBusWorkspace final : public QObject, public Workspace {
     [[nodiscard]] std::vector<RunningApplication>
     runningApplications(const std::string& bundleIdentifier) override;
     bool launchApplication(const std::string& bundleIdentifier) override;
+    bool openURL(const URL& url) override;
 
   private Q_SLOTS:
     void nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner);

@@ -32,7 +32,10 @@ std::optional<EventType> pressTypeOf(unsigned button) {
     }
 }
 
-bool isInOwnWindow(QPoint position) {
+/// While a menu of this process is open it has the pointer: a press anywhere is for the menu.
+bool isForThisProcess(QPoint position) {
+    if (QApplication::activePopupWidget())
+        return true;
     const QWidget* widget = QApplication::widgetAt(position);
     // A window's bare surface is the margin around its frame: it shows what lies behind it.
     return widget && !qobject_cast<const Window*>(widget);
@@ -97,7 +100,7 @@ void XInputEvents::pressed(unsigned button) {
     setClick(Click::NotSeen);
     const auto type = pressTypeOf(button);
     const QPoint position = QCursor::pos();
-    if (!type || isInOwnWindow(position))
+    if (!type || isForThisProcess(position))
         return;
 
     std::vector<Handler> told; // a handler may end its own or another monitor

@@ -43,7 +43,7 @@ class PopoverTest : public QtTest {
         popover.setContentViewController(std::move(made));
     }
 
-    void show() { popover.showRelativeToRect(anchor.rect(), anchor, Popover::RectEdge::MaxY); }
+    void show() { popover.showRelativeToRect(anchor.rect(), anchor, RectEdge::MaxY); }
 
     std::vector<std::string> journal;
     JournalController* controller;

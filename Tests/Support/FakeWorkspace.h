@@ -23,6 +23,7 @@ class FakeWorkspace final : public Workspace {
     std::map<std::string, int> instances;
     bool takesLaunches = true;
     std::vector<std::string> launches;
+    std::vector<std::string> openedURLs;
     int queries = 0;
 
     void post(Notice notice, const Notification& notification) {
@@ -65,6 +66,11 @@ class FakeWorkspace final : public Workspace {
 
     bool launchApplication(const std::string& identifier) override {
         launches.push_back(identifier);
+        return takesLaunches;
+    }
+
+    bool openURL(const URL& url) override {
+        openedURLs.push_back(url.absoluteString());
         return takesLaunches;
     }
 

@@ -234,7 +234,7 @@ TEST_F(MainViewControllerTest, LaysOneGreyBehindTheWholeOfEachPopover) {
     auto* content = controller.get();
     popover.setContentViewController(std::move(controller));
     for (int showing = 0; showing < 3; ++showing) {
-        popover.showRelativeToRect({0, 0, 28, 22}, anchor, Popover::RectEdge::MaxY);
+        popover.showRelativeToRect({0, 0, 28, 22}, anchor, RectEdge::MaxY);
         const auto& frame = static_cast<PopoverWindow*>(popover.contentWindow())->frameView();
         std::vector<View*> backgrounds;
         for (QObject* child : frame.children()) {

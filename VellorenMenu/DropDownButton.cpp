@@ -1,0 +1,98 @@
+#include "VellorenMenu/DropDownButton.h"
+
+#include "Platform/Application.h"
+#include "Platform/Image.h"
+#include "Platform/Workspace.h"
+#include "VellorenMenu/ClosePopover.h"
+#include "VellorenMenu/Colors.h"
+#include "VellorenMenu/Commands.h"
+#include "VellorenMenu/URLs.h"
+
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPainter>
+
+namespace velloren {
+
+namespace {
+
+constexpr QSize buttonSize(28, 22);
+constexpr double cornerRadius = 5;
+
+} // namespace
+
+DropDownButton::DropDownButton(QWidget* parent) : QPushButton(parent) {
+    popUpButtonCell.setPullsDown(true);
+    popUpButtonCell.setPreferredEdge(RectEdge::MinY);
+    setAttribute(Qt::WA_Hover);
+    setFocusPolicy(Qt::TabFocus);
+    // Later: the menu keeps the call, and an assistive program waits for its press to be answered.
+    connect(this, &QAbstractButton::clicked, this, &DropDownButton::runPopUp, Qt::QueuedConnection);
+}
+
+QMenu& DropDownButton::actionMenu() {
+    if (!menu) {
+        menu = new QMenu(this);
+        menu->addAction(QString());
+        menu->addAction(QStringLiteral("Support"), this, &DropDownButton::supportClicked);
+        menu->addAction(QStringLiteral("Help Center"), this, &DropDownButton::helpCenterClicked);
+        menu->addSeparator();
+        menu->addAction(QStringLiteral("Quit"), this, &DropDownButton::quitClicked);
+    }
+    return *menu;
+}
+
+QSize DropDownButton::sizeHint() const {
+    return buttonSize;
+}
+
+void DropDownButton::runPopUp() {
+    popUpButtonCell.setMenu(&actionMenu());
+    popUpButtonCell.performClickWithFrame(rect(), *this);
+    update();
+}
+
+void DropDownButton::supportClicked() {
+    closePopover(*this);
+    SupportCommand().execute();
+}
+
+void DropDownButton::helpCenterClicked() {
+    closePopover(*this);
+    if (const auto address = URL::fromString(URLs::helpCenterAddress()))
+        Workspace::shared().openURL(*address);
+}
+
+void DropDownButton::quitClicked() {
+    Application& application = Application::shared();
+    application.terminate(application.description());
+}
+
+void DropDownButton::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton)
+        runPopUp();
+}
+
+void DropDownButton::mouseReleaseEvent(QMouseEvent*) {}
+
+void DropDownButton::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (underMouse() || (menu && menu->isVisible())) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(colors::hoverGrey);
+        painter.drawRoundedRect(rect(), cornerRadius, cornerRadius);
+    }
+    if (const auto image = Image::named(QStringLiteral("actions"))) {
+        QRectF place({}, image->size());
+        place.moveCenter(QRectF(rect()).center());
+        image->draw(painter, place);
+    }
+    if (hasFocus()) {
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(colors::focusBlue, 2));
+        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), cornerRadius, cornerRadius);
+    }
+}
+
+} // namespace velloren
