@@ -13,7 +13,8 @@ desktop_packages=(
 )
 
 test_packages=(
-    clang-format clang-tidy gir1.2-glib-2.0 libbenchmark-dev libgmock-dev libgtest-dev libxcb-xtest0-dev python3-gi
+    at-spi2-core clang-format clang-tidy gir1.2-atspi-2.0 gir1.2-glib-2.0 libbenchmark-dev libgmock-dev libgtest-dev
+    libxcb-xtest0-dev python3-gi xdg-utils
 )
 
 as_root() {

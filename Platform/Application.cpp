@@ -35,6 +35,13 @@ int Application::run() {
     return QCoreApplication::exec();
 }
 
+void Application::reopen() {
+    RunLoop::main().post([this] {
+        if (currentDelegate)
+            currentDelegate->applicationShouldHandleReopen();
+    });
+}
+
 void Application::terminate(const std::string& sender) {
     if (terminating)
         return;

@@ -15,6 +15,8 @@ class ApplicationDelegate {
     virtual ~ApplicationDelegate() = default;
 
     virtual void applicationDidFinishLaunching() = 0;
+    /// The user started the application once more, or asked for it in another way.
+    virtual void applicationShouldHandleReopen() = 0;
     /// `sender` is the printed description of what asked.
     [[nodiscard]] virtual TerminateReply applicationShouldTerminate(const std::string& sender) = 0;
     virtual void applicationWillTerminate() = 0;
@@ -40,6 +42,9 @@ class Application {
     /// Tells the delegate of the launch once the loop runs, and returns the process's exit status when it
     /// ends.
     int run();
+
+    /// Tells the delegate, after the launch, that the user asked for the application again.
+    void reopen();
 
     /// Asks the delegate, tells it, and ends the loop.
     void terminate(const std::string& sender);

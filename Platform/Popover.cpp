@@ -31,7 +31,15 @@ void Popover::showRelativeToRect(const QRect& rect, const View& view, RectEdge) 
     });
     window->setContent(controller->view());
     window->show();
+    activate();
     controller->viewDidAppear();
+}
+
+void Popover::activate() {
+    if (!window)
+        return;
+    window->raise();
+    window->activateWindow();
 }
 
 void Popover::performClose() {

@@ -12,7 +12,7 @@ namespace velloren {
 class PopoverWindow;
 
 /// A bubble with an arrow that points at a view. It closes only when it is told to. Its window takes no grab
-/// and is made afresh for each showing, its content is kept. Main thread only.
+/// and is made afresh for each showing and takes the keyboard's focus, its content is kept. Main thread only.
 class Popover final {
   public:
     Popover();
@@ -35,6 +35,9 @@ class Popover final {
     /// Shows the content beside `rect` of `view`. The side is the preferred edge's, as the bar's place on the
     /// screen allows; a popover that is shown already moves there. Without a content nothing is shown.
     void showRelativeToRect(const QRect& rect, const View& view, RectEdge preferredEdge);
+
+    /// Brings the popover to the front and gives it the keyboard, as far as the window manager lets it.
+    void activate();
 
     /// Closes the popover; does nothing when it is not shown.
     void performClose();

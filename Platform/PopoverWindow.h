@@ -37,7 +37,8 @@ class PopoverFrameView final : public View {
     int arrowCentre = 0;
 };
 
-/// The window of one showing of a popover. It follows the size that its content asks for.
+/// The window of one showing of a popover. It follows the size that its content asks for. Its controls are
+/// reached by Tab and work by Return as well as by Space; Escape asks for it to be closed.
 class PopoverWindow final : public Window {
     Q_OBJECT
 
@@ -60,6 +61,7 @@ class PopoverWindow final : public Window {
   protected:
     void paintEvent(QPaintEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:

@@ -1,12 +1,25 @@
 #include "Platform/StatusBar.h"
 
+#include "Platform/Freedesktop/X11Display.h"
 #include "Platform/SharedInstance.h"
 
 #include <QCursor>
 #include <QEvent>
+#include <QGuiApplication>
 #include <QPainter>
+#include <QScreen>
 
 namespace velloren {
+
+namespace {
+
+QPoint placeOfUser() {
+    if (x11::connection())
+        return QCursor::pos();
+    return QGuiApplication::primaryScreen()->availableGeometry().topRight();
+}
+
+} // namespace
 
 StatusBarButton::StatusBarButton(QSize size) {
     resize(size.expandedTo({1, 1}));
@@ -20,7 +33,7 @@ void StatusBarButton::press(QPoint position) {
 
 QRect StatusBarButton::rectOnScreen(const QRect& rect) const {
     QRect onScreen(QPoint(), rect.size());
-    onScreen.moveCenter(latestPress.value_or(QCursor::pos()));
+    onScreen.moveCenter(latestPress.value_or(placeOfUser()));
     return onScreen;
 }
 

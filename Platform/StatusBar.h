@@ -19,7 +19,11 @@ class StatusBarButton final : public View {
     /// The host reports a press at `position` on the screen.
     void press(QPoint position);
 
-    /// Around the place of the latest press; the pointer's place before there was one.
+    /// What comes next is not the effect of a press.
+    void forgetPress() { latestPress.reset(); }
+
+    /// Around the place of the latest press. Where there was none, around the pointer, or in the screen's top
+    /// right corner on a desktop that does not tell where the pointer is.
     [[nodiscard]] QRect rectOnScreen(const QRect& rect) const override;
 
     /// A square picture of `side` pixels: the centre of the button.

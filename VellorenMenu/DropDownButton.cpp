@@ -1,6 +1,7 @@
 #include "VellorenMenu/DropDownButton.h"
 
 #include "Platform/Application.h"
+#include "Platform/Freedesktop/X11Display.h"
 #include "Platform/Image.h"
 #include "Platform/Workspace.h"
 #include "VellorenMenu/ClosePopover.h"
@@ -19,6 +20,22 @@ namespace {
 constexpr QSize buttonSize(28, 22);
 constexpr double cornerRadius = 5;
 
+constexpr auto menuStyle = R"(
+QMenu { background: #ffffff; border: 1px solid rgba(0, 0, 0, 46); padding: 4px; font-size: 13px; }
+QMenu::item { padding: 4px 16px; color: #1d1d1f; border-radius: 4px; }
+QMenu::item:selected { background: #0050ff; color: #ffffff; }
+QMenu::separator { height: 1px; margin: 4px 8px; background: rgba(0, 0, 0, 26); }
+)";
+
+void styleMenu(QMenu& menu) {
+    menu.setStyleSheet(QLatin1String(menuStyle));
+    menu.setWindowFlag(Qt::FramelessWindowHint);
+    if (!x11::isComposited())
+        return;
+    menu.setAttribute(Qt::WA_TranslucentBackground);
+    menu.setStyleSheet(menu.styleSheet() + QStringLiteral("QMenu { border-radius: 8px; }"));
+}
+
 } // namespace
 
 DropDownButton::DropDownButton(QWidget* parent) : QPushButton(parent) {
@@ -33,6 +50,7 @@ DropDownButton::DropDownButton(QWidget* parent) : QPushButton(parent) {
 QMenu& DropDownButton::actionMenu() {
     if (!menu) {
         menu = new QMenu(this);
+        styleMenu(*menu);
         menu->addAction(QString());
         menu->addAction(QStringLiteral("Support"), this, &DropDownButton::supportClicked);
         menu->addAction(QStringLiteral("Help Center"), this, &DropDownButton::helpCenterClicked);
@@ -49,6 +67,8 @@ QSize DropDownButton::sizeHint() const {
 void DropDownButton::runPopUp() {
     popUpButtonCell.setMenu(&actionMenu());
     popUpButtonCell.performClickWithFrame(rect(), *this);
+    // The menu had the pointer: nobody told whether it left the button meanwhile.
+    setAttribute(Qt::WA_UnderMouse, rect().contains(mapFromGlobal(QCursor::pos())));
     update();
 }
 

@@ -24,6 +24,7 @@ QColor bezelColor(const QPushButton& button) {
 
 MeetingButton::MeetingButton(QWidget* parent) : QPushButton(parent), color(colors::buttonTitleGrey) {
     setAttribute(Qt::WA_Hover);
+    setFocusPolicy(Qt::TabFocus);
 }
 
 void MeetingButton::setPixelSize(int size) {

@@ -34,6 +34,16 @@ void MenuAppDelegate::closePopover(QObject*) {
         eventMonitor->stop();
 }
 
+void MenuAppDelegate::applicationShouldHandleReopen() {
+    if (popOver.isShown()) {
+        popOver.activate();
+        return;
+    }
+    if (StatusBarButton* button = statusBar->button())
+        button->forgetPress();
+    showPopover(nullptr);
+}
+
 void MenuAppDelegate::didMouseDown(MenubarIcon& icon) {
     if (popOver.isShown())
         closePopover(&icon);

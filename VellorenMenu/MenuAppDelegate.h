@@ -28,6 +28,7 @@ class MenuAppDelegate final : public MainAppLink,
     ~MenuAppDelegate() override;
 
     void applicationDidFinishLaunching() override;
+    void applicationShouldHandleReopen() override;
     [[nodiscard]] TerminateReply applicationShouldTerminate(const std::string& sender) override;
     void applicationWillTerminate() override;
 

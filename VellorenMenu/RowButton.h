@@ -10,7 +10,7 @@ class RowButton final : public QPushButton {
     Q_OBJECT
 
   public:
-    using QPushButton::QPushButton;
+    explicit RowButton(QWidget* parent = nullptr) : QPushButton(parent) { setFocusPolicy(Qt::TabFocus); }
 
   protected:
     void paintEvent(QPaintEvent* event) override;

@@ -19,6 +19,8 @@ void UpcommingMeetingItemView::configureForMeeting(const Meeting& meeting) {
         timeLabel->setStringValue(*time);
     if (meeting.title && titleLabel)
         titleLabel->setStringValue(*meeting.title);
+    if (openButton && titleLabel)
+        openButton->setAccessibleDescription(titleLabel->stringValue());
     if (meeting.id)
         meetingId = *meeting.id;
 }

@@ -1,8 +1,10 @@
+#include "Platform/Accessibility.h"
 #include "Platform/Application.h"
 #include "Platform/Bundle.h"
 #include "Platform/Directories.h"
 #include "Platform/Freedesktop/DBusLink.h"
 #include "Platform/Freedesktop/DBusWorkspace.h"
+#include "Platform/Freedesktop/DesktopApplication.h"
 #include "Platform/Freedesktop/DesktopSettings.h"
 #include "Platform/Freedesktop/StatusNotifierBar.h"
 #include "Platform/Freedesktop/TerminationSignals.h"
@@ -101,8 +103,21 @@ int runAgent(TerminationSignals& signals) {
     Application application;
     const ProcessServices services(bus);
     const SessionEnd sessionEnd(bus);
-    if (!announceRunning(bus, VApp(VApp::menu).bundleIdentifier()))
+    const std::string& identifier = VApp(VApp::menu).bundleIdentifier();
+    const DesktopApplication desktopApplication(bus, identifier, [&application] { application.reopen(); });
+    const auto rank = announceRunning(bus, identifier);
+    if (!rank)
         return fail("the session bus does not let this program have its name");
+    if (rank == InstanceRank::Later) {
+        switch (activateOtherInstance(bus, identifier)) {
+        case OtherInstance::Activated:
+            return EXIT_SUCCESS;
+        case OtherInstance::Silent:
+            return fail("another one is running and does not answer");
+        case OtherInstance::Gone:
+            break;
+        }
+    }
 
     DBusLink link;
     MenuAppDelegate delegate(link);
@@ -118,6 +133,7 @@ int main(int argc, char** argv) {
     TerminationSignals signals;
     std::signal(SIGPIPE, SIG_IGN); // nobody may read standard error any more
     QCoreApplication::setApplicationName(QStringLiteral("velloren-menu"));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Velloren"));
     if (!qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY") &&
         !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         return fail("there is no display to show anything on");
@@ -128,6 +144,7 @@ int main(int argc, char** argv) {
     QTranslator translator;
     if (translator.load(QLocale(), QStringLiteral("velloren"), QStringLiteral("_"), QStringLiteral(":/i18n")))
         QCoreApplication::installTranslator(&translator);
+    describeWidgetsToAssistivePrograms();
     QApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setDesktopFileName(QString::fromStdString(VApp(VApp::menu).bundleIdentifier()));
     return runAgent(signals);

@@ -63,10 +63,10 @@ open_popover() {
     wait_until "the popover" popover_geometry
 }
 
-# click_in_popover RIGHT DOWN: so far from its right edge and from its top. The shadow is 12 wide.
+# click_in_popover RIGHT DOWN: so far from its right edge and from its top. Its window ends at the screen's edge, 4 further.
 click_in_popover() {
     popover_geometry
-    click $((X + WIDTH - 12 - $1)) $((Y + $2))
+    click $((X + WIDTH - 4 - $1)) $((Y + $2))
 }
 
 icon_is_there() {

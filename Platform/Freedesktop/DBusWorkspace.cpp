@@ -77,10 +77,13 @@ void DBusWorkspace::nameOwnerChanged(const QString& name, const QString& oldOwne
         observer(notification);
 }
 
-bool announceRunning(const QDBusConnection& bus, const std::string& bundleIdentifier) {
+std::optional<InstanceRank> announceRunning(const QDBusConnection& bus, const std::string& bundleIdentifier) {
     const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply = bus.interface()->registerService(
         QString::fromStdString(bundleIdentifier), QDBusConnectionInterface::QueueService);
-    return reply.isValid() && reply.value() != QDBusConnectionInterface::ServiceNotRegistered;
+    if (!reply.isValid() || reply.value() == QDBusConnectionInterface::ServiceNotRegistered)
+        return std::nullopt;
+    const bool waits = reply.value() == QDBusConnectionInterface::ServiceQueued;
+    return waits ? InstanceRank::Later : InstanceRank::First;
 }
 
 } // namespace velloren

@@ -37,8 +37,11 @@ class DBusWorkspace final : public QObject, public Workspace {
     std::list<Entry> observers;
 };
 
+enum class InstanceRank { First, Later };
+
 /// Takes `bundleIdentifier` as a name of this process on the bus, or waits in line for it behind another
-/// instance: that is how the other processes see that this application runs. Whether the bus agreed.
-bool announceRunning(const QDBusConnection& bus, const std::string& bundleIdentifier);
+/// instance: that is how the other processes see that this application runs. None when the bus does not
+/// agree.
+std::optional<InstanceRank> announceRunning(const QDBusConnection& bus, const std::string& bundleIdentifier);
 
 } // namespace velloren

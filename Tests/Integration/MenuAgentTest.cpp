@@ -1,5 +1,6 @@
 #include "Tests/Integration/MenuAgentTest.h"
 
+#include <array>
 #include <fstream>
 #include <sstream>
 
@@ -8,6 +9,7 @@ namespace velloren {
 namespace {
 
 constexpr int shadow = 12;
+constexpr int screenGap = 4; // between the popover and the edge of the screen, where its window ends
 
 std::vector<std::string> linesOf(const std::filesystem::path& file) {
     std::vector<std::string> lines;
@@ -20,6 +22,7 @@ std::vector<std::string> linesOf(const std::filesystem::path& file) {
 } // namespace
 
 const std::string MenuAgentTest::binaries = VELLOREN_BINARIES;
+const std::string MenuAgentTest::listAccessibles = LIST_ACCESSIBLES;
 
 MenuAgentTest::MenuAgentTest() {
     installRegistry(binaries + "/velloren-agent");
@@ -87,13 +90,28 @@ bool MenuAgentTest::closesWithin(const std::function<void()>& action) {
 void MenuAgentTest::clickOpenButton(int row) {
     const auto window = desktop.popover();
     ASSERT_TRUE(window);
-    desktop.click({window->right() - shadow - 43, window->top() + 46 + 60 * row});
+    desktop.click({window->right() - screenGap - 43, window->top() + 46 + 60 * row});
 }
 
 void MenuAgentTest::clickCreateRow() {
     const auto window = desktop.popover();
     ASSERT_TRUE(window);
     desktop.click({window->center().x(), window->top() + 16 + 180 + 20});
+}
+
+void MenuAgentTest::openActionMenu() {
+    const auto window = desktop.popover();
+    ASSERT_TRUE(window);
+    desktop.click({window->right() - screenGap - 24, window->bottom() - shadow - 8 - 15});
+    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.menu().has_value(); }));
+}
+
+void MenuAgentTest::clickActionMenu(int item) {
+    openActionMenu();
+    const auto menu = desktop.menu();
+    ASSERT_TRUE(menu);
+    constexpr std::array places{18, 43, 78};
+    desktop.click({menu->center().x(), menu->top() + places.at(std::size_t(item))});
 }
 
 int MenuAgentTest::countInLog(const std::string& text) const {
@@ -116,6 +134,16 @@ std::vector<std::string> MenuAgentTest::requests() const {
 
 bool MenuAgentTest::waitForRequests(const std::vector<std::string>& expected) {
     return desktop.waitUntil([&] { return requests().size() >= expected.size(); }) && requests() == expected;
+}
+
+std::string MenuAgentTest::registeredEndpoint(const std::string& identifier) {
+    std::string answer;
+    EXPECT_EQ(desktop.run({"dbus-send", "--session", "--print-reply=literal",
+                           "--dest=com.velloren.velloren-mac.agent", "/com/velloren/EndPointHandling",
+                           "com.velloren.EndPointHandling.retrieveListenerEndpoint", "string:" + identifier},
+                          &answer),
+              0);
+    return QString::fromStdString(answer).trimmed().toStdString();
 }
 
 std::vector<pid_t> MenuAgentTest::mainAppProcesses() const {

@@ -17,6 +17,7 @@ class MenuAgentTest : public ::testing::Test {
   protected:
     inline static const std::string mainAppName = "com.velloren.velloren-mac";
     static const std::string binaries;
+    static const std::string listAccessibles; ///< a program; its argument is the name of an application
 
     MenuAgentTest();
     ~MenuAgentTest() override;
@@ -34,6 +35,9 @@ class MenuAgentTest : public ::testing::Test {
     bool closesWithin(const std::function<void()>& action);
     void clickOpenButton(int row);
     void clickCreateRow();
+    /// Clicks the button of the action menu, and what `item` rows below it is: 0 is the first that shows.
+    void openActionMenu();
+    void clickActionMenu(int item);
 
     [[nodiscard]] std::string log() const { return agent->output(); }
 
@@ -43,6 +47,8 @@ class MenuAgentTest : public ::testing::Test {
     [[nodiscard]] std::vector<std::string> requests() const;
     bool waitForRequests(const std::vector<std::string>& expected);
     [[nodiscard]] std::vector<pid_t> mainAppProcesses() const;
+    /// What the registry answers for the identifier; empty when nothing is registered.
+    [[nodiscard]] std::string registeredEndpoint(const std::string& identifier);
 
     VirtualDesktop desktop;
     std::unique_ptr<Process> agent;

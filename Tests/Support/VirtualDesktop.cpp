@@ -167,6 +167,14 @@ void VirtualDesktop::type(const std::string& key) const {
 }
 
 std::optional<QRect> VirtualDesktop::popover() const {
+    return agentWindow([](QSize size) { return size.width() >= 320; });
+}
+
+std::optional<QRect> VirtualDesktop::menu() const {
+    return agentWindow([](QSize size) { return size.width() < 320 && size.height() > 50; });
+}
+
+std::optional<QRect> VirtualDesktop::agentWindow(const std::function<bool(QSize)>& fits) const {
     std::string tree;
     run({"xwininfo", "-root", "-tree"}, &tree);
     // A line of a window: its number, "name", ("instance" "class"), size and place in its parent, place on
@@ -178,7 +186,7 @@ std::optional<QRect> VirtualDesktop::popover() const {
         const auto match = matches.next();
         const QRect geometry(match.captured(4).toInt(), match.captured(5).toInt(), match.captured(2).toInt(),
                              match.captured(3).toInt());
-        if (geometry.height() > 50 && isViewable(match.captured(1).toStdString()))
+        if (fits(geometry.size()) && isViewable(match.captured(1).toStdString()))
             return geometry;
     }
     return std::nullopt;

@@ -46,6 +46,9 @@ class VirtualDesktop {
     /// Starts one of the product's programs; its output goes to `folder() / name`.
     std::unique_ptr<Process> start(const std::string& name, const std::vector<std::string>& options = {});
 
+    /// Runs a command to its end. Its exit status; what it printed goes to `output`.
+    int run(const std::vector<std::string>& arguments, std::string* output = nullptr) const;
+
     void moveTo(QPoint place) const;
     /// 1 is the left button, 2 the middle one, 3 the right one.
     void click(QPoint place, int button = 1) const;
@@ -53,6 +56,8 @@ class VirtualDesktop {
 
     /// The window of the popover, shadow included; none while it is closed.
     [[nodiscard]] std::optional<QRect> popover() const;
+    /// The menu of the popover; none while it is closed.
+    [[nodiscard]] std::optional<QRect> menu() const;
     [[nodiscard]] QImage screen() const;
     /// Whether the icon has the blue of the highlight around it.
     [[nodiscard]] bool iconIsHighlighted() const;
@@ -64,7 +69,7 @@ class VirtualDesktop {
     void startDisplay();
     void writePanelSettings() const;
     [[nodiscard]] bool isViewable(const std::string& window) const;
-    int run(const std::vector<std::string>& arguments, std::string* output = nullptr) const;
+    [[nodiscard]] std::optional<QRect> agentWindow(const std::function<bool(QSize)>& fits) const;
 
     TemporaryDirectory home;
     std::vector<std::unique_ptr<EnvironmentVariable>> environment;

@@ -18,6 +18,8 @@ class OtherDelegate final : public ApplicationDelegate {
   public:
     void applicationDidFinishLaunching() override {}
 
+    void applicationShouldHandleReopen() override {}
+
     TerminateReply applicationShouldTerminate(const std::string&) override {
         return TerminateReply::TerminateNow;
     }

@@ -1,0 +1,83 @@
+#include "Tests/Integration/MenuAgentTest.h"
+
+#include <cstdlib>
+#include <fstream>
+
+namespace velloren {
+
+namespace {
+
+/// With a program of the test's own as the user's default for mail and for the web.
+class ActionMenuOnPanel : public MenuAgentTest {
+  protected:
+    ActionMenuOnPanel() {
+        const std::filesystem::path applications =
+            std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "applications";
+        std::filesystem::create_directories(applications);
+        const std::filesystem::path program = desktop.folder() / "open-link.sh";
+        std::ofstream(program) << "#!/bin/sh\necho \"$1\" >> " << openedFile().string() << "\n";
+        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+        std::ofstream(applications / "stub.desktop")
+            << "[Desktop Entry]\nType=Application\nName=Stub\nExec=" << program.string()
+            << " %u\nMimeType=x-scheme-handler/mailto;x-scheme-handler/https;\n";
+        std::ofstream(std::filesystem::path(std::getenv("XDG_CONFIG_HOME")) / "mimeapps.list")
+            << "[Default Applications]\nx-scheme-handler/mailto=stub.desktop\n"
+               "x-scheme-handler/https=stub.desktop\n";
+        startAgent();
+        openPopover();
+    }
+
+    [[nodiscard]] std::filesystem::path openedFile() const { return desktop.folder() / "opened"; }
+
+    /// What the default program was given; empty while it was given nothing.
+    std::string opened() {
+        std::string address;
+        desktop.waitUntil(
+            [&] { return static_cast<bool>(std::getline(std::ifstream(openedFile()), address)); });
+        return address;
+    }
+};
+
+} // namespace
+
+TEST_F(ActionMenuOnPanel, WritesToSupportWithTheDefaultMailProgram) {
+    clickActionMenu(0);
+    EXPECT_EQ(opened(), "mailto:support@velloren.example?subject=Velloren%20" VELLOREN_VERSION
+                        "%20(" VELLOREN_BUILD ")%20Support%20subject%20line");
+    EXPECT_FALSE(desktop.popover());
+}
+
+TEST_F(ActionMenuOnPanel, OpensTheHelpCentreInTheDefaultBrowser) {
+    clickActionMenu(1);
+    EXPECT_EQ(opened(), "https://help.velloren.example");
+    EXPECT_FALSE(desktop.popover());
+    EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.iconIsHighlighted(); }));
+}
+
+TEST_F(ActionMenuOnPanel, QuitsAndForgetsTheAgentsEndpoint) {
+    EXPECT_FALSE(registeredEndpoint(mainAppName + ".menu").empty());
+    clickActionMenu(2);
+    EXPECT_EQ(agent->wait(), 0);
+    const auto query = log().find("applicationShouldTerminate: <Application: velloren-menu>");
+    EXPECT_NE(query, std::string::npos);
+    EXPECT_NE(log().find("applicationWillTerminate applicationWillTerminate", query), std::string::npos);
+    EXPECT_TRUE(desktop.waitUntil([this] { return registeredEndpoint(mainAppName + ".menu").empty(); }));
+}
+
+TEST_F(ActionMenuOnPanel, LeavesThePopoverOpenWhenItIsDismissed) {
+    const std::vector<std::function<void()>> dismissals{
+        [this] { desktop.click(VirtualDesktop::elsewhere); },
+        [this] { desktop.type("Escape"); },
+        [this] { desktop.click(VirtualDesktop::icon); },
+    };
+    for (const auto& dismiss : dismissals) {
+        openActionMenu();
+        dismiss();
+        EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.menu(); }));
+        EXPECT_TRUE(desktop.popover());
+    }
+    EXPECT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::elsewhere); }));
+    EXPECT_FALSE(std::filesystem::exists(openedFile()));
+}
+
+} // namespace velloren

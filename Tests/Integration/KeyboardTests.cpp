@@ -1,0 +1,126 @@
+#include "Tests/Integration/MenuAgentTest.h"
+
+#include <QString>
+
+namespace velloren {
+
+namespace {
+
+using Keyboard = MenuAgentTest;
+
+/// A second start, which asks the running agent to show itself.
+class SecondStart : public MenuAgentTest {
+  protected:
+    int startAgain() { return desktop.run({binaries + "/velloren-menu"}); }
+};
+
+class ScreenReader : public MenuAgentTest {
+  protected:
+    ScreenReader() {
+        // Qt looks for the bus of the assistive programs once, and a desktop starts that before it.
+        desktop.run({"dbus-send", "--session", "--print-reply", "--dest=org.a11y.Bus", "/org/a11y/bus",
+                     "org.a11y.Bus.GetAddress"});
+    }
+
+    std::string accessibles(const std::vector<std::string>& action = {}) {
+        std::vector<std::string> arguments{"/usr/bin/python3", listAccessibles, "velloren-menu"};
+        arguments.insert(arguments.end(), action.begin(), action.end());
+        std::string printed;
+        desktop.run(arguments, &printed);
+        return printed;
+    }
+
+    EnvironmentVariable bridge{"QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1"};
+};
+
+} // namespace
+
+TEST_F(Keyboard, GoesThroughThePopoverFromTopToBottom) {
+    installStandIn();
+    startAgent();
+    // How often Tab is pressed, the key that acts, and what the main app is then asked.
+    const std::vector<std::tuple<int, std::string, std::string>> ways{
+        {1, "Return", "open demo-1"},
+        {3, "space", "open demo-3"},
+        {4, "Return", "create"},
+    };
+    std::vector<std::string> expected;
+    for (const auto& [tabs, key, request] : ways) {
+        openPopover();
+        for (int press = 0; press < tabs; ++press)
+            desktop.type("Tab");
+        EXPECT_TRUE(closesWithin([&] { desktop.type(key); }));
+        expected.push_back(request);
+        EXPECT_TRUE(waitForRequests(expected)) << request;
+    }
+}
+
+TEST_F(Keyboard, ClosesThePopoverWithEscapeAndOpensItsMenuWithSpace) {
+    startAgent();
+    openPopover();
+    for (int press = 0; press < 5; ++press)
+        desktop.type("Tab");
+    desktop.type("space");
+    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.menu().has_value(); }));
+    desktop.type("Escape");
+    EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.menu(); }));
+    EXPECT_TRUE(desktop.popover());
+    EXPECT_TRUE(closesWithin([this] { desktop.type("Escape"); }));
+    EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.iconIsHighlighted(); }));
+
+    openPopover();
+    openActionMenu();
+    desktop.type("Up");
+    desktop.type("Return");
+    EXPECT_EQ(agent->wait(), 0) << "the last item is Quit";
+}
+
+TEST_F(SecondStart, ShowsThePopoverOfTheFirstAtThePointer) {
+    startAgent();
+    desktop.moveTo({640, 300});
+    EXPECT_EQ(startAgain(), 0);
+    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.popover().has_value(); }));
+    EXPECT_NEAR(desktop.popover()->center().x(), 640, 4);
+    EXPECT_EQ(desktop.itemCount(), 1);
+
+    EXPECT_EQ(startAgain(), 0) << "it stays open";
+    EXPECT_TRUE(desktop.popover());
+    EXPECT_EQ(countInLog("MainViewController viewWillAppear()"), 1);
+    EXPECT_TRUE(closesWithin([this] { desktop.type("Escape"); }));
+}
+
+TEST_F(SecondStart, FailsWhenTheFirstDoesNotAnswer) {
+    startAgent();
+    agent->signal(SIGSTOP);
+    EXPECT_EQ(startAgain(), 1);
+    agent->signal(SIGCONT);
+}
+
+TEST_F(ScreenReader, IsToldTheNamesAndRolesOfAllControls) {
+    startAgent();
+    openPopover();
+    std::string shown;
+    EXPECT_TRUE(desktop.waitUntil([&] {
+        shown = accessibles();
+        return shown.find("More actions") != std::string::npos;
+    })) << shown;
+    for (const char* line :
+         {"dialog | Velloren | ", "push button | Open | Design review", "label | Today at ",
+          "push button | Create a new meeting | ", "push button | More actions | "})
+        EXPECT_NE(shown.find(line), std::string::npos) << line << "\n" << shown;
+    EXPECT_EQ(QString::fromStdString(shown).count(QStringLiteral("push button | Open | ")), 3);
+    EXPECT_EQ(shown.find("No upcoming meetings"), std::string::npos) << "its row is not shown";
+}
+
+TEST_F(ScreenReader, PressesTheButtons) {
+    installStandIn();
+    startAgent();
+    openPopover();
+    EXPECT_TRUE(closesWithin([this] { accessibles({"push button", "Create a new meeting", "Press"}); }));
+    EXPECT_TRUE(waitForRequests({"create"}));
+    openPopover();
+    accessibles({"push button", "More actions", "Press"});
+    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.menu().has_value(); }));
+}
+
+} // namespace velloren
