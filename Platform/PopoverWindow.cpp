@@ -4,8 +4,10 @@
 #include "Platform/Freedesktop/X11Display.h"
 #include "Platform/PopoverSurroundings.h"
 
+#include <QAbstractButton>
 #include <QCloseEvent>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QScreen>
 
@@ -104,8 +106,9 @@ PopoverWindow::PopoverWindow(const QRect& anchor)
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                    Qt::NoDropShadowWindowHint);
     setAttribute(Qt::WA_TranslucentBackground, composited);
-    setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
+    setWindowTitle(QGuiApplication::applicationDisplayName());
+    setFocus(); // else the first button has it, and looks pressed to somebody with a mouse
 }
 
 void PopoverWindow::setContent(QWidget& view) {
@@ -137,8 +140,10 @@ void PopoverWindow::place() {
         placePopover(anchor, size, screen->geometry(), screen->availableGeometry());
 
     const QMargins margins = marginsAround(placement.arrowEdge, composited ? popoverShadowMargin : rimMargin);
-    setGeometry(placement.frame.marginsAdded(margins));
-    frame.setGeometry(QRect(QPoint(margins.left(), margins.top()), placement.frame.size()));
+    // A window that reaches over the screen's edge gets moved away, too.
+    const QRect geometry = placement.frame.marginsAdded(margins).intersected(screen->geometry());
+    setGeometry(geometry);
+    frame.setGeometry(placement.frame.translated(-geometry.topLeft()));
     frame.setArrow(placement.arrowEdge, placement.arrowCentre);
     content->setGeometry(frame.contentRect());
     if (!composited) {
@@ -162,6 +167,22 @@ void PopoverWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
     if (event->spontaneous() && closeRequested)
         closeRequested();
+}
+
+void PopoverWindow::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+    case Qt::Key_Escape:
+        if (closeRequested)
+            closeRequested();
+        return;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (auto* button = qobject_cast<QAbstractButton*>(focusWidget()))
+            button->click();
+        return;
+    default:
+        Window::keyPressEvent(event);
+    }
 }
 
 bool PopoverWindow::eventFilter(QObject* watched, QEvent* event) {
