@@ -9,4 +9,7 @@ namespace velloren {
 [[noreturn]] void fatalError(std::string_view message, std::string_view file = __builtin_FILE(),
                              unsigned line = __builtin_LINE());
 
+/// Has `observer` told of the report before the process aborts; none tells nobody. Any thread.
+void setFatalErrorObserver(void (*observer)(std::string_view report));
+
 } // namespace velloren

@@ -1,9 +1,9 @@
 #include "VellorenMenu/Commands.h"
 
 #include "Platform/Bundle.h"
+#include "Platform/BundleVersions.h"
 #include "Platform/Workspace.h"
 #include "Shared/VApp.h"
-#include "VellorenMenu/BundleVersions.h"
 
 namespace velloren {
 

@@ -1,5 +1,6 @@
 #include "VellorenMenu/MenuAppDelegate.h"
 
+#include "CrashReporting/Crashlytics.h"
 #include "Platform/RunLoop.h"
 #include "Platform/UserDefaults.h"
 #include "Shared/VApp.h"
@@ -53,6 +54,7 @@ void MenuAppDelegate::applicationDidFinishLaunching() {
 void MenuAppDelegate::setupFabric() {
     Logger::sharedInstance().info("Setting up Fabric", delegateFunction("setupFabric()"));
     UserDefaults::standardUserDefaults().registerDefaults({{"NSApplicationCrashOnExceptions", "true"}});
+    Fabric::with({&Crashlytics::sharedInstance()});
 }
 
 ApplicationDelegate::TerminateReply MenuAppDelegate::applicationShouldTerminate(const std::string& sender) {

@@ -1,3 +1,4 @@
+#include "CrashReporting/LocalCrashlytics.h"
 #include "Platform/Accessibility.h"
 #include "Platform/Application.h"
 #include "Platform/Bundle.h"
@@ -9,6 +10,7 @@
 #include "Platform/Freedesktop/StatusNotifierBar.h"
 #include "Platform/Freedesktop/TerminationSignals.h"
 #include "Platform/Freedesktop/XInputEvents.h"
+#include "Platform/GuiApplication.h"
 #include "Platform/QtRunLoop.h"
 #include "Platform/SharedInstance.h"
 #include "Platform/UserDefaults.h"
@@ -19,7 +21,6 @@
 #include "Shared/VApp.h"
 #include "VellorenMenu/MenuAppDelegate.h"
 
-#include <QApplication>
 #include <QDBusConnection>
 #include <QTranslator>
 
@@ -36,7 +37,9 @@ class ProcessServices {
   public:
     explicit ProcessServices(const QDBusConnection& bus) {
         SharedInstance<RunLoop>::provide([] { return std::make_unique<QtRunLoop>(); });
-        SharedInstance<Logger>::provide([] { return std::make_unique<LocalLogger>("menu.log"); });
+        SharedInstance<Logger>::provide(
+            [] { return std::make_unique<LocalLogger>("menu.log", LocalCrashlytics::recordLine); });
+        SharedInstance<Crashlytics>::provide([] { return LocalCrashlytics::ofThisUser(); });
         SharedInstance<MeetingStore>::provide([] { return LocalMeetingStore::ofThisUser(); });
         SharedInstance<SyncManager>::provide([] { return LocalSyncManager::ofThisUser(); });
         SharedInstance<UserManager>::provide([] { return LocalUserManager::ofThisUser(); });
@@ -66,6 +69,7 @@ class ProcessServices {
         SharedInstance<UserManager>::reset();
         SharedInstance<SyncManager>::reset();
         SharedInstance<MeetingStore>::reset();
+        SharedInstance<Crashlytics>::reset();
         SharedInstance<Logger>::reset();
         SharedInstance<RunLoop>::reset();
     }
@@ -138,7 +142,7 @@ int main(int argc, char** argv) {
         !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         return fail("there is no display to show anything on");
 
-    const QApplication qtApplication(argc, argv);
+    const GuiApplication qtApplication(argc, argv);
     if (!QDBusConnection::sessionBus().isConnected())
         return fail("there is no session bus; start this program from a desktop session");
     QTranslator translator;

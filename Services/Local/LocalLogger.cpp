@@ -84,18 +84,41 @@ class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
     Clock::time_point nextAttempt = Clock::time_point::min();
 };
 
+class ObservedLines final : public spdlog::sinks::base_sink<std::mutex> {
+  public:
+    explicit ObservedLines(LocalLogger::LineObserver observer) : observer(std::move(observer)) {}
+
+  protected:
+    void sink_it_(const spdlog::details::log_msg& message) override {
+        spdlog::memory_buf_t line;
+        formatter_->format(message, line);
+        const std::string_view text(line.data(), line.size());
+        observer(text.substr(0, text.find_last_not_of('\n') + 1));
+    }
+
+    void flush_() override {}
+
+  private:
+    LocalLogger::LineObserver observer;
+};
+
 std::string shortened(const std::string& message) {
     return message.size() <= longestMessage ? message : message.substr(0, longestMessage) + "...";
 }
 
 } // namespace
 
-LocalLogger::LocalLogger(const std::string& fileName) : logger(std::make_unique<spdlog::logger>("velloren")) {
+LocalLogger::LocalLogger(const std::string& fileName, LineObserver observer)
+    : logger(std::make_unique<spdlog::logger>("velloren")) {
     auto standardError = std::make_shared<spdlog::sinks::stderr_sink_mt>();
     standardError->set_pattern(linePattern);
     logger->sinks().push_back(std::move(standardError));
     if (const auto folder = directories::state())
         logger->sinks().push_back(std::make_shared<LogFile>(*folder / fileName));
+    if (observer) {
+        logger->sinks().push_back(std::make_shared<ObservedLines>(std::move(observer)));
+        logger->sinks().back()->set_pattern(linePattern);
+    }
     logger->set_level(spdlog::level::debug);
     logger->set_error_handler([](const std::string&) {});
 }

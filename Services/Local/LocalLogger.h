@@ -2,8 +2,10 @@
 
 #include "Services/VLogger.h"
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace spdlog {
 class logger;
@@ -21,8 +23,11 @@ namespace velloren {
 /// minute.
 class LocalLogger final : public Logger {
   public:
-    /// `fileName` is the name in the state folder: "menu.log" for the agent.
-    explicit LocalLogger(const std::string& fileName);
+    /// Told of every line as it is written, without its end. Any thread.
+    using LineObserver = std::function<void(std::string_view line)>;
+
+    /// `fileName` is the name in the state folder: "menu.log" for the agent. No observer is told nothing.
+    explicit LocalLogger(const std::string& fileName, LineObserver observer = nullptr);
     ~LocalLogger() override;
 
   protected:

@@ -82,6 +82,7 @@ class AgentTest : public QtTest {
         SharedInstance<GlobalEvents>::reset();
         SharedInstance<Workspace>::reset();
         SharedInstance<UserDefaults>::reset();
+        SharedInstance<Crashlytics>::reset();
         SharedInstance<UserManager>::reset();
         SharedInstance<SyncManager>::reset();
         SharedInstance<MeetingStore>::reset();
@@ -104,6 +105,7 @@ class AgentTest : public QtTest {
     FakeGlobalEvents& events = FakeGlobalEvents::install();
     FakeStatusBar& statusBar = FakeStatusBar::install();
     FakeMeetingStore& store = FakeMeetingStore::install();
+    FakeCrashlytics& crashlytics = FakeCrashlytics::install();
     FakeSyncManager& sync = FakeSyncManager::install();
     FakeUserManager& users = FakeUserManager::install();
     FakeLink link; // outlives what the ends below keep of its connections

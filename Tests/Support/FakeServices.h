@@ -1,6 +1,8 @@
 #pragma once
 
+#include "CrashReporting/Crashlytics.h"
 #include "Platform/SharedInstance.h"
+#include "Platform/UserDefaults.h"
 #include "Services/VMeetingManager.h"
 #include "Services/VSyncManager.h"
 #include "Services/VUserManager.h"
@@ -38,6 +40,21 @@ class FakeSyncManager final : public SyncManager {
     bool syncing = false;
 
     bool isSyncing() override { return syncing; }
+};
+
+class FakeCrashlytics final : public Crashlytics {
+  public:
+    static FakeCrashlytics& install() {
+        SharedInstance<Crashlytics>::provide([] { return std::make_unique<FakeCrashlytics>(); });
+        return static_cast<FakeCrashlytics&>(Crashlytics::sharedInstance());
+    }
+
+    /// For each start, what the defaults then said of exceptions.
+    std::vector<std::optional<bool>> starts;
+
+    void start() override {
+        starts.push_back(UserDefaults::standardUserDefaults().boolForKey("NSApplicationCrashOnExceptions"));
+    }
 };
 
 class FakeUserManager final : public UserManager {

@@ -40,7 +40,7 @@ TEST_F(MenuAppDelegateTest, StartsInOrderAndTriesNothingWithoutAMainApp) {
     EXPECT_TRUE(registry.endpoints.contains(menuAgent));
     EXPECT_EQ(statusBar.lengthAskedFor, 28.0);
     EXPECT_EQ(delegate.icon().size(), QSize(28, 22));
-    EXPECT_EQ(UserDefaults::standardUserDefaults().boolForKey("NSApplicationCrashOnExceptions"), true);
+    EXPECT_THAT(crashlytics.starts, ElementsAre(true)) << "once, with the default registered";
     EXPECT_EQ(loop().pendingTimers(), 0u);
 }
 

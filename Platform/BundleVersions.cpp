@@ -1,4 +1,4 @@
-#include "VellorenMenu/BundleVersions.h"
+#include "Platform/BundleVersions.h"
 
 namespace velloren {
 

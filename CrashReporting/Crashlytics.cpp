@@ -1,0 +1,11 @@
+#include "CrashReporting/Crashlytics.h"
+
+#include "Platform/SharedInstance.h"
+
+namespace velloren {
+
+Crashlytics& Crashlytics::sharedInstance() {
+    return SharedInstance<Crashlytics>::get();
+}
+
+} // namespace velloren

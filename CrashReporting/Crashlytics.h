@@ -1,0 +1,14 @@
+#pragma once
+
+#include "CrashReporting/Fabric.h"
+
+namespace velloren {
+
+/// Reports the crashes of this process. Main thread only.
+class Crashlytics : public Kit {
+  public:
+    /// The one of this process, provided through SharedInstance<Crashlytics>.
+    static Crashlytics& sharedInstance();
+};
+
+} // namespace velloren

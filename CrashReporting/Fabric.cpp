@@ -1,0 +1,10 @@
+#include "CrashReporting/Fabric.h"
+
+namespace velloren {
+
+void Fabric::with(const std::vector<Kit*>& kits) {
+    for (Kit* kit : kits)
+        kit->start();
+}
+
+} // namespace velloren

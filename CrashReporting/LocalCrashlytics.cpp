@@ -1,0 +1,40 @@
+#include "CrashReporting/LocalCrashlytics.h"
+
+#include "CrashReporting/CrashFolder.h"
+#include "CrashReporting/CrashHandler.h"
+#include "CrashReporting/RecentLines.h"
+#include "Platform/BundleVersions.h"
+#include "Platform/Directories.h"
+#include "Platform/GuiApplication.h"
+#include "Platform/UserDefaults.h"
+#include "Services/Local/PrivateFolder.h"
+#include "Services/VLogger.h"
+
+namespace velloren {
+
+LocalCrashlytics::LocalCrashlytics(std::optional<std::filesystem::path> folder,
+                                   std::optional<std::string> version)
+    : folder(std::move(folder)), version(version.value_or("unknown version")) {}
+
+std::unique_ptr<LocalCrashlytics> LocalCrashlytics::ofThisUser() {
+    const auto state = directories::state();
+    return std::make_unique<LocalCrashlytics>(state ? std::optional(*state / "crashes") : std::nullopt,
+                                              appVersion(Bundle::mainBundle()));
+}
+
+void LocalCrashlytics::start() {
+    if (folder && createPrivateFolder(*folder))
+        keepNewestReports(*folder);
+    installCrashHandler(folder ? folder->string() : std::string(), version);
+    if (UserDefaults::standardUserDefaults().boolForKey("NSApplicationCrashOnExceptions") == false)
+        GuiApplication::setExceptionHandler([](const std::string& exception) {
+            Logger::sharedInstance().error("Uncaught exception: " + exception,
+                                           {"CrashReporting/LocalCrashlytics", "start()"});
+        });
+}
+
+void LocalCrashlytics::recordLine(std::string_view line) {
+    recentLines.append(line);
+}
+
+} // namespace velloren

@@ -1,0 +1,28 @@
+#include "CrashReporting/RecentLines.h"
+
+#include "CrashReporting/FixedText.h"
+
+#include <algorithm>
+
+namespace velloren {
+
+RecentLines recentLines;
+
+void RecentLines::append(std::string_view line) {
+    Line& place = lines[appended.fetch_add(1) % capacity];
+    place.length = 0; // a handler that reads meanwhile finds it empty
+    const std::size_t length = std::min(line.size(), place.text.size());
+    std::copy_n(line.begin(), length, place.text.begin());
+    place.length = length;
+}
+
+void RecentLines::writeTo(int descriptor) const {
+    const std::size_t end = appended;
+    for (std::size_t index = end - std::min(end, capacity); index < end; ++index) {
+        const Line& line = lines[index % capacity];
+        FixedText::write(descriptor, {line.text.data(), line.length});
+        FixedText::write(descriptor, "\n");
+    }
+}
+
+} // namespace velloren

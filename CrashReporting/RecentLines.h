@@ -1,0 +1,34 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <string_view>
+
+namespace velloren {
+
+/// The last lines of a log, in memory that a signal handler can read. A long line is cut.
+class RecentLines {
+  public:
+    /// Any thread.
+    void append(std::string_view line);
+
+    /// Writes the lines to a descriptor, oldest first. Async-signal-safe.
+    void writeTo(int descriptor) const;
+
+  private:
+    static constexpr std::size_t capacity = 50;
+
+    struct Line {
+        std::atomic<std::size_t> length = 0;
+        std::array<char, 512> text{};
+    };
+
+    std::array<Line, capacity> lines;
+    std::atomic<std::size_t> appended = 0;
+};
+
+/// Those of this process.
+extern RecentLines recentLines;
+
+} // namespace velloren

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QApplication>
+
+#include <functional>
+#include <string>
+
+namespace velloren {
+
+/// Qt's application object, which lets somebody decide about exceptions that reach the event loop. Main
+/// thread only.
+class GuiApplication final : public QApplication {
+    Q_OBJECT
+
+  public:
+    using QApplication::QApplication;
+
+    /// Is told of every such exception, by its description; the loop then goes on. Without a handler an
+    /// exception is uncaught, and ends the process where it was thrown.
+    static void setExceptionHandler(std::function<void(const std::string& exception)> handler);
+
+    bool notify(QObject* receiver, QEvent* event) override;
+};
+
+} // namespace velloren

@@ -1,0 +1,71 @@
+// Ends in the way that its first argument names. Its crashes are reported into the folder that is its second
+// argument; without one nothing is reported. A third argument is a file of user defaults.
+
+#include "CrashReporting/LocalCrashlytics.h"
+#include "Platform/FatalError.h"
+#include "Platform/GuiApplication.h"
+#include "Platform/SharedInstance.h"
+#include "Platform/UserDefaults.h"
+#include "Services/Local/LocalLogger.h"
+
+#include <QTimer>
+
+#include <csignal>
+#include <functional>
+#include <map>
+#include <span>
+#include <stdexcept>
+
+using namespace velloren;
+
+namespace {
+
+void* volatile nowhere = nullptr;
+
+void writeToNowhere() {
+    *static_cast<volatile int*>(nowhere) = 1;
+}
+
+void throwOne() {
+    throw std::runtime_error("the notes are gone");
+}
+
+int useUpTheStack(int depth) { // NOLINT(misc-no-recursion): that is how
+    volatile char page[4096];
+    page[0] = char(depth);
+    return depth < 0 ? page[0] : useUpTheStack(depth + 1) + page[0];
+}
+
+const std::map<std::string, std::function<void()>> ends{
+    {"segv", writeToNowhere},
+    {"abort", [] { std::abort(); }},
+    {"fatal-error", [] { fatalError("this cannot be", "Unit", 7); }},
+    {"throw", throwOne},
+    {"overflow", [] { useUpTheStack(0); }},
+    {"sent", [] { ::kill(::getpid(), SIGBUS); }},
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const std::span arguments(argv, std::size_t(argc));
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    SharedInstance<Logger>::provide(
+        [] { return std::make_unique<LocalLogger>("crash.log", LocalCrashlytics::recordLine); });
+    SharedInstance<UserDefaults>::provide(
+        [&] { return std::make_unique<UserDefaults>(arguments.size() > 3 ? arguments[3] : ""); });
+    UserDefaults::standardUserDefaults().registerDefaults({{"NSApplicationCrashOnExceptions", "true"}});
+    LocalCrashlytics reporter(arguments.size() > 2 ? std::optional(arguments[2]) : std::nullopt, "2.1 (57)");
+    if (arguments.size() > 2)
+        reporter.start();
+    for (int line = 1; line <= 60; ++line)
+        Logger::sharedInstance().info("line " + std::to_string(line) + ".", {"Crashing", "main"});
+
+    const std::string end = arguments[1];
+    if (end == "throw-in-main")
+        throwOne();
+    GuiApplication application(argc, argv);
+    QTimer::singleShot(0, &application, [&] { ends.at(end)(); });
+    QTimer::singleShot(0, &application, [] { QCoreApplication::exit(3); });
+    return QCoreApplication::exec();
+}
