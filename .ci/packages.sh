@@ -17,6 +17,10 @@ test_packages=(
     libxcb-xtest0-dev python3-gi xdg-utils
 )
 
+packaging_packages=(
+    appstream desktop-file-utils dpkg-dev file lintian
+)
+
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
 }

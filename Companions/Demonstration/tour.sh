@@ -63,7 +63,8 @@ open_popover() {
     wait_until "the popover" popover_geometry
 }
 
-# click_in_popover RIGHT DOWN: so far from its right edge and from its top. Its window ends at the screen's edge, 4 further.
+# click_in_popover RIGHT DOWN: so far from its right edge and from its top. Its window goes on to the screen's
+# edge, 4 further.
 click_in_popover() {
     popover_geometry
     click $((X + WIDTH - 4 - $1)) $((Y + $2))
@@ -131,6 +132,21 @@ tour_create() {
     picture meeting-created
 }
 
+menu_is_open() { [ "$(xdotool search --onlyvisible --class velloren-menu 2>/dev/null | wc -l)" -ge 2 ]; }
+
+tour_quit() {
+    step "The action menu; its last item ends the agent"
+    open_popover
+    click_in_popover 24 242
+    wait_until "the menu" menu_is_open
+    sleep 0.3
+    picture action-menu
+    xdotool key Up Return
+    prove "$agent_log" "applicationShouldTerminate: <Application: velloren-menu>"
+    prove "$agent_log" "applicationWillTerminate"
+    wait_until "the agent's end" popover_is_gone
+}
+
 take_tour() {
     agent_log=$session_folder/menu.log
     touch "$agent_log" "$request_log"
@@ -143,5 +159,6 @@ take_tour() {
     tour_open_meeting
     tour_fed_by_main_app
     tour_create
+    tour_quit
     printf '\nThe tour is complete. Its pictures are in %s\n' "$pictures"
 }

@@ -15,15 +15,16 @@
 #include <map>
 #include <span>
 #include <stdexcept>
+#include <sys/mman.h>
+#include <unistd.h>
 
 using namespace velloren;
 
 namespace {
 
-void* volatile nowhere = nullptr;
-
-void writeToNowhere() {
-    *static_cast<volatile int*>(nowhere) = 1;
+void writeToForbiddenPage() {
+    void* page = ::mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    *static_cast<volatile int*>(page) = 1;
 }
 
 void throwOne() {
@@ -37,7 +38,7 @@ int useUpTheStack(int depth) { // NOLINT(misc-no-recursion): that is how
 }
 
 const std::map<std::string, std::function<void()>> ends{
-    {"segv", writeToNowhere},
+    {"segv", writeToForbiddenPage},
     {"abort", [] { std::abort(); }},
     {"fatal-error", [] { fatalError("this cannot be", "Unit", 7); }},
     {"throw", throwOne},
