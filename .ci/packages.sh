@@ -14,7 +14,7 @@ desktop_packages=(
 
 test_packages=(
     at-spi2-core clang-format clang-tidy gir1.2-atspi-2.0 gir1.2-glib-2.0 libbenchmark-dev libgmock-dev libgtest-dev
-    libxcb-xtest0-dev python3-gi xdg-utils
+    libxcb-xtest0-dev python3-gi trayer xdg-utils
 )
 
 packaging_packages=(

@@ -6,6 +6,8 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QtEndian>
@@ -17,6 +19,9 @@ namespace velloren {
 namespace {
 
 constexpr std::array iconSides{16, 22, 24, 32, 48, 64};
+
+// Panels have trays of both kinds, and offer the older one first when they start.
+constexpr std::chrono::seconds patienceForHost(2);
 
 const QString itemPath = QStringLiteral("/StatusNotifierItem");
 const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
@@ -72,12 +77,17 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierToo
 }
 
 StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, Identity identity, QSize size)
-    : bus(bus), identity(std::move(identity)), itemButton(size) {
+    : bus(bus), identity(std::move(identity)), itemButton(size),
+      legacyIcon(itemButton, this->identity.title.toStdString(),
+                 [this](QPoint place) { pressed(place.x(), place.y()); }) {
     qDBusRegisterMetaType<StatusNotifierPixmap>();
     qDBusRegisterMetaType<StatusNotifierPixmaps>();
     qDBusRegisterMetaType<StatusNotifierToolTip>();
 
     itemButton.setDisplayHandler([this] { refreshIcon(); });
+    hostMissing.setSingleShot(true);
+    hostMissing.setInterval(patienceForHost);
+    connect(&hostMissing, &QTimer::timeout, this, [this] { legacyIcon.setWanted(true); });
     this->bus.registerObject(itemPath, this,
                              QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots |
                                  QDBusConnection::ExportAllSignals);
@@ -126,10 +136,16 @@ void StatusNotifierItem::followWatcher() {
             [this](const QString&, const QString&, const QString& newOwner) {
                 if (!newOwner.isEmpty())
                     registerWithWatcher();
+                askForHost();
             });
-    bus.connect(watcherService, watcherPath, watcherService, QStringLiteral("StatusNotifierHostRegistered"),
-                this, SLOT(registerWithWatcher()));
+    const auto follow = [this](const char* signal, const char* slot) {
+        bus.connect(watcherService, watcherPath, watcherService, QString::fromLatin1(signal), this, slot);
+    };
+    follow("StatusNotifierHostRegistered", SLOT(registerWithWatcher()));
+    follow("StatusNotifierHostRegistered", SLOT(askForHost()));
+    follow("StatusNotifierHostUnregistered", SLOT(askForHost()));
     registerWithWatcher();
+    askForHost();
 }
 
 void StatusNotifierItem::registerWithWatcher() {
@@ -140,10 +156,34 @@ void StatusNotifierItem::registerWithWatcher() {
     bus.send(call);
 }
 
+void StatusNotifierItem::askForHost() {
+    auto question = QDBusMessage::createMethodCall(watcherService, watcherPath,
+                                                   QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                   QStringLiteral("Get"));
+    question << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
+    question.setAutoStartService(false);
+    auto* answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
+        const QDBusPendingReply<QDBusVariant> reply = *answer;
+        hostKnown(!reply.isError() && reply.value().variant().toBool());
+        answer->deleteLater();
+    });
+}
+
+void StatusNotifierItem::hostKnown(bool hosted) {
+    if (hosted) {
+        hostMissing.stop();
+        legacyIcon.setWanted(false);
+    } else if (!hostMissing.isActive()) {
+        hostMissing.start();
+    }
+}
+
 void StatusNotifierItem::refreshIcon() {
     const StatusNotifierPixmaps shown = std::exchange(pixmaps, {});
     if (iconPixmap() != shown)
         Q_EMIT NewIcon();
+    legacyIcon.redraw();
 }
 
 void StatusNotifierItem::pressed(int x, int y) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Freedesktop/XEmbedIcon.h"
 #include "Platform/StatusBar.h"
 
 #include <QDBusArgument>
@@ -8,6 +9,7 @@
 #include <QDBusServiceWatcher>
 #include <QList>
 #include <QObject>
+#include <QTimer>
 
 namespace velloren {
 
@@ -34,7 +36,8 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierPix
 QDBusArgument& operator<<(QDBusArgument& argument, const StatusNotifierToolTip& toolTip);
 const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierToolTip& toolTip);
 
-/// A status item as an object on the session bus, with a bus name of its own.
+/// A status item as an object on the session bus, with a bus name of its own. While nobody hosts such items
+/// it stands in a tray of the older kind, if there is one.
 class StatusNotifierItem final : public QObject, public StatusItem, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -89,8 +92,10 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
 
   private Q_SLOTS:
     void registerWithWatcher();
+    void askForHost();
 
   private:
+    void hostKnown(bool hosted);
     void followWatcher();
     void refreshIcon();
     void pressed(int x, int y);
@@ -99,6 +104,8 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     Identity identity;
     StatusBarButton itemButton;
     QDBusServiceWatcher watcherOwner;
+    QTimer hostMissing;
+    XEmbedIcon legacyIcon;
     StatusNotifierPixmaps pixmaps;
 };
 

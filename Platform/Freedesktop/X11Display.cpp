@@ -3,19 +3,21 @@
 #include <QGuiApplication>
 #include <xcb/xcb.h>
 
-#include <string_view>
+#include <map>
+#include <string>
 
 namespace velloren::x11 {
 
-namespace {
-
-xcb_atom_t atomNamed(std::string_view name) {
+std::uint32_t atomNamed(std::string_view name) {
+    static std::map<std::string, xcb_atom_t, std::less<>> known;
+    if (const auto entry = known.find(name); entry != known.end())
+        return entry->second;
     const auto cookie = xcb_intern_atom(connection(), false, std::uint16_t(name.size()), name.data());
     const auto reply = owned(xcb_intern_atom_reply(connection(), cookie, nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    if (!reply)
+        return XCB_ATOM_NONE;
+    return known.emplace(name, reply->atom).first->second;
 }
-
-} // namespace
 
 xcb_connection_t* connection() {
     const auto* application = qApp->nativeInterface<QNativeInterface::QX11Application>();
@@ -25,9 +27,8 @@ xcb_connection_t* connection() {
 bool isComposited() {
     if (!connection())
         return true;
-    static const xcb_atom_t selection = atomNamed("_NET_WM_CM_S0");
     const auto reply = owned(xcb_get_selection_owner_reply(
-        connection(), xcb_get_selection_owner(connection(), selection), nullptr));
+        connection(), xcb_get_selection_owner(connection(), atomNamed("_NET_WM_CM_S0")), nullptr));
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 

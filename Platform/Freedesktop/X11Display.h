@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <string_view>
 
 struct xcb_connection_t;
 
@@ -10,6 +12,9 @@ namespace velloren::x11 {
 
 /// None when this process shows itself on something else.
 [[nodiscard]] xcb_connection_t* connection();
+
+/// The atom of that name, asked for once; 0 when the server does not answer.
+[[nodiscard]] std::uint32_t atomNamed(std::string_view name);
 
 /// Whether something blends windows with what lies behind them; where it is not known, yes. Without it a
 /// translucent window shows black.

@@ -33,6 +33,33 @@ TEST_F(IconInPanel, AppearsWhenThePanelDoesAndSurvivesItsCrash) {
     EXPECT_TRUE(agent->isRunning());
 }
 
+TEST_F(IconInPanel, StandsInATrayOfTheOlderKindWhereThereIsNoOther) {
+    desktop.stopPanel();
+    startAgent();
+    for (int round = 0; round < 2; ++round) {
+        const auto tray =
+            desktop.start("trayer", {"--edge", "bottom", "--align", "left", "--widthtype", "request"});
+        ASSERT_TRUE(desktop.waitUntil([this] { return desktop.legacyIcon().has_value(); }));
+        const QRect icon = *desktop.legacyIcon();
+        EXPECT_TRUE(desktop.waitUntil([&] {
+            desktop.click(icon.center());
+            return desktop.popover().has_value();
+        }));
+        EXPECT_NEAR(desktop.popover()->bottom(), icon.top(), 12);
+        EXPECT_TRUE(desktop.waitUntil([&] {
+            return desktop.screen().pixelColor(icon.center() - QPoint(0, icon.height() / 2 - 2)) ==
+                   QColor(0, 80, 255);
+        })) << "it is highlighted";
+        EXPECT_TRUE(closesWithin([&] { desktop.click(icon.center()); }));
+        tray->signal(SIGKILL);
+        tray->wait();
+        EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.legacyIcon(); }));
+    }
+    desktop.startPanel();
+    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
+    EXPECT_FALSE(desktop.legacyIcon());
+}
+
 TEST_F(IconInPanel, EndsWithAMessageWithoutASessionBus) {
     Process lost({binaries + "/velloren-menu"}, {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}},
                  desktop.folder() / "lost");

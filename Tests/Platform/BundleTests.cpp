@@ -1,6 +1,6 @@
+#include "Platform/BundleVersions.h"
 #include "Platform/SharedInstance.h"
 #include "Tests/Support/TemporaryDirectory.h"
-#include "Platform/BundleVersions.h"
 
 #include <gtest/gtest.h>
 

@@ -174,6 +174,10 @@ std::optional<QRect> VirtualDesktop::menu() const {
     return agentWindow([](QSize size) { return size.width() < 320 && size.height() > 50; });
 }
 
+std::optional<QRect> VirtualDesktop::legacyIcon() const {
+    return agentWindow([](QSize size) { return size.width() >= 16 && size.width() <= 50; });
+}
+
 std::optional<QRect> VirtualDesktop::agentWindow(const std::function<bool(QSize)>& fits) const {
     std::string tree;
     run({"xwininfo", "-root", "-tree"}, &tree);

@@ -58,6 +58,8 @@ class VirtualDesktop {
     [[nodiscard]] std::optional<QRect> popover() const;
     /// The menu of the popover; none while it is closed.
     [[nodiscard]] std::optional<QRect> menu() const;
+    /// The icon's window in a tray that takes in windows; none while it is in none.
+    [[nodiscard]] std::optional<QRect> legacyIcon() const;
     [[nodiscard]] QImage screen() const;
     /// Whether the icon has the blue of the highlight around it.
     [[nodiscard]] bool iconIsHighlighted() const;
