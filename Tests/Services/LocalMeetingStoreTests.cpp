@@ -200,17 +200,14 @@ TEST_F(LocalMeetingStoreTest, CannotReadAStoreWhoseRecoveryDoesNotEnd) {
         lock.l_len = 8;
         const char locked = ::fcntl(index, F_SETLK, &lock) == 0 ? 'y' : 'n';
         if (::write(ready[1], &locked, 1) == 1)
-            ::pause();
+            ::sleep(8); // less than SQLite itself would wait: a store that waited would find its meetings
         ::_exit(1);
     }
     char locked = 'n';
     EXPECT_EQ(::read(ready[0], &locked, 1), 1);
     EXPECT_EQ(locked, 'y');
 
-    const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(store.upcomingMeetings(true), std::nullopt);
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5))
-        << "SQLite itself tries for 10 s";
     ::kill(recovering, SIGKILL);
     ::waitpid(recovering, nullptr, 0);
     ::close(ready[0]);

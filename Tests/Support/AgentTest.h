@@ -2,9 +2,8 @@
 
 #include "Platform/Application.h"
 #include "Platform/UserDefaults.h"
-#include "Shared/Communication.h"
-#include "Shared/EndPointHandling.h"
 #include "Tests/Support/FakeDesktop.h"
+#include "Tests/Support/FakeEnds.h"
 #include "Tests/Support/FakeLink.h"
 #include "Tests/Support/FakeServices.h"
 #include "Tests/Support/FakeWorkspace.h"
@@ -12,10 +11,7 @@
 #include "Tests/Support/QtTest.h"
 #include "Tests/Support/RecordingLogger.h"
 
-#include <map>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace velloren {
 
@@ -24,50 +20,6 @@ class AgentTest : public QtTest {
   protected:
     inline static const std::string mainApp = "com.velloren.velloren-mac";
     inline static const std::string menuAgent = "com.velloren.velloren-mac.menu";
-
-    class TestRegistry final : public EndPointHandling {
-      public:
-        std::map<std::string, Endpoint> endpoints;
-        bool stores = true;
-
-        void registerListenerEndpoint(const Endpoint& endpoint, const std::string& identifier,
-                                      Stored stored) override {
-            if (stores)
-                endpoints.insert_or_assign(identifier, endpoint);
-            stored(stores);
-        }
-
-        void retrieveListenerEndpoint(const std::string& identifier, Retrieved retrieved) override {
-            const auto found = endpoints.find(identifier);
-            retrieved(found == endpoints.end() ? std::nullopt : std::optional(found->second));
-        }
-
-        void removeListenerEndpoint(const std::string& identifier) override { endpoints.erase(identifier); }
-    };
-
-    class TestMainApp final : public Communication {
-      public:
-        std::vector<std::string> requests;
-        Meetings meetings;
-        std::vector<MeetingsReply> withheld;
-        bool withholds = false;
-
-        void openMeetingWithId(const std::string& id) override { requests.push_back("open " + id); }
-
-        void createNewMeeting() override { requests.push_back("create"); }
-
-        void fetchUpcomingMeetings(MeetingsReply reply) override {
-            requests.push_back("fetch");
-            if (withholds)
-                withheld.push_back(std::move(reply));
-            else
-                reply(meetings);
-        }
-
-        void displaySyncing() override {}
-
-        void displayNotSyncing() override {}
-    };
 
     AgentTest() {
         SharedInstance<RunLoop>::provide([] { return std::make_unique<ManualRunLoop>(); });

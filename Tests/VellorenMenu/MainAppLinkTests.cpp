@@ -1,5 +1,5 @@
 #include "Platform/SharedInstance.h"
-#include "Shared/EndPointHandling.h"
+#include "Tests/Support/FakeEnds.h"
 #include "Tests/Support/FakeLink.h"
 #include "Tests/Support/FakeWorkspace.h"
 #include "Tests/Support/ManualRunLoop.h"
@@ -22,44 +22,6 @@ using ::testing::StartsWith;
 
 const std::string mainApp = "com.velloren.velloren-mac";
 const std::string registryName = "com.velloren.velloren-mac.agent";
-
-class TestRegistry final : public EndPointHandling {
-  public:
-    std::optional<Endpoint> endpoint;
-    bool silent = false;
-    std::vector<Retrieved> withheld;
-    int retrievals = 0;
-
-    void registerListenerEndpoint(const Endpoint&, const std::string&, Stored stored) override {
-        stored(true);
-    }
-
-    void retrieveListenerEndpoint(const std::string& identifier, Retrieved retrieved) override {
-        ++retrievals;
-        if (silent)
-            withheld.push_back(std::move(retrieved));
-        else
-            retrieved(identifier == mainApp ? endpoint : std::nullopt);
-    }
-
-    void removeListenerEndpoint(const std::string&) override {}
-};
-
-class TestMainApp final : public Communication {
-  public:
-    std::vector<std::string> requests;
-    Meetings meetings;
-
-    void openMeetingWithId(const std::string& id) override { requests.push_back("open " + id); }
-
-    void createNewMeeting() override { requests.push_back("create"); }
-
-    void fetchUpcomingMeetings(MeetingsReply reply) override { reply(meetings); }
-
-    void displaySyncing() override {}
-
-    void displayNotSyncing() override {}
-};
 
 class OpenedMainAppLink final : public MainAppLink {
   public:
@@ -87,7 +49,7 @@ class MainAppLinkTest : public ::testing::Test {
     static ManualRunLoop& loop() { return ManualRunLoop::shared(); }
 
     void connect() {
-        registry.endpoint = endpoint;
+        registry.endpoints.insert_or_assign(mainApp, endpoint);
         delegate.setupMainAppCallerConnection(nullptr);
         loop().runPending();
         log.clear();
@@ -146,7 +108,7 @@ TEST_F(MainAppConnection, OnTheThirdAttemptResetsTheCounterAndEndsTheChain) {
     delegate.createNewMeeting();
     delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
     loop().advance(RunLoop::Seconds(0.7));
-    registry.endpoint = endpoint;
+    registry.endpoints.insert_or_assign(mainApp, endpoint);
     loop().advance(RunLoop::Seconds(0.3));
     EXPECT_EQ(registry.retrievals, 3);
     EXPECT_EQ(delegate.autoRetryConnectionAttempt, 0);
@@ -190,7 +152,7 @@ TEST_F(MainAppConnection, IsClearedUpWhenItBreaksAndNotMadeAgainByItself) {
 
 TEST_F(MainAppConnection, IsClearedUpWhenTheEndpointIsDead) {
     link.stop(endpoint);
-    registry.endpoint = endpoint;
+    registry.endpoints.insert_or_assign(mainApp, endpoint);
     delegate.setupMainAppCallerConnection(nullptr);
     loop().runPending();
     EXPECT_EQ(count("XPC mainAppCallerConnection is invalidated"), 1);
@@ -208,7 +170,7 @@ TEST_F(MainAppConnection, SaysNothingMoreOnceItWasClearedUp) {
 }
 
 TEST_F(MainAppConnection, IsReplacedByEachEndpointThatArrivesLate) {
-    registry.silent = true;
+    registry.withholds = true;
     delegate.setupMainAppCallerConnection(nullptr);
     delegate.setupMainAppCallerConnection(nullptr);
     ASSERT_EQ(registry.withheld.size(), 2u);
@@ -222,7 +184,7 @@ TEST_F(MainAppConnection, IsReplacedByEachEndpointThatArrivesLate) {
 }
 
 TEST_F(MainAppConnection, KeepsTheRegistryHandlerUntilItsReply) {
-    registry.silent = true;
+    registry.withholds = true;
     delegate.setupMainAppCallerConnection(nullptr);
     EXPECT_EQ(link.openConnections, 1);
     registry.withheld.front()(std::nullopt);
@@ -297,7 +259,7 @@ TEST_F(DeferredOperations, AreSentOldestFirstAfterTheConnectionIsMade) {
                     HasSubstr("Launching"), HasSubstr("Open meeting B operation is recorded"),
                     HasSubstr("Launching")));
     log.clear();
-    registry.endpoint = endpoint;
+    registry.endpoints.insert_or_assign(mainApp, endpoint);
     delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
     loop().runPending();
     EXPECT_THAT(mainAppObject.requests, ElementsAre("open A", "create", "open B"));

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Shared/Communication.h"
+#include "Shared/EndPointHandling.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velloren {
+
+/// A registry that answers at once, or keeps the questions.
+class TestRegistry final : public EndPointHandling {
+  public:
+    std::map<std::string, Endpoint> endpoints;
+    bool stores = true;
+    bool withholds = false;
+    std::vector<Retrieved> withheld;
+    int retrievals = 0;
+
+    void registerListenerEndpoint(const Endpoint& endpoint, const std::string& identifier,
+                                  Stored stored) override {
+        if (stores)
+            endpoints.insert_or_assign(identifier, endpoint);
+        stored(stores);
+    }
+
+    void retrieveListenerEndpoint(const std::string& identifier, Retrieved retrieved) override {
+        ++retrievals;
+        const auto found = endpoints.find(identifier);
+        if (withholds)
+            withheld.push_back(std::move(retrieved));
+        else
+            retrieved(found == endpoints.end() ? std::nullopt : std::optional(found->second));
+    }
+
+    void removeListenerEndpoint(const std::string& identifier) override { endpoints.erase(identifier); }
+};
+
+/// A main app that lists what it is asked, and answers at once or keeps the questions.
+class TestMainApp final : public Communication {
+  public:
+    std::vector<std::string> requests;
+    Meetings meetings;
+    std::vector<MeetingsReply> withheld;
+    bool withholds = false;
+
+    void openMeetingWithId(const std::string& id) override { requests.push_back("open " + id); }
+
+    void createNewMeeting() override { requests.push_back("create"); }
+
+    void fetchUpcomingMeetings(MeetingsReply reply) override {
+        requests.push_back("fetch");
+        if (withholds)
+            withheld.push_back(std::move(reply));
+        else
+            reply(meetings);
+    }
+
+    void displaySyncing() override {}
+
+    void displayNotSyncing() override {}
+};
+
+} // namespace velloren
