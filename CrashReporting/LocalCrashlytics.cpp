@@ -13,7 +13,7 @@
 namespace velloren {
 
 LocalCrashlytics::LocalCrashlytics(std::optional<std::filesystem::path> folder,
-                                   std::optional<std::string> version)
+                                   const std::optional<std::string>& version)
     : folder(std::move(folder)), version(version.value_or("unknown version")) {}
 
 std::unique_ptr<LocalCrashlytics> LocalCrashlytics::ofThisUser() {

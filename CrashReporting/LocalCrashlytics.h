@@ -20,7 +20,7 @@ class LocalCrashlytics final : public Crashlytics {
   public:
     /// `folder` is made when needed; none, or one that cannot be made, keeps no reports. `version` is shown
     /// in them; none is unknown.
-    LocalCrashlytics(std::optional<std::filesystem::path> folder, std::optional<std::string> version);
+    LocalCrashlytics(std::optional<std::filesystem::path> folder, const std::optional<std::string>& version);
 
     /// With the reports in the product's state folder, and the program's own version.
     static std::unique_ptr<LocalCrashlytics> ofThisUser();

@@ -3,7 +3,10 @@
 #include "Platform/Event.h"
 #include "Platform/Subscription.h"
 
+#include <cstddef>
 #include <functional>
+#include <list>
+#include <vector>
 
 namespace velloren {
 
@@ -27,6 +30,28 @@ class GlobalEvents {
     /// Whether the click that is under way, or has just ended, began with a press that a monitor was told of.
     /// Answers yes once per press: what is asking then takes the click for one that has had its effect.
     [[nodiscard]] virtual bool takeClickSeenByMonitor() = 0;
+};
+
+/// The monitors of whoever implements GlobalEvents. A handler may end its own monitor or another.
+class GlobalEventMonitors {
+  public:
+    /// Adds one for as long as the result lives; `changed` is called after both.
+    Subscription add(EventMask mask, GlobalEvents::Handler handler, std::function<void()> changed = nullptr);
+
+    [[nodiscard]] bool empty() const { return monitors.empty(); }
+
+    [[nodiscard]] std::size_t size() const { return monitors.size(); }
+
+    /// The handlers of the monitors whose mask has a bit in common with `mask`.
+    [[nodiscard]] std::vector<GlobalEvents::Handler> handlersFor(EventMask mask) const;
+
+  private:
+    struct Monitor {
+        EventMask mask;
+        GlobalEvents::Handler handler;
+    };
+
+    std::list<Monitor> monitors;
 };
 
 } // namespace velloren

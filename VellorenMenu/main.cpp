@@ -7,6 +7,7 @@
 #include "Platform/Freedesktop/DBusWorkspace.h"
 #include "Platform/Freedesktop/DesktopApplication.h"
 #include "Platform/Freedesktop/DesktopSettings.h"
+#include "Platform/Freedesktop/FocusEvents.h"
 #include "Platform/Freedesktop/StatusNotifierBar.h"
 #include "Platform/Freedesktop/TerminationSignals.h"
 #include "Platform/Freedesktop/XInputEvents.h"
@@ -49,7 +50,7 @@ class ProcessServices {
             return std::make_unique<DBusWorkspace>(
                 bus, std::vector{VApp(VApp::main).bundleIdentifier(), VApp(VApp::menu).bundleIdentifier()});
         });
-        SharedInstance<GlobalEvents>::provide([] { return std::make_unique<XInputEvents>(); });
+        SharedInstance<GlobalEvents>::provide(&globalEvents);
         SharedInstance<StatusBar>::provide([bus] {
             const auto& identifier = VApp(VApp::menu).bundleIdentifier();
             return std::make_unique<StatusNotifierBar>(bus, QString::fromStdString(identifier),
@@ -75,6 +76,12 @@ class ProcessServices {
     }
 
   private:
+    static std::unique_ptr<GlobalEvents> globalEvents() {
+        if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
+            return std::make_unique<FocusEvents>();
+        return std::make_unique<XInputEvents>();
+    }
+
     static std::filesystem::path defaultsFile() {
         const auto folder = directories::configuration();
         return folder ? *folder / (VApp(VApp::menu).bundleIdentifier() + ".ini") : std::filesystem::path();
@@ -142,6 +149,9 @@ int main(int argc, char** argv) {
         !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         return fail("there is no display to show anything on");
 
+    // A Wayland surface has no say in where it goes, and the popover belongs below its icon.
+    if (qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb;wayland");
     const GuiApplication qtApplication(argc, argv);
     if (!QDBusConnection::sessionBus().isConnected())
         return fail("there is no session bus; start this program from a desktop session");

@@ -9,7 +9,6 @@
 #include <xcb/xinput.h>
 
 #include <optional>
-#include <vector>
 
 namespace velloren {
 
@@ -63,17 +62,11 @@ XInputEvents::XInputEvents() {
 }
 
 XInputEvents::~XInputEvents() {
-    monitors.clear();
     setClick(Click::NotSeen);
 }
 
 Subscription XInputEvents::addMonitorForEventsMatchingMask(EventMask mask, Handler handler) {
-    const auto monitor = monitors.insert(monitors.end(), {mask, std::move(handler)});
-    selectWhatIsNeeded();
-    return Subscription([this, monitor] {
-        monitors.erase(monitor);
-        selectWhatIsNeeded();
-    });
+    return monitors.add(mask, std::move(handler), [this] { selectWhatIsNeeded(); });
 }
 
 bool XInputEvents::takeClickSeenByMonitor() {
@@ -103,11 +96,7 @@ void XInputEvents::pressed(unsigned button) {
     if (!type || isForThisProcess(position))
         return;
 
-    std::vector<Handler> told; // a handler may end its own or another monitor
-    for (const Monitor& monitor : monitors) {
-        if (monitor.mask & maskOf(*type))
-            told.push_back(monitor.handler);
-    }
+    const auto told = monitors.handlersFor(maskOf(*type));
     if (told.empty())
         return;
     clickButton = button;

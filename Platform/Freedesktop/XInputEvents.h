@@ -6,7 +6,6 @@
 #include <QTimer>
 
 #include <cstdint>
-#include <list>
 
 struct xcb_connection_t;
 
@@ -24,11 +23,6 @@ class XInputEvents final : public GlobalEvents, private QAbstractNativeEventFilt
     bool takeClickSeenByMonitor() override;
 
   private:
-    struct Monitor {
-        EventMask mask;
-        Handler handler;
-    };
-
     enum class Click { NotSeen, Pressed, Released };
 
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
@@ -37,7 +31,7 @@ class XInputEvents final : public GlobalEvents, private QAbstractNativeEventFilt
     void setClick(Click next);
     void selectWhatIsNeeded();
 
-    std::list<Monitor> monitors;
+    GlobalEventMonitors monitors;
     Click click = Click::NotSeen;
     unsigned clickButton = 0;
     QTimer clickEnd;

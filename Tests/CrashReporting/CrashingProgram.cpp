@@ -48,7 +48,7 @@ const std::map<std::string, std::function<void()>> ends{
 
 } // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) { // NOLINT(bugprone-exception-escape): that is one of the ends
     const std::span arguments(argv, std::size_t(argc));
     qputenv("QT_QPA_PLATFORM", "offscreen");
     SharedInstance<Logger>::provide(

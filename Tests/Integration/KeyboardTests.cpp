@@ -38,20 +38,22 @@ class ScreenReader : public MenuAgentTest {
 TEST_F(Keyboard, GoesThroughThePopoverFromTopToBottom) {
     installStandIn();
     startAgent();
-    // How often Tab is pressed, the key that acts, and what the main app is then asked.
-    const std::vector<std::tuple<int, std::string, std::string>> ways{
-        {1, "Return", "open demo-1"},
-        {3, "space", "open demo-3"},
-        {4, "Return", "create"},
+
+    struct Way {
+        int tabs;
+        const char* key;
+        const char* request; ///< what the main app is then asked
     };
+
     std::vector<std::string> expected;
-    for (const auto& [tabs, key, request] : ways) {
+    for (const Way& way :
+         {Way{1, "Return", "open demo-1"}, Way{3, "space", "open demo-3"}, Way{4, "Return", "create"}}) {
         openPopover();
-        for (int press = 0; press < tabs; ++press)
+        for (int press = 0; press < way.tabs; ++press)
             desktop.type("Tab");
-        EXPECT_TRUE(closesWithin([&] { desktop.type(key); }));
-        expected.push_back(request);
-        EXPECT_TRUE(waitForRequests(expected)) << request;
+        EXPECT_TRUE(closesWithin([&] { desktop.type(way.key); }));
+        expected.emplace_back(way.request);
+        EXPECT_TRUE(waitForRequests(expected)) << way.request;
     }
 }
 

@@ -120,6 +120,24 @@ TEST_F(PopoverOnPanel, StaysOpenOnAMiddleClickOnTypingAndOnClicksInside) {
     EXPECT_EQ(countInLog("MainViewController viewWillAppear()"), 2) << "it was open all the time";
 }
 
+TEST_F(PopoverOnPanel, ClosesInAWaylandSessionWhenItLosesTheFocus) {
+    const EnvironmentVariable session("WAYLAND_DISPLAY", "wayland-0");
+    startAgent();
+    const auto mainApp = desktop.start(binaries + "/velloren-main");
+    ASSERT_TRUE(desktop.waitUntil([this] {
+        return desktop.run({"xdotool", "search", "--onlyvisible", "--class", "velloren-main"}) == 0;
+    }));
+    openPopover();
+    openActionMenu();
+    desktop.type("Escape");
+    EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.menu(); }));
+    EXPECT_TRUE(desktop.popover()) << "its own menu takes nothing away from it";
+    EXPECT_TRUE(closesWithin([this] {
+        desktop.run({"xdotool", "search", "--onlyvisible", "--class", "velloren-main", "windowactivate"});
+    }));
+    EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.iconIsHighlighted(); }));
+}
+
 TEST_F(PopoverOnPanel, HangsBelowThePanelWithItsArrowAtTheIcon) {
     startAgent();
     openPopover();

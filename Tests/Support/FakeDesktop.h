@@ -4,7 +4,6 @@
 #include "Platform/SharedInstance.h"
 #include "Platform/StatusBar.h"
 
-#include <list>
 #include <memory>
 #include <utility>
 
@@ -23,28 +22,23 @@ class FakeGlobalEvents final : public GlobalEvents {
     [[nodiscard]] std::size_t monitorCount() const { return monitors.size(); }
 
     void post(const Event& event) {
-        const auto told = monitors;
-        for (const auto& [mask, handler] : told) {
-            if (mask & maskOf(event.type))
-                handler(&event);
-        }
+        for (const Handler& handler : monitors.handlersFor(maskOf(event.type)))
+            handler(&event);
     }
 
     void postWithoutEvent() {
-        const auto told = monitors;
-        for (const auto& [mask, handler] : told)
+        for (const Handler& handler : monitors.handlersFor(~EventMask{0}))
             handler(nullptr);
     }
 
     Subscription addMonitorForEventsMatchingMask(EventMask mask, Handler handler) override {
-        const auto monitor = monitors.insert(monitors.end(), {mask, std::move(handler)});
-        return Subscription([this, monitor] { monitors.erase(monitor); });
+        return monitors.add(mask, std::move(handler));
     }
 
     bool takeClickSeenByMonitor() override { return std::exchange(clickSeenByMonitor, false); }
 
   private:
-    std::list<std::pair<EventMask, Handler>> monitors;
+    GlobalEventMonitors monitors;
 };
 
 /// A bar whose item's button is a view nobody shows, or that gives its item no button at all.
