@@ -100,6 +100,8 @@ void writeReport(int report, const Crash& crash) {
 }
 
 void report(const Crash& crash) {
+    if (folderOfReports.view().empty())
+        return;
     const FixedText path = pathOfReport(crash);
     const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (file < 0)

@@ -1,5 +1,5 @@
 // Ends in the way that its first argument names. Its crashes are reported into the folder that is its second
-// argument; without one nothing is reported. A third argument is a file of user defaults.
+// argument, or nowhere; without one nothing is started. A third argument is a file of user defaults.
 
 #include "CrashReporting/LocalCrashlytics.h"
 #include "Platform/FatalError.h"
@@ -56,7 +56,8 @@ int main(int argc, char** argv) { // NOLINT(bugprone-exception-escape): that is 
     SharedInstance<UserDefaults>::provide(
         [&] { return std::make_unique<UserDefaults>(arguments.size() > 3 ? arguments[3] : ""); });
     UserDefaults::standardUserDefaults().registerDefaults({{"NSApplicationCrashOnExceptions", "true"}});
-    LocalCrashlytics reporter(arguments.size() > 2 ? std::optional(arguments[2]) : std::nullopt, "2.1 (57)");
+    const std::string_view folder = arguments.size() > 2 ? arguments[2] : "";
+    LocalCrashlytics reporter(folder == "nowhere" ? std::nullopt : std::optional(folder), "2.1 (57)");
     if (arguments.size() > 2)
         reporter.start();
     for (int line = 1; line <= 60; ++line)
