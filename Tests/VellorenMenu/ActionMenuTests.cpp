@@ -76,6 +76,12 @@ TEST_F(SupportCommandTest, LeavesOutAVersionThatIsNotThereAndDoesNotMindARefusal
                 ElementsAre("mailto:support@velloren.example?subject=Velloren%20Support%20subject%20line"));
 }
 
+TEST_F(SupportCommandTest, FailsWhereTheSubjectCannotBeEncoded) {
+    setVersion("2.1 \\ud800", "\"57\"");
+    EXPECT_THAT(statesOfARun(), ElementsAre(CommandState::executing, CommandState::failed));
+    EXPECT_THAT(workspace.openedURLs, IsEmpty());
+}
+
 TEST_F(SupportCommandTest, SpeaksTheUsersLanguage) {
     setVersion("1", "\"2\"");
     QTranslator translator;
