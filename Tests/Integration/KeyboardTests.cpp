@@ -6,7 +6,18 @@ namespace velloren {
 
 namespace {
 
-using Keyboard = MenuAgentTest;
+class Keyboard : public MenuAgentTest {
+  protected:
+    /// Opens the popover and waits until keys go to it.
+    void openFocusedPopover() {
+        openPopover();
+        EXPECT_TRUE(desktop.waitUntil([this] {
+            std::string title;
+            return desktop.run({"xdotool", "getwindowfocus", "getwindowname"}, &title) == 0 &&
+                   title == "Velloren\n";
+        }));
+    }
+};
 
 /// A second start, which asks the running agent to show itself.
 class SecondStart : public MenuAgentTest {
@@ -48,7 +59,7 @@ TEST_F(Keyboard, GoesThroughThePopoverFromTopToBottom) {
     std::vector<std::string> expected;
     for (const Way& way :
          {Way{1, "Return", "open demo-1"}, Way{3, "space", "open demo-3"}, Way{4, "Return", "create"}}) {
-        openPopover();
+        openFocusedPopover();
         for (int press = 0; press < way.tabs; ++press)
             desktop.type("Tab");
         EXPECT_TRUE(closesWithin([&] { desktop.type(way.key); }));
@@ -59,7 +70,7 @@ TEST_F(Keyboard, GoesThroughThePopoverFromTopToBottom) {
 
 TEST_F(Keyboard, ClosesThePopoverWithEscapeAndOpensItsMenuWithSpace) {
     startAgent();
-    openPopover();
+    openFocusedPopover();
     for (int press = 0; press < 5; ++press)
         desktop.type("Tab");
     desktop.type("space");
@@ -70,7 +81,7 @@ TEST_F(Keyboard, ClosesThePopoverWithEscapeAndOpensItsMenuWithSpace) {
     EXPECT_TRUE(closesWithin([this] { desktop.type("Escape"); }));
     EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.iconIsHighlighted(); }));
 
-    openPopover();
+    openFocusedPopover();
     openActionMenu();
     desktop.type("Up");
     desktop.type("Return");
