@@ -82,6 +82,14 @@ void MenuAgentTest::openPopover() {
     }));
 }
 
+bool MenuAgentTest::popoverGetsKeys() {
+    return desktop.waitUntil([this] {
+        std::string title;
+        return desktop.run({"xdotool", "getwindowfocus", "getwindowname"}, &title) == 0 &&
+               title == "Velloren\n";
+    });
+}
+
 bool MenuAgentTest::closesWithin(const std::function<void()>& action) {
     action();
     return desktop.waitUntil([this] { return !desktop.popover(); });

@@ -32,6 +32,8 @@ class MenuAgentTest : public ::testing::Test {
 
     /// Clicks the icon until the popover is open.
     void openPopover();
+    /// Whether what is typed comes to go to the popover.
+    bool popoverGetsKeys();
     bool closesWithin(const std::function<void()>& action);
     void clickOpenButton(int row);
     void clickCreateRow();
