@@ -68,7 +68,16 @@ end_session() {
     exit "$status"
 }
 
+agent_runs_already() {
+    dbus-send --session --print-reply --dest=org.freedesktop.DBus /org/freedesktop/DBus \
+        org.freedesktop.DBus.NameHasOwner string:com.velloren.velloren-mac.menu 2>/dev/null | grep -q 'boolean true'
+}
+
 show_on_this_desktop() {
+    if agent_runs_already; then
+        echo "run: the agent is running here already; choose Quit in its menu first" >&2
+        exit 1
+    fi
     : "${XDG_RUNTIME_DIR:?run: a desktop session has a runtime directory}"
     install_services
     echo "The icon is in the bar now; Ctrl-C ends the demonstration."
