@@ -31,10 +31,7 @@ std::optional<EventType> pressTypeOf(unsigned button) {
     }
 }
 
-/// While a menu of this process is open it has the pointer: a press anywhere is for the menu.
-bool isForThisProcess(QPoint position) {
-    if (QApplication::activePopupWidget())
-        return true;
+bool isInOwnWindow(QPoint position) {
     const QWidget* widget = QApplication::widgetAt(position);
     // A window's bare surface is the margin around its frame: it shows what lies behind it.
     return widget && !qobject_cast<const Window*>(widget);
@@ -93,7 +90,7 @@ void XInputEvents::pressed(unsigned button) {
     setClick(Click::NotSeen);
     const auto type = pressTypeOf(button);
     const QPoint position = QCursor::pos();
-    if (!type || isForThisProcess(position))
+    if (!type || isInOwnWindow(position))
         return;
 
     const auto told = monitors.handlersFor(maskOf(*type));
@@ -101,6 +98,8 @@ void XInputEvents::pressed(unsigned button) {
         return;
     clickButton = button;
     setClick(Click::Pressed);
+    if (QApplication::activePopupWidget())
+        return; // a menu of this process has the pointer: to dismiss it is all that this click does
     const Event event{*type, position};
     for (const Handler& handler : told)
         handler(&event);
