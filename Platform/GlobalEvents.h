@@ -27,9 +27,9 @@ class GlobalEvents {
     /// events and cannot hold them back: whoever they are for gets them as well.
     virtual Subscription addMonitorForEventsMatchingMask(EventMask mask, Handler handler) = 0;
 
-    /// Whether the click that is under way, or has just ended, began with a press that a monitor was told of, or
-    /// that dismissed a menu of this process while there was one.
-    /// Answers yes once per press: what is asking then takes the click for one that has had its effect.
+    /// Whether the click that is under way, or has just ended, began with a press that a monitor was told of,
+    /// or that dismissed a menu of this process while there was one. Answers yes once per press: what is
+    /// asking then takes the click for one that has had its effect.
     [[nodiscard]] virtual bool takeClickSeenByMonitor() = 0;
 };
 
