@@ -3,7 +3,8 @@
 build_packages=(
     cmake g++ ninja-build pkg-config librsvg2-bin
     qt6-base-dev qt6-base-dev-tools qt6-l10n-tools
-    libbackward-cpp-dev libdw-dev libicu-dev libspdlog-dev libsqlite3-dev libsqlitecpp-dev libsystemd-dev libxcb1-dev libxcb-xinput-dev
+    libbackward-cpp-dev libdw-dev libicu-dev libspdlog-dev libsqlite3-dev libsqlitecpp-dev libsystemd-dev
+    libxcb1-dev libxcb-xinput-dev
 )
 
 # A desktop to show itself on where there is none.

@@ -1,5 +1,6 @@
 # Runs at install time, when the prefix is known: writes the desktop and D-Bus entries of `installedComponent`,
-# which name the programs by their whole paths. Expects sources, installedComponent, binDir, libexecDir, dataDir, projectVersion.
+# which name the programs by their whole paths. Expects sources, installedComponent, binDir, libexecDir, dataDir
+# and projectVersion.
 
 set(VELLOREN_BIN ${CMAKE_INSTALL_PREFIX}/${binDir})
 set(VELLOREN_LIBEXEC ${CMAKE_INSTALL_PREFIX}/${libexecDir}/velloren)
@@ -20,10 +21,10 @@ function(write_entry source file)
     set(CMAKE_INSTALL_MANIFEST_FILES ${CMAKE_INSTALL_MANIFEST_FILES} ${file} PARENT_SCOPE)
 endfunction()
 
-macro(write_service SERVICE_NAME SERVICE_COMMAND)
-    set(SERVICE_NAME ${SERVICE_NAME})
-    set(SERVICE_COMMAND ${SERVICE_COMMAND})
-    write_entry(service.in ${data}/dbus-1/services/${SERVICE_NAME}.service)
+macro(write_service name command)
+    set(SERVICE_NAME ${name})
+    set(SERVICE_COMMAND ${command})
+    write_entry(service.in ${data}/dbus-1/services/${name}.service)
 endmacro()
 
 if(installedComponent STREQUAL "menu")
