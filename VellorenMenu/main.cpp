@@ -150,9 +150,13 @@ int main(int argc, char** argv) {
         return fail("there is no display to show anything on");
 
     // A Wayland surface has no say in where it goes, and the popover belongs below its icon.
-    if (qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+    const bool prefersX11 =
+        qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+    if (prefersX11)
         qputenv("QT_QPA_PLATFORM", "xcb;wayland");
     const GuiApplication qtApplication(argc, argv);
+    if (prefersX11)
+        qunsetenv("QT_QPA_PLATFORM"); // the programs that links open make their own choice
     if (!QDBusConnection::sessionBus().isConnected())
         return fail("there is no session bus; start this program from a desktop session");
     QTranslator translator;
