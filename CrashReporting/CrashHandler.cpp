@@ -8,10 +8,14 @@
 
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <cxxabi.h>
+#include <exception>
 #include <execinfo.h>
 #include <fcntl.h>
 #include <sys/mman.h>

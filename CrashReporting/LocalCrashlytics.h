@@ -3,6 +3,7 @@
 #include "CrashReporting/Crashlytics.h"
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>

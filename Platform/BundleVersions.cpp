@@ -1,5 +1,7 @@
 #include "Platform/BundleVersions.h"
 
+#include "Platform/TextIn.h"
+
 namespace velloren {
 
 namespace {
@@ -7,9 +9,7 @@ namespace {
 std::optional<std::string> text(const Bundle& bundle, std::string_view key) {
     if (!bundle.infoDictionary())
         return std::nullopt;
-    const auto entry = bundle.infoDictionary()->find(key);
-    const auto* value =
-        entry == bundle.infoDictionary()->end() ? nullptr : std::get_if<std::string>(&entry->second);
+    const auto* value = textIn(*bundle.infoDictionary(), key);
     return value ? std::optional(*value) : std::nullopt;
 }
 

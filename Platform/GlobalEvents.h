@@ -3,7 +3,6 @@
 #include "Platform/Event.h"
 #include "Platform/Subscription.h"
 
-#include <cstddef>
 #include <functional>
 #include <list>
 #include <vector>
@@ -40,8 +39,6 @@ class GlobalEventMonitors {
     Subscription add(EventMask mask, GlobalEvents::Handler handler, std::function<void()> changed = nullptr);
 
     [[nodiscard]] bool empty() const { return monitors.empty(); }
-
-    [[nodiscard]] std::size_t size() const { return monitors.size(); }
 
     /// The handlers of the monitors whose mask has a bit in common with `mask`.
     [[nodiscard]] std::vector<GlobalEvents::Handler> handlersFor(EventMask mask) const;

@@ -56,4 +56,10 @@ void Image::draw(QPainter& painter, const QRectF& rect) const {
     painter.restore();
 }
 
+void Image::drawInMiddle(QPainter& painter, const QRectF& rect) const {
+    QRectF place({}, size());
+    place.moveCenter(rect.center());
+    draw(painter, place);
+}
+
 } // namespace velloren

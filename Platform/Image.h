@@ -31,6 +31,9 @@ class Image {
     /// Paints the picture into `rect`, from the bitmap that suits the painter's scale.
     void draw(QPainter& painter, const QRectF& rect) const;
 
+    /// The same at its own size, in the middle of `rect`.
+    void drawInMiddle(QPainter& painter, const QRectF& rect) const;
+
     friend bool operator==(const Image& a, const Image& b) { return a.bitmaps == b.bitmaps; }
 
   private:

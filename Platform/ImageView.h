@@ -24,11 +24,8 @@ class ImageView final : public View {
 
   protected:
     void drawRect(QPainter& painter, const QRect&) override {
-        if (!shown)
-            return;
-        QRectF place({}, shown->size());
-        place.moveCenter(QRectF(rect()).center());
-        shown->draw(painter, place);
+        if (shown)
+            shown->drawInMiddle(painter, rect());
     }
 
   private:

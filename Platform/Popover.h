@@ -11,8 +11,8 @@ namespace velloren {
 
 class PopoverWindow;
 
-/// A bubble with an arrow that points at a view. It closes only when it is told to. Its window takes no grab
-/// and is made afresh for each showing and takes the keyboard's focus, its content is kept. Main thread only.
+/// A bubble with an arrow that points at a view. It closes only when it is told to. Its window is made
+/// afresh for each showing and takes the keyboard's focus but no grab; its content is kept. Main thread only.
 class Popover final {
   public:
     Popover();

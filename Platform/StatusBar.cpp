@@ -33,7 +33,7 @@ void StatusBarButton::press(QPoint position) {
 
 QRect StatusBarButton::rectOnScreen(const QRect& rect) const {
     QRect onScreen(QPoint(), rect.size());
-    onScreen.moveCenter(latestPress.value_or(placeOfUser()));
+    onScreen.moveCenter(latestPress ? *latestPress : placeOfUser());
     return onScreen;
 }
 

@@ -2,7 +2,6 @@
 
 #include <concepts>
 #include <functional>
-#include <string>
 
 namespace velloren {
 

@@ -20,20 +20,19 @@ namespace {
 constexpr QSize buttonSize(28, 22);
 constexpr double cornerRadius = 5;
 
-constexpr auto menuStyle = R"(
+constexpr QLatin1String menuStyle(R"(
 QMenu { background: #ffffff; border: 1px solid rgba(0, 0, 0, 46); padding: 4px; font-size: 13px; }
 QMenu::item { padding: 4px 16px; color: #1d1d1f; border-radius: 4px; }
 QMenu::item:selected { background: #0050ff; color: #ffffff; }
 QMenu::separator { height: 1px; margin: 4px 8px; background: rgba(0, 0, 0, 26); }
-)";
+)");
+constexpr QLatin1String roundedMenuStyle("QMenu { border-radius: 8px; }");
 
 void styleMenu(QMenu& menu) {
-    menu.setStyleSheet(QLatin1String(menuStyle));
+    const bool rounded = x11::isComposited();
     menu.setWindowFlag(Qt::FramelessWindowHint);
-    if (!x11::isComposited())
-        return;
-    menu.setAttribute(Qt::WA_TranslucentBackground);
-    menu.setStyleSheet(menu.styleSheet() + QStringLiteral("QMenu { border-radius: 8px; }"));
+    menu.setAttribute(Qt::WA_TranslucentBackground, rounded);
+    menu.setStyleSheet(rounded ? menuStyle + roundedMenuStyle : QString(menuStyle));
 }
 
 } // namespace
@@ -48,16 +47,16 @@ DropDownButton::DropDownButton(QWidget* parent) : QPushButton(parent) {
 }
 
 QMenu& DropDownButton::actionMenu() {
-    if (!menu) {
-        menu = new QMenu(this);
-        styleMenu(*menu);
-        menu->addAction(QString());
-        menu->addAction(QStringLiteral("Support"), this, &DropDownButton::supportClicked);
-        menu->addAction(QStringLiteral("Help Center"), this, &DropDownButton::helpCenterClicked);
-        menu->addSeparator();
-        menu->addAction(QStringLiteral("Quit"), this, &DropDownButton::quitClicked);
+    if (!shownMenu) {
+        shownMenu = new QMenu(this);
+        styleMenu(*shownMenu);
+        shownMenu->addAction(QString());
+        shownMenu->addAction(QStringLiteral("Support"), this, &DropDownButton::supportClicked);
+        shownMenu->addAction(QStringLiteral("Help Center"), this, &DropDownButton::helpCenterClicked);
+        shownMenu->addSeparator();
+        shownMenu->addAction(QStringLiteral("Quit"), this, &DropDownButton::quitClicked);
     }
-    return *menu;
+    return *shownMenu;
 }
 
 QSize DropDownButton::sizeHint() const {
@@ -98,16 +97,13 @@ void DropDownButton::mouseReleaseEvent(QMouseEvent*) {}
 void DropDownButton::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (underMouse() || (menu && menu->isVisible())) {
+    if (underMouse() || (shownMenu && shownMenu->isVisible())) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(colors::hoverGrey);
         painter.drawRoundedRect(rect(), cornerRadius, cornerRadius);
     }
-    if (const auto image = Image::named(QStringLiteral("actions"))) {
-        QRectF place({}, image->size());
-        place.moveCenter(QRectF(rect()).center());
-        image->draw(painter, place);
-    }
+    if (const auto image = Image::named(QStringLiteral("actions")))
+        image->drawInMiddle(painter, rect());
     if (hasFocus()) {
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(colors::focusBlue, 2));

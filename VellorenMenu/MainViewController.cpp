@@ -2,6 +2,7 @@
 
 #include "Platform/FatalError.h"
 #include "Platform/RunLoop.h"
+#include "Platform/TextIn.h"
 #include "Services/VLogger.h"
 #include "Services/VMeetingManager.h"
 #include "Services/VSyncManager.h"
@@ -57,9 +58,7 @@ std::vector<Meeting> meetingsFrom(const std::vector<Dictionary>& dictionaries) {
     meetings.reserve(dictionaries.size());
     for (const Dictionary& dictionary : dictionaries) {
         const auto text = [&](const char* key) -> std::optional<std::string> {
-            const auto entry = dictionary.find(key);
-            const auto* value =
-                entry == dictionary.end() ? nullptr : std::get_if<std::string>(&entry->second);
+            const auto* value = textIn(dictionary, key);
             return value ? std::optional(*value) : std::nullopt;
         };
         meetings.push_back({text("id"), text("title"), text("startTime")});

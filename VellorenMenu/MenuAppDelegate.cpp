@@ -2,6 +2,7 @@
 
 #include "CrashReporting/Crashlytics.h"
 #include "Platform/RunLoop.h"
+#include "Platform/TextIn.h"
 #include "Platform/UserDefaults.h"
 #include "Shared/VApp.h"
 #include "VellorenMenu/DelegateLog.h"
@@ -17,10 +18,7 @@ constexpr QRect menubarIconFrame(0, 0, 28, 22); // points
 bool isAboutMainApp(const Notification& notification) {
     if (!notification.userInfo)
         return false;
-    const auto entry = notification.userInfo->find("NSApplicationBundleIdentifier");
-    if (entry == notification.userInfo->end())
-        return false;
-    const auto* identifier = std::get_if<std::string>(&entry->second);
+    const auto* identifier = textIn(*notification.userInfo, "NSApplicationBundleIdentifier");
     return identifier && *identifier == VApp(VApp::main).bundleIdentifier();
 }
 

@@ -181,8 +181,9 @@ void StatusNotifierItem::hostKnown(bool hosted) {
 
 void StatusNotifierItem::refreshIcon() {
     const StatusNotifierPixmaps shown = std::exchange(pixmaps, {});
-    if (iconPixmap() != shown)
-        Q_EMIT NewIcon();
+    if (iconPixmap() == shown)
+        return;
+    Q_EMIT NewIcon();
     legacyIcon.redraw();
 }
 

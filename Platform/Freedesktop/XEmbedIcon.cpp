@@ -40,6 +40,12 @@ void setText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, const st
                         std::uint32_t(text.size()), text.data());
 }
 
+QImage transparent(QSize size) {
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    return image;
+}
+
 /// What shows through the window; black where it cannot be told.
 QImage backgroundOf(xcb_window_t window, QSize size) {
     QImage background(size, QImage::Format_RGB32);
@@ -78,11 +84,7 @@ void XEmbedIcon::setWanted(bool wanted) {
 void XEmbedIcon::redraw() {
     if (!window || size.isEmpty())
         return;
-    QImage image = backgroundOf(window, size);
-    if (depth == translucentDepth) {
-        image = QImage(size, QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
-    }
+    QImage image = depth == translucentDepth ? transparent(size) : backgroundOf(window, size);
     const int side = std::min(size.width(), size.height());
     QPainter(&image).drawImage((size.width() - side) / 2, (size.height() - side) / 2, button.picture(side));
 

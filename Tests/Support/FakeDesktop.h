@@ -19,7 +19,7 @@ class FakeGlobalEvents final : public GlobalEvents {
 
     bool clickSeenByMonitor = false;
 
-    [[nodiscard]] std::size_t monitorCount() const { return monitors.size(); }
+    [[nodiscard]] std::size_t monitorCount() const { return monitors.handlersFor(~EventMask{0}).size(); }
 
     void post(const Event& event) {
         for (const Handler& handler : monitors.handlersFor(maskOf(event.type)))
