@@ -1,6 +1,6 @@
 #include "Benchmarks/ItemWatcher.h"
 
-#include "Platform/FatalError.h"
+#include "Platform/Foundation/FatalError.h"
 
 #include <systemd/sd-bus.h>
 

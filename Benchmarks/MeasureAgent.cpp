@@ -1,6 +1,6 @@
 #include "Benchmarks/ItemWatcher.h"
 #include "Benchmarks/ScreenProbe.h"
-#include "Platform/FatalError.h"
+#include "Platform/Foundation/FatalError.h"
 #include "Tests/Support/ProcessFigures.h"
 #include "Tests/Support/VirtualDesktop.h"
 

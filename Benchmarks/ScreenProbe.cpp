@@ -1,6 +1,6 @@
 #include "Benchmarks/ScreenProbe.h"
 
-#include "Platform/FatalError.h"
+#include "Platform/Foundation/FatalError.h"
 
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>

@@ -4,7 +4,7 @@
 #include "CrashReporting/FixedText.h"
 #include "CrashReporting/RecentLines.h"
 #include "CrashReporting/Stack.h"
-#include "Platform/FatalError.h"
+#include "Platform/Foundation/FatalError.h"
 
 #include <array>
 #include <atomic>

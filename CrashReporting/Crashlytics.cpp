@@ -1,6 +1,6 @@
 #include "CrashReporting/Crashlytics.h"
 
-#include "Platform/SharedInstance.h"
+#include "Platform/Foundation/SharedInstance.h"
 
 namespace velloren {
 

@@ -3,11 +3,11 @@
 #include "CrashReporting/CrashFolder.h"
 #include "CrashReporting/CrashHandler.h"
 #include "CrashReporting/RecentLines.h"
-#include "Platform/BundleVersions.h"
-#include "Platform/Directories.h"
-#include "Platform/GuiApplication.h"
-#include "Platform/UserDefaults.h"
-#include "Services/Local/PrivateFolder.h"
+#include "Platform/Desktop/GuiApplication.h"
+#include "Platform/Foundation/BundleVersions.h"
+#include "Platform/Foundation/Directories.h"
+#include "Platform/Foundation/PrivateFolder.h"
+#include "Platform/Foundation/UserDefaults.h"
 #include "Services/VLogger.h"
 
 namespace velloren {

@@ -1,6 +1,6 @@
 #include "Services/VFoundation.h"
 
-#include "Platform/RunLoop.h"
+#include "Platform/Foundation/RunLoop.h"
 
 #include <utility>
 

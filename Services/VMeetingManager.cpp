@@ -1,6 +1,6 @@
 #include "Services/VMeetingManager.h"
 
-#include "Platform/SharedInstance.h"
+#include "Platform/Foundation/SharedInstance.h"
 
 namespace velloren {
 

@@ -1,6 +1,6 @@
 #include "Services/VSyncManager.h"
 
-#include "Platform/SharedInstance.h"
+#include "Platform/Foundation/SharedInstance.h"
 
 namespace velloren {
 

@@ -1,6 +1,6 @@
 #include "Shared/VApp.h"
 
-#include "Platform/FatalError.h"
+#include "Platform/Foundation/FatalError.h"
 #include "Services/VLogger.h"
 
 namespace velloren {

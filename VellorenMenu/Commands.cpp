@@ -1,8 +1,8 @@
 #include "VellorenMenu/Commands.h"
 
-#include "Platform/Bundle.h"
-#include "Platform/BundleVersions.h"
-#include "Platform/Workspace.h"
+#include "Platform/Desktop/Workspace.h"
+#include "Platform/Foundation/Bundle.h"
+#include "Platform/Foundation/BundleVersions.h"
 #include "Shared/VApp.h"
 
 namespace velloren {

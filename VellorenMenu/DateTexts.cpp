@@ -1,7 +1,7 @@
 #include "VellorenMenu/DateTexts.h"
 
-#include "Platform/CurrentLocale.h"
-#include "Platform/FatalError.h"
+#include "Platform/Foundation/CurrentLocale.h"
+#include "Platform/Foundation/FatalError.h"
 
 #include <unicode/calendar.h>
 #include <unicode/dtptngen.h>

@@ -1,9 +1,9 @@
 #include "VellorenMenu/DropDownButton.h"
 
-#include "Platform/Application.h"
-#include "Platform/Freedesktop/X11Display.h"
-#include "Platform/Image.h"
-#include "Platform/Workspace.h"
+#include "Platform/Desktop/Application.h"
+#include "Platform/Desktop/Workspace.h"
+#include "Platform/Views/Image.h"
+#include "Platform/Views/WindowServer.h"
 #include "VellorenMenu/ClosePopover.h"
 #include "VellorenMenu/Colors.h"
 #include "VellorenMenu/Commands.h"
@@ -29,7 +29,7 @@ QMenu::separator { height: 1px; margin: 4px 8px; background: rgba(0, 0, 0, 26); 
 constexpr QLatin1String roundedMenuStyle("QMenu { border-radius: 8px; }");
 
 void styleMenu(QMenu& menu) {
-    const bool rounded = x11::isComposited();
+    const bool rounded = WindowServer::shared().isComposited();
     menu.setWindowFlag(Qt::FramelessWindowHint);
     menu.setAttribute(Qt::WA_TranslucentBackground, rounded);
     menu.setStyleSheet(rounded ? menuStyle + roundedMenuStyle : QString(menuStyle));

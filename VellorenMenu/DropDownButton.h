@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/PopUpButtonCell.h"
+#include "Platform/Views/PopUpButtonCell.h"
 
 #include <QPushButton>
 

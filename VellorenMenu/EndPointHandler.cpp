@@ -1,6 +1,6 @@
 #include "VellorenMenu/EndPointHandler.h"
 
-#include "Platform/FatalError.h"
+#include "Platform/Foundation/FatalError.h"
 #include "Shared/VApp.h"
 
 namespace velloren {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Link.h"
+#include "Platform/Link/Link.h"
 #include "Shared/EndPointHandling.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/GlobalEvents.h"
+#include "Platform/Desktop/GlobalEvents.h"
 
 #include <functional>
 #include <optional>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Platform/Label.h"
-#include "Platform/LayoutConstraint.h"
-#include "Platform/View.h"
+#include "Platform/Views/Label.h"
+#include "Platform/Views/LayoutConstraint.h"
+#include "Platform/Views/View.h"
 
 #include <QColor>
 #include <QPointer>

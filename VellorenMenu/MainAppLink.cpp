@@ -1,8 +1,8 @@
 #include "VellorenMenu/MainAppLink.h"
 
-#include "Platform/FatalError.h"
-#include "Platform/RunLoop.h"
-#include "Platform/Thread.h"
+#include "Platform/Foundation/FatalError.h"
+#include "Platform/Foundation/RunLoop.h"
+#include "Platform/Foundation/Thread.h"
 #include "Services/VFoundation.h"
 #include "Shared/VApp.h"
 #include "VellorenMenu/DelegateLog.h"

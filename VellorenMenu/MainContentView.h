@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/View.h"
+#include "Platform/Views/View.h"
 
 namespace velloren {
 

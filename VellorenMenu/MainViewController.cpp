@@ -1,8 +1,8 @@
 #include "VellorenMenu/MainViewController.h"
 
-#include "Platform/FatalError.h"
-#include "Platform/RunLoop.h"
-#include "Platform/TextIn.h"
+#include "Platform/Foundation/FatalError.h"
+#include "Platform/Foundation/RunLoop.h"
+#include "Platform/Foundation/TextIn.h"
 #include "Services/VLogger.h"
 #include "Services/VMeetingManager.h"
 #include "Services/VSyncManager.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Link.h"
-#include "Platform/ViewController.h"
+#include "Platform/Link/Link.h"
+#include "Platform/Views/ViewController.h"
 #include "Services/VModel.h"
 #include "Shared/Communication.h"
 #include "VellorenMenu/CreateMeetingItemView.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Nib.h"
+#include "Platform/Views/Nib.h"
 
 #include <QColor>
 #include <QPushButton>

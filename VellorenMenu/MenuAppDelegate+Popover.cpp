@@ -1,4 +1,4 @@
-#include "Platform/FatalError.h"
+#include "Platform/Foundation/FatalError.h"
 #include "VellorenMenu/MainViewController.h"
 #include "VellorenMenu/MenuAppDelegate.h"
 

@@ -1,9 +1,9 @@
 #include "VellorenMenu/MenuAppDelegate.h"
 
 #include "CrashReporting/Crashlytics.h"
-#include "Platform/RunLoop.h"
-#include "Platform/TextIn.h"
-#include "Platform/UserDefaults.h"
+#include "Platform/Foundation/RunLoop.h"
+#include "Platform/Foundation/TextIn.h"
+#include "Platform/Foundation/UserDefaults.h"
 #include "Shared/VApp.h"
 #include "VellorenMenu/DelegateLog.h"
 #include "VellorenMenu/EndPointHandler.h"

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Platform/Application.h"
-#include "Platform/Link.h"
-#include "Platform/Popover.h"
-#include "Platform/StatusBar.h"
-#include "Platform/Workspace.h"
+#include "Platform/Desktop/Application.h"
+#include "Platform/Desktop/StatusBar.h"
+#include "Platform/Desktop/Workspace.h"
+#include "Platform/Link/Link.h"
+#include "Platform/Views/Popover.h"
 #include "VellorenMenu/EventMonitor.h"
 #include "VellorenMenu/MainAppLink.h"
 #include "VellorenMenu/MenubarIcon.h"

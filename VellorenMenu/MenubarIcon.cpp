@@ -1,7 +1,7 @@
 #include "VellorenMenu/MenubarIcon.h"
 
-#include "Platform/Appearance.h"
-#include "Platform/FatalError.h"
+#include "Platform/Desktop/Appearance.h"
+#include "Platform/Foundation/FatalError.h"
 
 #include <QPointer>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Platform/Image.h"
-#include "Platform/RunLoop.h"
-#include "Platform/View.h"
+#include "Platform/Foundation/RunLoop.h"
+#include "Platform/Views/Image.h"
+#include "Platform/Views/View.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/ImageView.h"
+#include "Platform/Views/ImageView.h"
 #include "VellorenMenu/ItemView.h"
 
 #include <cstdint>

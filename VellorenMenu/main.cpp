@@ -1,20 +1,21 @@
 #include "CrashReporting/LocalCrashlytics.h"
-#include "Platform/Accessibility.h"
-#include "Platform/Application.h"
-#include "Platform/Bundle.h"
-#include "Platform/Directories.h"
-#include "Platform/Freedesktop/DBusLink.h"
-#include "Platform/Freedesktop/DBusWorkspace.h"
-#include "Platform/Freedesktop/DesktopApplication.h"
-#include "Platform/Freedesktop/DesktopSettings.h"
-#include "Platform/Freedesktop/FocusEvents.h"
-#include "Platform/Freedesktop/StatusNotifierBar.h"
-#include "Platform/Freedesktop/TerminationSignals.h"
-#include "Platform/Freedesktop/XInputEvents.h"
-#include "Platform/GuiApplication.h"
-#include "Platform/QtRunLoop.h"
-#include "Platform/SharedInstance.h"
-#include "Platform/UserDefaults.h"
+#include "Platform/Desktop/Application.h"
+#include "Platform/Desktop/GuiApplication.h"
+#include "Platform/Foundation/Bundle.h"
+#include "Platform/Foundation/Directories.h"
+#include "Platform/Foundation/QtRunLoop.h"
+#include "Platform/Foundation/SharedInstance.h"
+#include "Platform/Foundation/UserDefaults.h"
+#include "Platform/Freedesktop/Bus/DBusLink.h"
+#include "Platform/Freedesktop/Session/DBusWorkspace.h"
+#include "Platform/Freedesktop/Session/DesktopApplication.h"
+#include "Platform/Freedesktop/Session/DesktopSettings.h"
+#include "Platform/Freedesktop/Session/TerminationSignals.h"
+#include "Platform/Freedesktop/Tray/StatusNotifierBar.h"
+#include "Platform/Freedesktop/Windowing/FocusEvents.h"
+#include "Platform/Freedesktop/Windowing/X11WindowServer.h"
+#include "Platform/Freedesktop/Windowing/XInputEvents.h"
+#include "Platform/Views/Accessibility.h"
 #include "Services/Local/LocalLogger.h"
 #include "Services/Local/LocalMeetingStore.h"
 #include "Services/Local/LocalSyncManager.h"
@@ -50,6 +51,7 @@ class ProcessServices {
             return std::make_unique<DBusWorkspace>(
                 bus, std::vector{VApp(VApp::main).bundleIdentifier(), VApp(VApp::menu).bundleIdentifier()});
         });
+        SharedInstance<WindowServer>::provide([] { return std::make_unique<X11WindowServer>(); });
         SharedInstance<GlobalEvents>::provide(&globalEvents);
         SharedInstance<StatusBar>::provide([bus] {
             const auto& identifier = VApp(VApp::menu).bundleIdentifier();
@@ -64,6 +66,7 @@ class ProcessServices {
     ~ProcessServices() {
         SharedInstance<StatusBar>::reset();
         SharedInstance<GlobalEvents>::reset();
+        SharedInstance<WindowServer>::reset();
         SharedInstance<Workspace>::reset();
         SharedInstance<UserDefaults>::reset();
         SharedInstance<Bundle>::reset();

@@ -1,7 +1,7 @@
 #include "Companions/MainAppStandIn/MeetingDatabase.h"
 
-#include "Platform/Directories.h"
-#include "Services/Local/PrivateFolder.h"
+#include "Platform/Foundation/Directories.h"
+#include "Platform/Foundation/PrivateFolder.h"
 
 #include <QDateTime>
 #include <SQLiteCpp/SQLiteCpp.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Companions/MainAppStandIn/RequestLog.h"
-#include "Platform/Link.h"
+#include "Platform/Link/Link.h"
 #include "Services/VMeetingManager.h"
 #include "Shared/Communication.h"
 

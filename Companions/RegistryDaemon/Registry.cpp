@@ -1,6 +1,6 @@
 #include "Companions/RegistryDaemon/Registry.h"
 
-#include "Platform/Freedesktop/LocalSocket.h"
+#include "Platform/Freedesktop/Bus/LocalSocket.h"
 
 namespace velloren {
 

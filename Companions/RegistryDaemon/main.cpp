@@ -1,5 +1,5 @@
 #include "Companions/RegistryDaemon/Registry.h"
-#include "Platform/Freedesktop/DBusExport.h"
+#include "Platform/Freedesktop/Bus/DBusExport.h"
 #include "Shared/VApp.h"
 
 #include <systemd/sd-bus.h>

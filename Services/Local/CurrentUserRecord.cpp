@@ -1,7 +1,7 @@
 #include "Services/Local/CurrentUserRecord.h"
 
-#include "Platform/Directories.h"
-#include "Platform/UserDefaults.h"
+#include "Platform/Foundation/Directories.h"
+#include "Platform/Foundation/UserDefaults.h"
 
 namespace velloren {
 

@@ -1,7 +1,7 @@
 #include "Services/Local/LocalLogger.h"
 
-#include "Platform/Directories.h"
-#include "Services/Local/PrivateFolder.h"
+#include "Platform/Foundation/Directories.h"
+#include "Platform/Foundation/PrivateFolder.h"
 #include "Services/Local/Text.h"
 
 #include <spdlog/logger.h>

@@ -1,6 +1,6 @@
 #include "Services/Local/LocalMeetingStore.h"
 
-#include "Platform/Directories.h"
+#include "Platform/Foundation/Directories.h"
 #include "Services/Local/Text.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>

@@ -1,6 +1,6 @@
 #include "Companions/RegistryDaemon/Registry.h"
-#include "Platform/Freedesktop/DBusLink.h"
-#include "Platform/SharedInstance.h"
+#include "Platform/Foundation/SharedInstance.h"
+#include "Platform/Freedesktop/Bus/DBusLink.h"
 #include "Tests/Support/ManualRunLoop.h"
 #include "Tests/Support/PrivateBus.h"
 

@@ -2,10 +2,10 @@
 // argument, or nowhere; without one nothing is started. A third argument is a file of user defaults.
 
 #include "CrashReporting/LocalCrashlytics.h"
-#include "Platform/FatalError.h"
-#include "Platform/GuiApplication.h"
-#include "Platform/SharedInstance.h"
-#include "Platform/UserDefaults.h"
+#include "Platform/Desktop/GuiApplication.h"
+#include "Platform/Foundation/FatalError.h"
+#include "Platform/Foundation/SharedInstance.h"
+#include "Platform/Foundation/UserDefaults.h"
 #include "Services/Local/LocalLogger.h"
 
 #include <QTimer>

@@ -1,4 +1,4 @@
-#include "Platform/SharedInstance.h"
+#include "Platform/Foundation/SharedInstance.h"
 #include "Services/Local/LocalMeetingStore.h"
 #include "Tests/Support/EnvironmentVariable.h"
 #include "Tests/Support/TemporaryDirectory.h"

@@ -1,4 +1,4 @@
-#include "Platform/SharedInstance.h"
+#include "Platform/Foundation/SharedInstance.h"
 #include "Services/VFoundation.h"
 #include "Tests/Support/ManualRunLoop.h"
 

@@ -1,4 +1,4 @@
-#include "Platform/SharedInstance.h"
+#include "Platform/Foundation/SharedInstance.h"
 #include "Services/VLogger.h"
 #include "Tests/Support/RecordingLogger.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Application.h"
-#include "Platform/UserDefaults.h"
+#include "Platform/Desktop/Application.h"
+#include "Platform/Foundation/UserDefaults.h"
 #include "Tests/Support/FakeDesktop.h"
 #include "Tests/Support/FakeEnds.h"
 #include "Tests/Support/FakeLink.h"
@@ -32,6 +32,7 @@ class AgentTest : public QtTest {
     ~AgentTest() override {
         SharedInstance<StatusBar>::reset();
         SharedInstance<GlobalEvents>::reset();
+        SharedInstance<WindowServer>::reset();
         SharedInstance<Workspace>::reset();
         SharedInstance<UserDefaults>::reset();
         SharedInstance<Crashlytics>::reset();
@@ -54,6 +55,7 @@ class AgentTest : public QtTest {
     const Endpoint endpoint = *Endpoint::parse("unix:path=/run/user/1000/velloren/main.socket");
     FakeWorkspace& workspace = FakeWorkspace::install();
     RecordingLogger& log = RecordingLogger::install();
+    FakeWindowServer& display = FakeWindowServer::install();
     FakeGlobalEvents& events = FakeGlobalEvents::install();
     FakeStatusBar& statusBar = FakeStatusBar::install();
     FakeMeetingStore& store = FakeMeetingStore::install();

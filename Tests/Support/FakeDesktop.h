@@ -1,8 +1,11 @@
 #pragma once
 
-#include "Platform/GlobalEvents.h"
-#include "Platform/SharedInstance.h"
-#include "Platform/StatusBar.h"
+#include "Platform/Desktop/GlobalEvents.h"
+#include "Platform/Desktop/StatusBar.h"
+#include "Platform/Foundation/SharedInstance.h"
+#include "Platform/Views/WindowServer.h"
+
+#include <QWidget>
 
 #include <memory>
 #include <utility>
@@ -39,6 +42,26 @@ class FakeGlobalEvents final : public GlobalEvents {
 
   private:
     GlobalEventMonitors monitors;
+};
+
+/// A display whose pointer and compositor are the test's.
+class FakeWindowServer final : public WindowServer {
+  public:
+    static FakeWindowServer& install() {
+        SharedInstance<WindowServer>::provide([] { return std::make_unique<FakeWindowServer>(); });
+        return static_cast<FakeWindowServer&>(WindowServer::shared());
+    }
+
+    std::optional<QPoint> pointer;
+    bool composited = true;
+
+    std::optional<QPoint> pointerLocation() const override { return pointer; }
+
+    bool isComposited() const override { return composited; }
+
+    void preparePopover(QWidget&) override {}
+
+    void placePopover(QWidget& window, const QRect& frame) override { window.setGeometry(frame); }
 };
 
 /// A bar whose item's button is a view nobody shows, or that gives its item no button at all.

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "CrashReporting/Crashlytics.h"
-#include "Platform/SharedInstance.h"
-#include "Platform/UserDefaults.h"
+#include "Platform/Foundation/SharedInstance.h"
+#include "Platform/Foundation/UserDefaults.h"
 #include "Services/VMeetingManager.h"
 #include "Services/VSyncManager.h"
 #include "Services/VUserManager.h"

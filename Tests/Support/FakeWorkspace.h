@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/SharedInstance.h"
-#include "Platform/Workspace.h"
+#include "Platform/Desktop/Workspace.h"
+#include "Platform/Foundation/SharedInstance.h"
 
 #include <list>
 #include <map>

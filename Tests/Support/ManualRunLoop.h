@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/RunLoop.h"
+#include "Platform/Foundation/RunLoop.h"
 
 #include <condition_variable>
 #include <deque>

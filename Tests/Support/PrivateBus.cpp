@@ -1,6 +1,6 @@
 #include "Tests/Support/PrivateBus.h"
 
-#include "Platform/FatalError.h"
+#include "Platform/Foundation/FatalError.h"
 
 #include <systemd/sd-bus.h>
 

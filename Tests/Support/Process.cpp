@@ -1,6 +1,6 @@
 #include "Tests/Support/Process.h"
 
-#include "Platform/FatalError.h"
+#include "Platform/Foundation/FatalError.h"
 
 #include <chrono>
 #include <csignal>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/QtRunLoop.h"
-#include "Platform/SharedInstance.h"
+#include "Platform/Foundation/QtRunLoop.h"
+#include "Platform/Foundation/SharedInstance.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/SharedInstance.h"
+#include "Platform/Foundation/SharedInstance.h"
 #include "Services/VLogger.h"
 
 #include <mutex>

@@ -1,6 +1,6 @@
 #include "Tests/Support/VirtualDesktop.h"
 
-#include "Platform/FatalError.h"
+#include "Platform/Foundation/FatalError.h"
 
 #include <QRegularExpression>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "Platform/Bundle.h"
+#include "Platform/Foundation/Bundle.h"
 #include "Tests/Support/AgentTest.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "VellorenMenu/Commands.h"

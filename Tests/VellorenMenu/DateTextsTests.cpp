@@ -1,4 +1,4 @@
-#include "Platform/CurrentLocale.h"
+#include "Platform/Foundation/CurrentLocale.h"
 #include "Tests/Support/EnvironmentVariable.h"
 #include "VellorenMenu/DateTexts.h"
 

@@ -1,4 +1,4 @@
-#include "Platform/SharedInstance.h"
+#include "Platform/Foundation/SharedInstance.h"
 #include "Tests/Support/FakeEnds.h"
 #include "Tests/Support/FakeLink.h"
 #include "Tests/Support/FakeWorkspace.h"

@@ -1,4 +1,4 @@
-#include "Platform/PopoverWindow.h"
+#include "Platform/Views/PopoverWindow.h"
 #include "Tests/Support/AgentTest.h"
 #include "VellorenMenu/MainViewController.h"
 #include "VellorenMenu/MenuAppDelegate.h"

@@ -1,5 +1,5 @@
-#include "Platform/Appearance.h"
-#include "Platform/StatusBar.h"
+#include "Platform/Desktop/Appearance.h"
+#include "Platform/Desktop/StatusBar.h"
 #include "Tests/Support/ManualRunLoop.h"
 #include "Tests/Support/QtTest.h"
 #include "VellorenMenu/MenubarIcon.h"

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "Platform/Views/View.h"
+
+#include <functional>
+#include <memory>
+
+namespace velloren {
+
+/// The view in the bar that stands for a status item. It is never a window here: the bar's host shows a
+/// picture of it. Presses that the host reports go to the view at its centre.
+class StatusBarButton final : public View {
+    Q_OBJECT
+
+  public:
+    /// `size` in points; at least one in each direction.
+    explicit StatusBarButton(QSize size);
+
+    /// The host reports a press at `position` on the screen.
+    void press(QPoint position);
+
+    /// What comes next is not the effect of a press.
+    void forgetPress() { latestPress.reset(); }
+
+    /// Around the place of the latest press. Where there was none, around the pointer, or in the screen's top
+    /// right corner on a desktop that does not tell where the pointer is.
+    [[nodiscard]] QRect rectOnScreen(const QRect& rect) const override;
+
+    /// A square picture of `side` pixels: the centre of the button.
+    [[nodiscard]] QImage picture(int side);
+
+    /// Called, at the earliest after the present event, when the picture may have changed.
+    void setDisplayHandler(std::function<void()> handler) { display = std::move(handler); }
+
+  protected:
+    void displayNeeded() override;
+    void changeEvent(QEvent* event) override;
+
+  private:
+    std::function<void()> display;
+    std::optional<QPoint> latestPress;
+    bool displayPending = false;
+};
+
+/// One item of the bar. It stands there until it is released.
+class StatusItem {
+  public:
+    StatusItem() = default;
+    StatusItem(const StatusItem&) = delete;
+    StatusItem& operator=(const StatusItem&) = delete;
+    virtual ~StatusItem() = default;
+
+    /// The item's button; none when the desktop gives it none. Lives as long as the item.
+    [[nodiscard]] virtual StatusBarButton* button() = 0;
+};
+
+/// The desktop's bar of status items. Main thread only.
+class StatusBar {
+  public:
+    StatusBar() = default;
+    StatusBar(const StatusBar&) = delete;
+    StatusBar& operator=(const StatusBar&) = delete;
+    virtual ~StatusBar() = default;
+
+    /// The bar of this session, provided through SharedInstance<StatusBar>.
+    static StatusBar& systemStatusBar();
+
+    /// A new item, `length` points wide.
+    [[nodiscard]] virtual std::unique_ptr<StatusItem> statusItemWithLength(double length) = 0;
+};
+
+} // namespace velloren

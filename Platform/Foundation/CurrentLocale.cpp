@@ -1,0 +1,135 @@
+#include "Platform/Foundation/CurrentLocale.h"
+
+#include <unicode/timezone.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <sys/stat.h>
+#include <system_error>
+#include <utility>
+
+namespace velloren {
+
+namespace {
+
+constexpr const char* localTime = "/etc/localtime";
+
+HourCycle& desktopHourCycle() {
+    static HourCycle cycle = HourCycle::FromLocale;
+    return cycle;
+}
+
+std::string nameFromEnvironment() {
+    for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
+        const char* value = std::getenv(variable);
+        if (value && value[0] != '\0')
+            return value;
+    }
+    return {};
+}
+
+std::string scriptOfModifier(std::string_view modifier) {
+    if (modifier == "latin")
+        return "_Latn";
+    if (modifier == "cyrillic")
+        return "_Cyrl";
+    if (modifier == "devanagari")
+        return "_Deva";
+    return {};
+}
+
+bool hasOnly(bool (*allowed)(char), std::string_view text) {
+    return std::all_of(text.begin(), text.end(), allowed);
+}
+
+bool isLanguage(std::string_view text) {
+    return (text.size() == 2 || text.size() == 3) &&
+           hasOnly([](char c) { return c >= 'a' && c <= 'z'; }, text);
+}
+
+bool isTerritory(std::string_view text) {
+    return (text.size() == 2 && hasOnly([](char c) { return c >= 'A' && c <= 'Z'; }, text)) ||
+           (text.size() == 3 && hasOnly([](char c) { return c >= '0' && c <= '9'; }, text));
+}
+
+/// Cuts `text` before `mark` and hands out what stood behind it.
+std::string_view cutAt(char mark, std::string_view& text) {
+    const std::size_t position = text.find(mark);
+    if (position == std::string_view::npos)
+        return {};
+    const std::string_view behind = text.substr(position + 1);
+    text = text.substr(0, position);
+    return behind;
+}
+
+// language[_territory][.codeset][@modifier] -> language[_script][_territory]
+std::optional<std::string> icuIdentifierOf(std::string_view name) {
+    const std::string_view modifier = cutAt('@', name);
+    cutAt('.', name);
+    const std::string_view territory = cutAt('_', name);
+    if (!isLanguage(name) || (!territory.empty() && !isTerritory(territory)))
+        return std::nullopt;
+    std::string identifier = std::string(name) + scriptOfModifier(modifier);
+    if (!territory.empty())
+        identifier.append("_").append(territory);
+    return identifier;
+}
+
+std::string hoursOf(HourCycle cycle) {
+    switch (cycle) {
+    case HourCycle::TwelveHour:
+        return "@hours=h12";
+    case HourCycle::TwentyFourHour:
+        return "@hours=h23";
+    case HourCycle::FromLocale:
+        break;
+    }
+    return {};
+}
+
+// Changes whenever the zone may have: a zone is set by replacing the link, the file, or the variable.
+std::string timeZoneSource() {
+    const char* variable = std::getenv("TZ");
+    std::string source = variable ? std::string("TZ=") + variable : std::string();
+
+    std::error_code error;
+    source += '\n' + std::filesystem::read_symlink(localTime, error).string();
+
+    struct stat status {};
+
+    if (::stat(localTime, &status) == 0) {
+        for (const auto value :
+             {static_cast<long long>(status.st_dev), static_cast<long long>(status.st_ino),
+              static_cast<long long>(status.st_mtim.tv_sec), static_cast<long long>(status.st_mtim.tv_nsec)})
+            source += '\n' + std::to_string(value);
+    }
+    return source;
+}
+
+} // namespace
+
+std::string CurrentLocale::identifier() {
+    const auto locale = icuIdentifierOf(nameFromEnvironment());
+    const HourCycle cycle = desktopHourCycle();
+    if (locale)
+        return *locale + hoursOf(cycle);
+    return "en_US_POSIX" + hoursOf(cycle == HourCycle::FromLocale ? HourCycle::TwentyFourHour : cycle);
+}
+
+void CurrentLocale::setHourCycle(HourCycle cycle) {
+    desktopHourCycle() = cycle;
+}
+
+void CurrentLocale::followTimeZone() {
+    static std::optional<std::string> knownSource;
+    std::string source = timeZoneSource();
+    if (source == knownSource)
+        return;
+    icu::TimeZone::adoptDefault(icu::TimeZone::detectHostTimeZone());
+    knownSource = std::move(source);
+}
+
+} // namespace velloren

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Platform/Foundation/RunLoop.h"
+
+#include <QObject>
+
+#include <set>
+
+namespace velloren {
+
+/// The main run loop on Qt's event loop. Made on the main thread after the application object.
+class QtRunLoop final : public RunLoop {
+  public:
+    QtRunLoop() = default;
+    ~QtRunLoop() override;
+
+    void post(Task task) override;
+    void postAfter(Seconds delay, Task task) override;
+    std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) override;
+    [[nodiscard]] bool isCurrent() const override;
+
+  private:
+    class RepeatingTimer;
+
+    QObject context;
+    std::set<std::shared_ptr<RepeatingTimer>> scheduled;
+};
+
+} // namespace velloren

@@ -1,0 +1,111 @@
+#include "Platform/Freedesktop/Bus/DBusExport.h"
+
+#include <systemd/sd-bus.h>
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace velloren {
+
+namespace {
+
+using Result = ExportedInterface::Result;
+
+std::string_view signatureOf(Result result) {
+    switch (result) {
+    case Result::Boolean:
+        return "b";
+    case Result::Text:
+        return "s";
+    case Result::MeetingList:
+        return "v";
+    case Result::Nothing:
+        break;
+    }
+    return {};
+}
+
+std::string introspectionOf(const ExportedInterface& interface) {
+    std::string text = "<!DOCTYPE node PUBLIC \"-//freedesktop//DTD D-BUS Object Introspection 1.0//EN\"\n"
+                       " \"http://www.freedesktop.org/standards/dbus/1.0/introspect.dtd\">\n<node>\n"
+                       " <interface name=\"" +
+                       interface.name + "\">\n";
+    for (const auto& [name, method] : interface.methods) {
+        text += "  <method name=\"" + name + "\">\n";
+        for (std::size_t index = 0; index < method.argumentCount; ++index)
+            text += "   <arg type=\"s\" direction=\"in\"/>\n";
+        if (const auto signature = signatureOf(method.result); !signature.empty())
+            text += "   <arg type=\"" + std::string(signature) + "\" direction=\"out\"/>\n";
+        text += "  </method>\n";
+    }
+    return text + " </interface>\n</node>\n";
+}
+
+} // namespace
+
+DBusExport::DBusExport(ExportedInterface interface, Queue handlers, Queue answers)
+    : interface(std::move(interface)), handlers(std::move(handlers)), answers(std::move(answers)) {}
+
+DBusExport::~DBusExport() {
+    sd_bus_slot_unref(slot);
+}
+
+std::shared_ptr<DBusExport> DBusExport::serve(sd_bus* bus, ExportedInterface interface, Queue handlers,
+                                              Queue answers) {
+    std::shared_ptr<DBusExport> served(
+        new DBusExport(std::move(interface), std::move(handlers), std::move(answers)));
+    sd_bus_add_object(bus, &served->slot, served->interface.objectPath.c_str(), &DBusExport::received,
+                      served.get());
+    return served;
+}
+
+int DBusExport::received(sd_bus_message* call, void* self, sd_bus_error* error) {
+    return static_cast<DBusExport*>(self)->receive(*call, *error);
+}
+
+int DBusExport::receive(sd_bus_message& call, sd_bus_error& error) {
+    if (sd_bus_message_is_method_call(&call, "org.freedesktop.DBus.Introspectable", "Introspect") > 0)
+        return introspect(call);
+    const char* member = sd_bus_message_get_member(&call);
+    const auto found = member ? interface.methods.find(member) : interface.methods.end();
+    if (found == interface.methods.end() ||
+        sd_bus_message_is_method_call(&call, interface.name.c_str(), member) <= 0)
+        return 0;
+    const auto& method = found->second;
+    const auto arguments = wire::textsOf(call, method.argumentCount);
+    if (!arguments)
+        return sd_bus_error_set(&error, SD_BUS_ERROR_INVALID_ARGS, "this method takes other arguments");
+
+    const std::uint64_t number = ++latest;
+    unanswered.emplace(number, sd_bus_message_ref(&call));
+    auto answerCall = [weak = weak_from_this(), answers = answers, number,
+                       result = method.result](Value value) {
+        answers([weak, number, result, value = std::move(value)] {
+            if (const auto self = weak.lock())
+                self->answer(number, result, value);
+        });
+    };
+    handlers([handler = method.handler, arguments = *arguments, answerCall = std::move(answerCall)] {
+        handler(arguments, answerCall);
+    });
+    return 1;
+}
+
+int DBusExport::introspect(sd_bus_message& call) const {
+    return sd_bus_reply_method_return(&call, "s", introspectionOf(interface).c_str());
+}
+
+void DBusExport::answer(std::uint64_t number, Result result, const Value& value) {
+    const auto call = unanswered.extract(number);
+    if (call.empty() || sd_bus_message_get_expect_reply(call.mapped().get()) <= 0)
+        return;
+    sd_bus_message* made = nullptr;
+    if (sd_bus_message_new_method_return(call.mapped().get(), &made) < 0)
+        return;
+    const wire::Message reply(made);
+    if (wire::append(*reply, result, value))
+        sd_bus_send(nullptr, reply.get(), nullptr);
+}
+
+} // namespace velloren

@@ -1,0 +1,45 @@
+#include "Platform/Freedesktop/Bus/DBusLink.h"
+
+#include "Platform/Freedesktop/Bus/DBusConnection.h"
+#include "Platform/Freedesktop/Bus/DBusListener.h"
+#include "Platform/Freedesktop/Bus/LinkThread.h"
+
+#include <systemd/sd-bus.h>
+
+namespace velloren {
+
+DBusLink::DBusLink() : DBusLink(Options()) {}
+
+DBusLink::DBusLink(const Options& options)
+    : options(options), connections(std::make_shared<BusConnections>()),
+      thread(std::make_unique<LinkThread>()) {}
+
+DBusLink::~DBusLink() {
+    thread->post([connections = connections] { connections->closeAll(); });
+}
+
+std::unique_ptr<Connection> DBusLink::connectionToService(const std::string& serviceName) {
+    sd_bus* started = nullptr;
+    if (sd_bus_open_user_with_description(&started, "velloren-link") < 0)
+        return nullptr;
+    auto bus = std::make_shared<OutgoingBus>(
+        *thread, *connections, OutgoingBus::Timeouts{options.handshakeTimeout, options.callTimeout});
+    // Taken over at once, so that it is closed even when nobody resumes the connection.
+    thread->post([bus, started] { bus->adopt(started); });
+    return std::make_unique<DBusConnection>(*thread, bus, serviceName,
+                                            "<Connection: service " + serviceName + ">", nullptr);
+}
+
+std::unique_ptr<Connection> DBusLink::connectionToEndpoint(const Endpoint& endpoint) {
+    auto bus = std::make_shared<OutgoingBus>(
+        *thread, *connections, OutgoingBus::Timeouts{options.handshakeTimeout, options.callTimeout});
+    return std::make_unique<DBusConnection>(*thread, bus, std::string(),
+                                            "<Connection: endpoint " + endpoint.address() + ">",
+                                            [endpoint](OutgoingBus& started) { started.connect(endpoint); });
+}
+
+std::unique_ptr<Listener> DBusLink::anonymousListener() {
+    return std::make_unique<DBusListener>(*thread);
+}
+
+} // namespace velloren

@@ -1,0 +1,225 @@
+#include "Platform/Freedesktop/Bus/DBusListener.h"
+
+#include "Platform/Foundation/Directories.h"
+#include "Platform/Foundation/RunLoop.h"
+#include "Platform/Freedesktop/Bus/DBusExport.h"
+#include "Platform/Freedesktop/Bus/DBusWire.h"
+#include "Platform/Freedesktop/Bus/LocalSocket.h"
+
+#include <systemd/sd-bus.h>
+#include <systemd/sd-event.h>
+
+#include <atomic>
+#include <cstring>
+#include <map>
+#include <sys/epoll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <utility>
+
+namespace velloren {
+
+namespace {
+
+constexpr int backlog = 16;
+constexpr std::size_t mostConnections = 32;
+
+/// Creates the folder for the user alone, or finds it to be just that.
+bool makePrivateFolder(const std::filesystem::path& folder) {
+    struct stat status {};
+
+    if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
+        return false;
+    return lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid() &&
+           (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+std::string freshSocketPath(const std::filesystem::path& folder) {
+    static std::atomic<int> made = 0;
+    return folder / ("endpoint-" + std::to_string(getpid()) + "-" + std::to_string(++made) + ".socket");
+}
+
+/// A listening socket at the path; negative when there cannot be one.
+int listeningSocket(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (descriptor < 0)
+        return -1;
+    unlink(path.c_str()); // left behind by an earlier process of this number
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    if (bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+        listen(descriptor, backlog) == 0)
+        return descriptor;
+    close(descriptor);
+    return -1;
+}
+
+class AcceptedConnection final : public IncomingConnection {
+  public:
+    void setExportedInterface(ExportedInterface interface) override { exported = std::move(interface); }
+
+    std::optional<ExportedInterface> exported;
+};
+
+} // namespace
+
+/// What the main thread knows of the listener.
+struct DBusListener::Door {
+    DBusListener* listener;
+    ListenerDelegate* delegate = nullptr;
+};
+
+/// The listening socket and the connections it led to, on the link's thread.
+class DBusListener::Server : public std::enable_shared_from_this<Server> {
+  public:
+    Server(LinkThread& thread, int descriptor, std::weak_ptr<Door> door)
+        : thread(thread), descriptor(descriptor), door(std::move(door)) {}
+
+    ~Server() {
+        if (descriptor >= 0)
+            ::close(descriptor);
+    }
+
+    void start() {
+        sd_event_source* source = nullptr;
+        const auto arrived = [](sd_event_source*, int, std::uint32_t, void* self) {
+            static_cast<Server*>(self)->accept();
+            return 0;
+        };
+        sd_event_add_io(thread.loop(), &source, descriptor, EPOLLIN, arrived, this);
+        arrival.reset(source);
+    }
+
+    void close() {
+        arrival.reset();
+        peers.clear();
+        ::close(std::exchange(descriptor, -1));
+    }
+
+  private:
+    struct Peer {
+        Peer(Server& server, std::uint64_t number) : server(server), number(number) {}
+
+        Peer(const Peer&) = delete;
+        Peer& operator=(const Peer&) = delete;
+
+        ~Peer() {
+            exported.reset();
+            sd_bus_close_unref(bus);
+            if (descriptor >= 0)
+                ::close(descriptor);
+        }
+
+        Server& server;
+        std::uint64_t number;
+        int descriptor = -1; ///< until the bus takes it over
+        sd_bus* bus = nullptr;
+        std::shared_ptr<DBusExport> exported;
+    };
+
+    void accept() {
+        const int accepted = accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+        if (accepted < 0)
+            return;
+        if (!peerIsSameUser(accepted) || peers.size() >= mostConnections) {
+            ::close(accepted);
+            return;
+        }
+        const std::uint64_t number = ++latest;
+        peers.emplace(number, std::make_unique<Peer>(*this, number)).first->second->descriptor = accepted;
+        RunLoop::main().post([server = shared_from_this(), door = door, number] {
+            server->letDelegateDecide(door.lock(), number);
+        });
+    }
+
+    /// On the main thread.
+    void letDelegateDecide(const std::shared_ptr<Door>& open, std::uint64_t number) {
+        AcceptedConnection connection;
+        const bool accepted = open && open->delegate &&
+                              open->delegate->listenerShouldAcceptNewConnection(*open->listener, connection);
+        thread.post(
+            [server = shared_from_this(), number, accepted, exported = std::move(connection.exported)] {
+                if (accepted)
+                    server->serve(number, exported);
+                else
+                    server->peers.erase(number);
+            });
+    }
+
+    void serve(std::uint64_t number, const std::optional<ExportedInterface>& exported) {
+        const auto found = peers.find(number);
+        if (found == peers.end())
+            return;
+        Peer& peer = *found->second;
+        if (!startBus(peer)) {
+            peers.erase(found);
+            return;
+        }
+        if (!exported)
+            return;
+        peer.exported = DBusExport::serve(
+            peer.bus, *exported, [](auto task) { RunLoop::main().post(std::move(task)); },
+            [&thread = thread](auto task) { thread.post(std::move(task)); });
+    }
+
+    [[nodiscard]] bool startBus(Peer& peer) const {
+        sd_id128_t identity;
+        if (sd_bus_new(&peer.bus) < 0 || sd_bus_set_fd(peer.bus, peer.descriptor, peer.descriptor) < 0)
+            return false;
+        peer.descriptor = -1;
+        return sd_id128_randomize(&identity) >= 0 && sd_bus_set_server(peer.bus, 1, identity) >= 0 &&
+               sd_bus_start(peer.bus) >= 0 &&
+               sd_bus_add_filter(peer.bus, nullptr, &Server::received, &peer) >= 0 &&
+               sd_bus_attach_event(peer.bus, thread.loop(), SD_EVENT_PRIORITY_NORMAL) >= 0;
+    }
+
+    static int received(sd_bus_message* message, void* data, sd_bus_error*) {
+        if (!wire::isLocalSignal(*message, "Disconnected"))
+            return 0;
+        const auto& [server, number] = std::pair<Server&, std::uint64_t>(static_cast<Peer*>(data)->server,
+                                                                         static_cast<Peer*>(data)->number);
+        server.thread.post(
+            [self = server.shared_from_this(), number = number] { self->peers.erase(number); });
+        return 0;
+    }
+
+    LinkThread& thread;
+    int descriptor;
+    std::weak_ptr<Door> door;
+    wire::EventSource arrival;
+    std::map<std::uint64_t, std::unique_ptr<Peer>> peers;
+    std::uint64_t latest = 0;
+};
+
+DBusListener::DBusListener(LinkThread& thread) : thread(thread), door(std::make_shared<Door>(Door{this})) {}
+
+DBusListener::~DBusListener() {
+    if (!server)
+        return;
+    unlink(socketPath.c_str());
+    thread.post([server = server] { server->close(); });
+}
+
+void DBusListener::setDelegate(ListenerDelegate* delegate) {
+    door->delegate = delegate;
+}
+
+void DBusListener::resume() {
+    const auto folder = directories::runtime();
+    if (server || !folder || !makePrivateFolder(*folder))
+        return;
+    socketPath = freshSocketPath(*folder);
+    ownEndpoint = Endpoint::ofSocketPath(socketPath);
+    const int descriptor = ownEndpoint ? listeningSocket(socketPath) : -1;
+    if (descriptor < 0) {
+        ownEndpoint.reset();
+        return;
+    }
+    server = std::make_shared<Server>(thread, descriptor, door);
+    thread.post([server = server] { server->start(); });
+}
+
+} // namespace velloren

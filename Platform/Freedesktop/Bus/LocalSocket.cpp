@@ -1,0 +1,60 @@
+#include "Platform/Freedesktop/Bus/LocalSocket.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace velloren {
+
+namespace {
+
+/// The socket, and what connect(2) said of it: 0 or the error.
+struct Attempt {
+    int descriptor;
+    int error;
+};
+
+Attempt attempt(const Endpoint& endpoint) {
+    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (descriptor < 0)
+        return {-1, errno};
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string& name = endpoint.socketName();
+    std::memcpy(address.sun_path, name.data(), name.size());
+    // A path ends with a NUL; an abstract name is exactly as long as it is.
+    const bool isPath = name.front() != '\0';
+    const auto length = socklen_t(offsetof(sockaddr_un, sun_path) + name.size() + (isPath ? 1 : 0));
+    const bool connected = connect(descriptor, reinterpret_cast<const sockaddr*>(&address), length) == 0;
+    return {descriptor, connected ? 0 : errno};
+}
+
+} // namespace
+
+int connectedSocket(const Endpoint& endpoint) {
+    const auto [descriptor, error] = attempt(endpoint);
+    if (descriptor >= 0 && error == 0 && peerIsSameUser(descriptor))
+        return descriptor;
+    if (descriptor >= 0)
+        close(descriptor);
+    return -1;
+}
+
+bool isListening(const Endpoint& endpoint) {
+    const auto [descriptor, error] = attempt(endpoint);
+    if (descriptor >= 0)
+        close(descriptor);
+    return error == 0 || error == EAGAIN;
+}
+
+bool peerIsSameUser(int descriptor) {
+    ucred credentials{};
+    socklen_t size = sizeof credentials;
+    return getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &credentials, &size) == 0 &&
+           credentials.uid == geteuid();
+}
+
+} // namespace velloren

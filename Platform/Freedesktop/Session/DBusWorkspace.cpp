@@ -1,0 +1,89 @@
+#include "Platform/Freedesktop/Session/DBusWorkspace.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QDesktopServices>
+#include <QUrl>
+
+namespace velloren {
+
+namespace {
+
+const QString daemonService = QStringLiteral("org.freedesktop.DBus");
+const QString daemonPath = QStringLiteral("/org/freedesktop/DBus");
+
+// The daemon answers at once or not at all.
+constexpr int daemonTimeout = 2000; // milliseconds
+
+QDBusMessage callToDaemon(const QString& method, const QVariantList& arguments) {
+    auto call = QDBusMessage::createMethodCall(daemonService, daemonPath, daemonService, method);
+    call.setArguments(arguments);
+    return call;
+}
+
+} // namespace
+
+DBusWorkspace::DBusWorkspace(const QDBusConnection& sessionBus, const std::vector<std::string>& watched)
+    : bus(sessionBus) {
+    for (const std::string& identifier : watched)
+        bus.connect(daemonService, daemonPath, daemonService, QStringLiteral("NameOwnerChanged"),
+                    {QString::fromStdString(identifier)}, QStringLiteral("sss"), this,
+                    SLOT(nameOwnerChanged(QString, QString, QString)));
+}
+
+Subscription DBusWorkspace::addObserver(Notice notice, Observer observer) {
+    const auto entry = observers.insert(observers.end(), {notice, std::move(observer)});
+    return Subscription([this, entry] { observers.erase(entry); });
+}
+
+std::vector<RunningApplication> DBusWorkspace::runningApplications(const std::string& bundleIdentifier) {
+    const QDBusReply<QStringList> owners =
+        bus.call(callToDaemon(QStringLiteral("ListQueuedOwners"), {QString::fromStdString(bundleIdentifier)}),
+                 QDBus::Block, daemonTimeout);
+    std::vector<RunningApplication> running;
+    for (const QString& owner : owners.value())
+        running.push_back({bundleIdentifier, owner.toStdString()});
+    return running;
+}
+
+bool DBusWorkspace::launchApplication(const std::string& bundleIdentifier) {
+    const QString name = QString::fromStdString(bundleIdentifier);
+    const QDBusReply<QStringList> activatable =
+        bus.call(callToDaemon(QStringLiteral("ListActivatableNames"), {}), QDBus::Block, daemonTimeout);
+    if (!activatable.value().contains(name))
+        return false;
+    // The daemon answers once the application owns its name, or failed to: nobody waits for that.
+    bus.asyncCall(callToDaemon(QStringLiteral("StartServiceByName"), {name, 0u}));
+    return true;
+}
+
+bool DBusWorkspace::openURL(const URL& url) {
+    return QDesktopServices::openUrl(QUrl::fromEncoded(QByteArray::fromStdString(url.absoluteString())));
+}
+
+void DBusWorkspace::nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner) {
+    if (oldOwner.isEmpty() == newOwner.isEmpty())
+        return;
+    const Notice notice = oldOwner.isEmpty() ? Notice::DidLaunchApplication : Notice::DidTerminateApplication;
+    const Notification notification{
+        Notification::Info{{"NSApplicationBundleIdentifier", name.toStdString()}}};
+    std::vector<Observer> told; // an observer may end its own or another's subscription
+    for (const Entry& entry : observers) {
+        if (entry.notice == notice)
+            told.push_back(entry.observer);
+    }
+    for (const Observer& observer : told)
+        observer(notification);
+}
+
+std::optional<InstanceRank> announceRunning(const QDBusConnection& bus, const std::string& bundleIdentifier) {
+    const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply = bus.interface()->registerService(
+        QString::fromStdString(bundleIdentifier), QDBusConnectionInterface::QueueService);
+    if (!reply.isValid() || reply.value() == QDBusConnectionInterface::ServiceNotRegistered)
+        return std::nullopt;
+    const bool waits = reply.value() == QDBusConnectionInterface::ServiceQueued;
+    return waits ? InstanceRank::Later : InstanceRank::First;
+}
+
+} // namespace velloren

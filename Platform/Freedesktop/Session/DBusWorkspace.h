@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Platform/Desktop/Workspace.h"
+
+#include <QDBusConnection>
+#include <QObject>
+
+#include <list>
+
+namespace velloren {
+
+/// The workspace as the session bus shows it: an application is launched when its bundle identifier gets an
+/// owner, and terminated when it loses the last one. Only the given applications are watched, so that the
+/// rest of the session's comings and goings wake nobody.
+class DBusWorkspace final : public QObject, public Workspace {
+    Q_OBJECT
+
+  public:
+    DBusWorkspace(const QDBusConnection& sessionBus, const std::vector<std::string>& watched);
+
+    Subscription addObserver(Notice notice, Observer observer) override;
+    [[nodiscard]] std::vector<RunningApplication>
+    runningApplications(const std::string& bundleIdentifier) override;
+    bool launchApplication(const std::string& bundleIdentifier) override;
+    bool openURL(const URL& url) override;
+
+  private Q_SLOTS:
+    void nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner);
+
+  private:
+    struct Entry {
+        Notice notice;
+        Observer observer;
+    };
+
+    QDBusConnection bus;
+    std::list<Entry> observers;
+};
+
+enum class InstanceRank { First, Later };
+
+/// Takes `bundleIdentifier` as a name of this process on the bus, or waits in line for it behind another
+/// instance: that is how the other processes see that this application runs. None when the bus does not
+/// agree.
+std::optional<InstanceRank> announceRunning(const QDBusConnection& bus, const std::string& bundleIdentifier);
+
+} // namespace velloren

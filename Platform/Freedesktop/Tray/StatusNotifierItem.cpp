@@ -1,0 +1,199 @@
+#include "Platform/Freedesktop/Tray/StatusNotifierItem.h"
+
+#include "Platform/Desktop/GlobalEvents.h"
+
+#include <QCursor>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QtEndian>
+
+#include <array>
+
+namespace velloren {
+
+namespace {
+
+constexpr std::array iconSides{16, 22, 24, 32, 48, 64};
+
+// Panels have trays of both kinds, and offer the older one first when they start.
+constexpr std::chrono::seconds patienceForHost(2);
+
+const QString itemPath = QStringLiteral("/StatusNotifierItem");
+const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+
+StatusNotifierPixmap pixmapOf(const QImage& image) {
+    StatusNotifierPixmap pixmap{image.width(), image.height(), {}};
+    const qsizetype count = qsizetype{image.width()} * image.height();
+    pixmap.pixels.resize(count * qsizetype{sizeof(quint32)});
+    qToBigEndian<quint32>(image.constBits(), count, pixmap.pixels.data());
+    return pixmap;
+}
+
+/// Hosts tell the place in the screen's own pixels; views count in device-independent ones.
+QPoint deviceIndependent(QPoint native) {
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        const QRect logical = screen->geometry();
+        const double ratio = screen->devicePixelRatio();
+        if (QRect(logical.topLeft(), (QSizeF(logical.size()) * ratio).toSize()).contains(native))
+            return logical.topLeft() + ((native - logical.topLeft()).toPointF() / ratio).toPoint();
+    }
+    return native;
+}
+
+} // namespace
+
+QDBusArgument& operator<<(QDBusArgument& argument, const StatusNotifierPixmap& pixmap) {
+    argument.beginStructure();
+    argument << pixmap.width << pixmap.height << pixmap.pixels;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierPixmap& pixmap) {
+    argument.beginStructure();
+    argument >> pixmap.width >> pixmap.height >> pixmap.pixels;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument& operator<<(QDBusArgument& argument, const StatusNotifierToolTip& toolTip) {
+    argument.beginStructure();
+    argument << toolTip.iconName << toolTip.pixmaps << toolTip.title << toolTip.text;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierToolTip& toolTip) {
+    argument.beginStructure();
+    argument >> toolTip.iconName >> toolTip.pixmaps >> toolTip.title >> toolTip.text;
+    argument.endStructure();
+    return argument;
+}
+
+StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, Identity identity, QSize size)
+    : bus(bus), identity(std::move(identity)), itemButton(size),
+      legacyIcon(itemButton, this->identity.title.toStdString(),
+                 [this](QPoint place) { pressed(place.x(), place.y()); }) {
+    qDBusRegisterMetaType<StatusNotifierPixmap>();
+    qDBusRegisterMetaType<StatusNotifierPixmaps>();
+    qDBusRegisterMetaType<StatusNotifierToolTip>();
+
+    itemButton.setDisplayHandler([this] { refreshIcon(); });
+    hostMissing.setSingleShot(true);
+    hostMissing.setInterval(patienceForHost);
+    connect(&hostMissing, &QTimer::timeout, this, [this] { legacyIcon.setWanted(true); });
+    this->bus.registerObject(itemPath, this,
+                             QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots |
+                                 QDBusConnection::ExportAllSignals);
+    this->bus.registerService(this->identity.serviceName);
+    followWatcher();
+}
+
+StatusNotifierItem::~StatusNotifierItem() {
+    bus.unregisterObject(itemPath);
+    bus.unregisterService(identity.serviceName);
+}
+
+StatusNotifierPixmaps StatusNotifierItem::iconPixmap() {
+    if (pixmaps.isEmpty()) {
+        for (const int side : iconSides)
+            pixmaps.append(pixmapOf(itemButton.picture(side)));
+    }
+    return pixmaps;
+}
+
+StatusNotifierToolTip StatusNotifierItem::toolTip() const {
+    return {{}, {}, identity.title, {}};
+}
+
+void StatusNotifierItem::Activate(int x, int y) {
+    pressed(x, y);
+}
+
+void StatusNotifierItem::ContextMenu(int x, int y) {
+    pressed(x, y);
+}
+
+void StatusNotifierItem::SecondaryActivate(int, int) {}
+
+void StatusNotifierItem::Scroll(int, const QString&) {}
+
+void StatusNotifierItem::ProvideXdgActivationToken(const QString& token) {
+    qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+}
+
+void StatusNotifierItem::followWatcher() {
+    watcherOwner.setConnection(bus);
+    watcherOwner.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    watcherOwner.addWatchedService(watcherService);
+    connect(&watcherOwner, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString&, const QString&, const QString& newOwner) {
+                if (!newOwner.isEmpty())
+                    registerWithWatcher();
+                askForHost();
+            });
+    const auto follow = [this](const char* signal, const char* slot) {
+        bus.connect(watcherService, watcherPath, watcherService, QString::fromLatin1(signal), this, slot);
+    };
+    follow("StatusNotifierHostRegistered", SLOT(registerWithWatcher()));
+    follow("StatusNotifierHostRegistered", SLOT(askForHost()));
+    follow("StatusNotifierHostUnregistered", SLOT(askForHost()));
+    registerWithWatcher();
+    askForHost();
+}
+
+void StatusNotifierItem::registerWithWatcher() {
+    auto call = QDBusMessage::createMethodCall(watcherService, watcherPath, watcherService,
+                                               QStringLiteral("RegisterStatusNotifierItem"));
+    call << identity.serviceName;
+    call.setAutoStartService(false);
+    bus.send(call);
+}
+
+void StatusNotifierItem::askForHost() {
+    auto question = QDBusMessage::createMethodCall(watcherService, watcherPath,
+                                                   QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                   QStringLiteral("Get"));
+    question << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
+    question.setAutoStartService(false);
+    auto* answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
+        const QDBusPendingReply<QDBusVariant> reply = *answer;
+        hostKnown(!reply.isError() && reply.value().variant().toBool());
+        answer->deleteLater();
+    });
+}
+
+void StatusNotifierItem::hostKnown(bool hosted) {
+    if (hosted) {
+        hostMissing.stop();
+        legacyIcon.setWanted(false);
+    } else if (!hostMissing.isActive()) {
+        hostMissing.start();
+    }
+}
+
+void StatusNotifierItem::refreshIcon() {
+    const StatusNotifierPixmaps shown = std::exchange(pixmaps, {});
+    if (iconPixmap() == shown)
+        return;
+    Q_EMIT NewIcon();
+    legacyIcon.redraw();
+}
+
+void StatusNotifierItem::pressed(int x, int y) {
+    // The press of this very click has closed the popover already: it must not open it again.
+    if (GlobalEvents::shared().takeClickSeenByMonitor())
+        return;
+    // Hosts that do not know the place say the origin.
+    const QPoint native(x, y);
+    itemButton.press(native.isNull() ? QCursor::pos() : deviceIndependent(native));
+}
+
+} // namespace velloren

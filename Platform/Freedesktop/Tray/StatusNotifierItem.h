@@ -1,0 +1,116 @@
+#pragma once
+
+#include "Platform/Desktop/StatusBar.h"
+#include "Platform/Freedesktop/Tray/XEmbedIcon.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QDBusServiceWatcher>
+#include <QList>
+#include <QObject>
+#include <QTimer>
+
+namespace velloren {
+
+/// One size of an icon as it travels over the bus: ARGB32, each pixel in network byte order.
+struct StatusNotifierPixmap {
+    int width = 0;
+    int height = 0;
+    QByteArray pixels;
+
+    friend bool operator==(const StatusNotifierPixmap&, const StatusNotifierPixmap&) = default;
+};
+
+using StatusNotifierPixmaps = QList<StatusNotifierPixmap>;
+
+struct StatusNotifierToolTip {
+    QString iconName;
+    StatusNotifierPixmaps pixmaps;
+    QString title;
+    QString text;
+};
+
+QDBusArgument& operator<<(QDBusArgument& argument, const StatusNotifierPixmap& pixmap);
+const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierPixmap& pixmap);
+QDBusArgument& operator<<(QDBusArgument& argument, const StatusNotifierToolTip& toolTip);
+const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierToolTip& toolTip);
+
+/// A status item as an object on the session bus, with a bus name of its own. While nobody hosts such items
+/// it stands in a tray of the older kind, if there is one.
+class StatusNotifierItem final : public QObject, public StatusItem, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
+    Q_PROPERTY(QString Category READ category)
+    Q_PROPERTY(QString Id READ id)
+    Q_PROPERTY(QString Title READ title)
+    Q_PROPERTY(QString Status READ status)
+    Q_PROPERTY(int WindowId READ windowId)
+    Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
+    Q_PROPERTY(QString IconName READ iconName)
+    Q_PROPERTY(velloren::StatusNotifierPixmaps IconPixmap READ iconPixmap)
+    Q_PROPERTY(velloren::StatusNotifierToolTip ToolTip READ toolTip)
+
+  public:
+    struct Identity {
+        QString id;
+        QString title;
+        QString serviceName;
+    };
+
+    StatusNotifierItem(const QDBusConnection& bus, Identity identity, QSize size);
+    ~StatusNotifierItem() override;
+
+    [[nodiscard]] StatusBarButton* button() override { return &itemButton; }
+
+    [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
+
+    [[nodiscard]] QString id() const { return identity.id; }
+
+    [[nodiscard]] QString title() const { return identity.title; }
+
+    [[nodiscard]] QString status() const { return QStringLiteral("Active"); }
+
+    [[nodiscard]] int windowId() const { return 0; }
+
+    [[nodiscard]] bool itemIsMenu() const { return false; }
+
+    [[nodiscard]] QString iconName() const { return {}; }
+
+    [[nodiscard]] StatusNotifierPixmaps iconPixmap();
+    [[nodiscard]] StatusNotifierToolTip toolTip() const;
+
+  public Q_SLOTS: // the host's calls
+    void Activate(int x, int y);
+    void ContextMenu(int x, int y);
+    void SecondaryActivate(int x, int y);
+    void Scroll(int delta, const QString& orientation);
+    void ProvideXdgActivationToken(const QString& token);
+
+  Q_SIGNALS:
+    void NewIcon();
+
+  private Q_SLOTS:
+    void registerWithWatcher();
+    void askForHost();
+
+  private:
+    void hostKnown(bool hosted);
+    void followWatcher();
+    void refreshIcon();
+    void pressed(int x, int y);
+
+    QDBusConnection bus;
+    Identity identity;
+    StatusBarButton itemButton;
+    QDBusServiceWatcher watcherOwner;
+    QTimer hostMissing;
+    XEmbedIcon legacyIcon;
+    StatusNotifierPixmaps pixmaps;
+};
+
+} // namespace velloren
+
+Q_DECLARE_METATYPE(velloren::StatusNotifierPixmap)
+Q_DECLARE_METATYPE(velloren::StatusNotifierPixmaps)
+Q_DECLARE_METATYPE(velloren::StatusNotifierToolTip)

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+
+struct xcb_connection_t;
+
+/// The X display that Qt is connected to. Main thread only.
+namespace velloren::x11 {
+
+/// None when this process shows itself on something else.
+[[nodiscard]] xcb_connection_t* connection();
+
+/// The atom of that name, asked for once; 0 when the server does not answer.
+[[nodiscard]] std::uint32_t atomNamed(std::string_view name);
+
+/// Owns a reply of the X server; none when there was none.
+template <class Reply>
+std::unique_ptr<Reply, decltype(&std::free)> owned(Reply* reply) {
+    return {reply, &std::free};
+}
+
+} // namespace velloren::x11

@@ -1,0 +1,32 @@
+#include "Platform/Freedesktop/Windowing/X11WindowServer.h"
+
+#include "Platform/Freedesktop/Windowing/X11Display.h"
+
+#include <QCursor>
+#include <QWidget>
+#include <xcb/xcb.h>
+
+namespace velloren {
+
+std::optional<QPoint> X11WindowServer::pointerLocation() const {
+    return x11::connection() ? std::optional(QCursor::pos()) : std::nullopt;
+}
+
+bool X11WindowServer::isComposited() const {
+    xcb_connection_t* connection = x11::connection();
+    if (!connection)
+        return true;
+    const auto reply = x11::owned(xcb_get_selection_owner_reply(
+        connection, xcb_get_selection_owner(connection, x11::atomNamed("_NET_WM_CM_S0")), nullptr));
+    return reply && reply->owner != XCB_WINDOW_NONE;
+}
+
+void X11WindowServer::preparePopover(QWidget& window) {
+    window.setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
+}
+
+void X11WindowServer::placePopover(QWidget& window, const QRect& frame) {
+    window.setGeometry(frame);
+}
+
+} // namespace velloren

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Platform/Views/WindowServer.h"
+
+namespace velloren {
+
+/// An X server, and the window manager and compositor on it. Where this process shows itself on something
+/// else, a display that tells nothing. Main thread only.
+class X11WindowServer final : public WindowServer {
+  public:
+    [[nodiscard]] std::optional<QPoint> pointerLocation() const override;
+    [[nodiscard]] bool isComposited() const override;
+    void preparePopover(QWidget& window) override;
+    void placePopover(QWidget& window, const QRect& frame) override;
+};
+
+} // namespace velloren

@@ -1,0 +1,136 @@
+#include "Platform/Freedesktop/Windowing/XInputEvents.h"
+
+#include "Platform/Freedesktop/Windowing/X11Display.h"
+#include "Platform/Views/View.h"
+
+#include <QApplication>
+#include <QCursor>
+#include <xcb/xcb.h>
+#include <xcb/xinput.h>
+
+#include <optional>
+
+namespace velloren {
+
+namespace {
+
+// A host may tell of a click when its button goes down or when it comes up again; it says so on another
+// connection, so the word can come a little after the button's own event.
+constexpr std::chrono::milliseconds hostLag{1000};
+
+std::optional<EventType> pressTypeOf(unsigned button) {
+    switch (button) {
+    case XCB_BUTTON_INDEX_1:
+        return EventType::LeftMouseDown;
+    case XCB_BUTTON_INDEX_2:
+        return EventType::OtherMouseDown;
+    case XCB_BUTTON_INDEX_3:
+        return EventType::RightMouseDown;
+    default:
+        return std::nullopt; // wheels and side buttons
+    }
+}
+
+bool isInOwnWindow(QPoint position) {
+    const QWidget* widget = QApplication::widgetAt(position);
+    // A window's bare surface is the margin around its frame: it shows what lies behind it.
+    return widget && !qobject_cast<const Window*>(widget);
+}
+
+} // namespace
+
+XInputEvents::XInputEvents() {
+    clickEnd.setSingleShot(true);
+    clickEnd.setInterval(hostLag);
+    QObject::connect(&clickEnd, &QTimer::timeout, &clickEnd, [this] { setClick(Click::NotSeen); });
+
+    xcb_connection_t* display = x11::connection();
+    if (!display)
+        return;
+    const auto* extension = xcb_get_extension_data(display, &xcb_input_id);
+    const auto version = x11::owned(
+        xcb_input_xi_query_version_reply(display, xcb_input_xi_query_version(display, 2, 2), nullptr));
+    if (!extension || !extension->present || !version)
+        return;
+    connection = display;
+    inputOpcode = extension->major_opcode;
+    rootWindow = xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
+    qApp->installNativeEventFilter(this);
+}
+
+XInputEvents::~XInputEvents() {
+    setClick(Click::NotSeen);
+}
+
+Subscription XInputEvents::addMonitorForEventsMatchingMask(EventMask mask, Handler handler) {
+    return monitors.add(mask, std::move(handler), [this] { selectWhatIsNeeded(); });
+}
+
+bool XInputEvents::takeClickSeenByMonitor() {
+    const bool seen = click != Click::NotSeen;
+    setClick(Click::NotSeen);
+    return seen;
+}
+
+bool XInputEvents::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
+    if (eventType != "xcb_generic_event_t")
+        return false;
+    const auto* generic = static_cast<const xcb_ge_generic_event_t*>(message);
+    if ((generic->response_type & 0x7f) != XCB_GE_GENERIC || generic->extension != inputOpcode)
+        return false;
+    const auto* raw = static_cast<const xcb_input_raw_button_press_event_t*>(message);
+    if (generic->event_type == XCB_INPUT_RAW_BUTTON_PRESS)
+        pressed(raw->detail);
+    else if (generic->event_type == XCB_INPUT_RAW_BUTTON_RELEASE)
+        released(raw->detail);
+    return false;
+}
+
+void XInputEvents::pressed(unsigned button) {
+    setClick(Click::NotSeen);
+    const auto type = pressTypeOf(button);
+    const QPoint position = QCursor::pos();
+    if (!type || isInOwnWindow(position))
+        return;
+
+    const auto told = monitors.handlersFor(maskOf(*type));
+    if (told.empty())
+        return;
+    clickButton = button;
+    setClick(Click::Pressed);
+    if (QApplication::activePopupWidget())
+        return; // a menu of this process has the pointer: to dismiss it is all that this click does
+    const Event event{*type, position};
+    for (const Handler& handler : told)
+        handler(&event);
+}
+
+void XInputEvents::released(unsigned button) {
+    if (click == Click::Pressed && button == clickButton)
+        setClick(Click::Released);
+}
+
+void XInputEvents::setClick(Click next) {
+    click = next;
+    next == Click::Released ? clickEnd.start() : clickEnd.stop();
+    selectWhatIsNeeded();
+}
+
+void XInputEvents::selectWhatIsNeeded() {
+    const std::uint32_t press = XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS;
+    const std::uint32_t release = XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE;
+    const std::uint32_t needed = monitors.empty() && click == Click::NotSeen ? 0 : press | release;
+    if (!connection || needed == selected)
+        return;
+    selected = needed;
+
+    struct {
+        xcb_input_event_mask_t head;
+        std::uint32_t mask;
+    } selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1}, needed};
+
+    xcb_input_xi_select_events(connection, rootWindow, 1, &selection.head);
+    xcb_flush(connection);
+}
+
+} // namespace velloren

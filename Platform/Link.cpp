@@ -1,9 +1,0 @@
-#include "Platform/Link.h"
-
-namespace velloren {
-
-bool ListenerDelegate::listenerShouldAcceptNewConnection(Listener&, IncomingConnection&) {
-    return false;
-}
-
-} // namespace velloren

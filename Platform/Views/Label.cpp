@@ -1,0 +1,110 @@
+#include "Platform/Views/Label.h"
+
+#include <QHelpEvent>
+#include <QPainter>
+#include <QToolTip>
+
+#include <algorithm>
+
+namespace velloren {
+
+namespace {
+
+// Texts come from other people and have no bound; no label is wide enough for this many characters.
+constexpr qsizetype longestLine = 512;
+constexpr qsizetype longestToolTip = 2000;
+
+QString cut(const QString& text, qsizetype length) {
+    if (text.size() <= length)
+        return text;
+    const bool splitsPair = text.at(length - 1).isHighSurrogate();
+    return text.left(splitsPair ? length - 1 : length) + QChar(0x2026);
+}
+
+QString asOneLine(const QString& text) {
+    QString line = cut(text, longestLine);
+    std::replace_if(
+        line.begin(), line.end(),
+        [](QChar c) {
+            return c.category() == QChar::Other_Control || c == QChar::LineSeparator ||
+                   c == QChar::ParagraphSeparator;
+        },
+        QLatin1Char(' '));
+    return line;
+}
+
+/// Tool tips take anything that looks like markup for markup.
+QString asToolTip(const QString& text) {
+    return QStringLiteral("<p style='white-space: pre-wrap'>%1</p>")
+        .arg(cut(text, longestToolTip).toHtmlEscaped());
+}
+
+} // namespace
+
+Label::Label(QWidget* parent) : QWidget(parent) {
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void Label::setStringValue(const QString& value) {
+    text = value;
+    line = asOneLine(value);
+    setAccessibleName(line);
+    updateGeometry();
+    update();
+}
+
+void Label::setStringValue(const std::string& utf8) {
+    setStringValue(QString::fromStdString(utf8));
+}
+
+void Label::setPixelSize(int size) {
+    QFont changed = font();
+    changed.setPixelSize(size);
+    setFont(changed);
+    updateGeometry();
+}
+
+void Label::setWeight(int weight) {
+    QFont changed = font();
+    changed.setWeight(static_cast<QFont::Weight>(weight));
+    setFont(changed);
+}
+
+void Label::setTextColor(const QColor& newColor) {
+    color = newColor;
+    update();
+}
+
+QSize Label::sizeHint() const {
+    const QFontMetrics metrics = fontMetrics();
+    return {metrics.horizontalAdvance(line), metrics.height()};
+}
+
+QSize Label::minimumSizeHint() const {
+    return {0, fontMetrics().height()};
+}
+
+QString Label::elided() const {
+    return fontMetrics().elidedText(line, Qt::ElideRight, width());
+}
+
+void Label::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setPen(color);
+    // The list keeps its reading edge; each text runs in the direction of its own script.
+    const Qt::Alignment edge = layoutDirection() == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
+    const Qt::Alignment place = edge | Qt::AlignAbsolute | Qt::AlignVCenter;
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
+    painter.drawText(rect(), static_cast<int>(place.toInt()) | Qt::TextSingleLine, elided());
+}
+
+bool Label::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip)
+        return QWidget::event(event);
+    const auto* help = static_cast<const QHelpEvent*>(event);
+    if (elided() != text)
+        QToolTip::showText(help->globalPos(), asToolTip(text), this);
+    return true;
+}
+
+} // namespace velloren

@@ -1,0 +1,38 @@
+#include "Platform/Views/PopUpButtonCell.h"
+
+#include <QScreen>
+
+namespace velloren {
+
+namespace {
+
+QPoint menuCorner(const QRect& frame, QSize menu, RectEdge edge, const QRect& screen) {
+    const bool fits = frame.left() + menu.width() <= screen.right();
+    const int left = fits ? frame.left() : frame.right() + 1 - menu.width();
+    switch (edge) {
+    case RectEdge::MinX:
+        return {frame.left() - menu.width(), frame.top()};
+    case RectEdge::MinY:
+        return {left, frame.bottom() + 1};
+    case RectEdge::MaxX:
+        return {frame.right() + 1, frame.top()};
+    case RectEdge::MaxY:
+        return {left, frame.top() - menu.height()};
+    }
+    return frame.topLeft();
+}
+
+} // namespace
+
+void PopUpButtonCell::performClickWithFrame(const QRect& frame, QWidget& view) {
+    if (!shownMenu)
+        return;
+    if (const auto items = shownMenu->actions(); dropsDown && !items.isEmpty())
+        items.first()->setVisible(false);
+    // The press that dismisses the menu has had its effect: it may be on the button again.
+    shownMenu->setAttribute(Qt::WA_NoMouseReplay);
+    const QRect onScreen(view.mapToGlobal(frame.topLeft()), frame.size());
+    shownMenu->exec(menuCorner(onScreen, shownMenu->sizeHint(), edge, view.screen()->availableGeometry()));
+}
+
+} // namespace velloren

@@ -1,0 +1,58 @@
+#include "Platform/Views/Popover.h"
+
+#include "Platform/Views/PopoverWindow.h"
+
+namespace velloren {
+
+Popover::Popover() = default;
+
+Popover::~Popover() {
+    performClose();
+}
+
+void Popover::setContentViewController(std::unique_ptr<ViewController> newController) {
+    performClose();
+    controller = std::move(newController);
+}
+
+void Popover::showRelativeToRect(const QRect& rect, const View& view, RectEdge) {
+    if (!controller)
+        return;
+    const QRect anchor = view.rectOnScreen(rect);
+    if (window) {
+        window->setAnchor(anchor);
+        return;
+    }
+    controller->viewWillAppear();
+    window = std::make_unique<PopoverWindow>(anchor);
+    window->setCloseRequestHandler([this] {
+        if (closeRequested)
+            closeRequested();
+    });
+    window->setContent(controller->view());
+    window->show();
+    activate();
+    controller->viewDidAppear();
+}
+
+void Popover::activate() {
+    if (!window)
+        return;
+    window->raise();
+    window->activateWindow();
+}
+
+void Popover::performClose() {
+    if (!window)
+        return;
+    window->hide();
+    window->releaseContent();
+    // A click on something inside may be what closes the popover: the window is still handling it.
+    window.release()->deleteLater();
+}
+
+Window* Popover::contentWindow() const {
+    return window.get();
+}
+
+} // namespace velloren

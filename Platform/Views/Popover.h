@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Platform/Views/RectEdge.h"
+#include "Platform/Views/View.h"
+#include "Platform/Views/ViewController.h"
+
+#include <functional>
+#include <memory>
+
+namespace velloren {
+
+class PopoverWindow;
+
+/// A bubble with an arrow that points at a view. It closes only when it is told to. Its window is made
+/// afresh for each showing and takes the keyboard's focus but no grab; its content is kept. Main thread only.
+class Popover final {
+  public:
+    Popover();
+    Popover(const Popover&) = delete;
+    Popover& operator=(const Popover&) = delete;
+    ~Popover();
+
+    void setContentViewController(std::unique_ptr<ViewController> controller);
+
+    /// None before it was set.
+    [[nodiscard]] ViewController* contentViewController() const { return controller.get(); }
+
+    [[nodiscard]] bool animates() const { return animated; }
+
+    /// Whether the window fades in and out, where the desktop's window manager does that.
+    void setAnimates(bool animates) { animated = animates; }
+
+    [[nodiscard]] bool isShown() const { return window != nullptr; }
+
+    /// Shows the content beside `rect` of `view`. The side is the preferred edge's, as the bar's place on the
+    /// screen allows; a popover that is shown already moves there. Without a content nothing is shown.
+    void showRelativeToRect(const QRect& rect, const View& view, RectEdge preferredEdge);
+
+    /// Brings the popover to the front and gives it the keyboard, as far as the window manager lets it.
+    void activate();
+
+    /// Closes the popover; does nothing when it is not shown.
+    void performClose();
+
+    /// The window of the present showing; none while closed.
+    [[nodiscard]] Window* contentWindow() const;
+
+    /// Called when the user asks the window manager to close the popover's window.
+    void setCloseRequestHandler(std::function<void()> handler) { closeRequested = std::move(handler); }
+
+  private:
+    std::unique_ptr<ViewController> controller;
+    std::unique_ptr<PopoverWindow> window;
+    std::function<void()> closeRequested;
+    bool animated = true;
+};
+
+} // namespace velloren

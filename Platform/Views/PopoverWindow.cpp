@@ -1,0 +1,194 @@
+#include "Platform/Views/PopoverWindow.h"
+
+#include "Platform/Views/BandedFill.h"
+#include "Platform/Views/PopoverSurroundings.h"
+#include "Platform/Views/WindowServer.h"
+
+#include <QAbstractButton>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScreen>
+
+namespace velloren {
+
+namespace {
+
+constexpr int rimMargin = 1;
+constexpr QColor rimColor(0, 0, 0, 46);
+
+/// None on the arrow's side: a window that reaches into the panel gets moved away by window managers.
+QMargins marginsAround(ArrowEdge arrowEdge, int margin) {
+    QMargins margins(margin, margin, margin, margin);
+    switch (arrowEdge) {
+    case ArrowEdge::Top:
+        margins.setTop(0);
+        break;
+    case ArrowEdge::Bottom:
+        margins.setBottom(0);
+        break;
+    case ArrowEdge::Left:
+        margins.setLeft(0);
+        break;
+    case ArrowEdge::Right:
+        margins.setRight(0);
+        break;
+    }
+    return margins;
+}
+
+} // namespace
+
+void PopoverFrameView::setArrow(ArrowEdge edge, int centre) {
+    arrowEdge = edge;
+    arrowCentre = centre;
+    updateShape();
+    update();
+}
+
+QRect PopoverFrameView::contentRect() const {
+    constexpr int length = PopoverMetrics::arrowLength;
+    switch (arrowEdge) {
+    case ArrowEdge::Top:
+        return rect().adjusted(0, length, 0, 0);
+    case ArrowEdge::Bottom:
+        return rect().adjusted(0, 0, 0, -length);
+    case ArrowEdge::Left:
+        return rect().adjusted(length, 0, 0, 0);
+    case ArrowEdge::Right:
+        return rect().adjusted(0, 0, -length, 0);
+    }
+    return rect();
+}
+
+void PopoverFrameView::resizeEvent(QResizeEvent* event) {
+    View::resizeEvent(event);
+    updateShape();
+}
+
+void PopoverFrameView::updateShape() {
+    constexpr double halfWidth = PopoverMetrics::arrowHalfWidth;
+    constexpr double length = PopoverMetrics::arrowLength;
+    // Drawn as the arrow of a top edge, its tip at the origin, then turned to the edge it stands on.
+    QPainterPath arrow;
+    arrow.moveTo(-halfWidth, length + 1);
+    arrow.lineTo(-halfWidth, length);
+    arrow.cubicTo(-halfWidth / 2, length, -halfWidth / 4, 0, 0, 0);
+    arrow.cubicTo(halfWidth / 4, 0, halfWidth / 2, length, halfWidth, length);
+    arrow.lineTo(halfWidth, length + 1);
+    arrow.closeSubpath();
+
+    QTransform toEdge;
+    switch (arrowEdge) {
+    case ArrowEdge::Top:
+        toEdge.translate(arrowCentre, 0);
+        break;
+    case ArrowEdge::Bottom:
+        toEdge.translate(arrowCentre, height()).rotate(180);
+        break;
+    case ArrowEdge::Left:
+        toEdge.translate(0, arrowCentre).rotate(-90);
+        break;
+    case ArrowEdge::Right:
+        toEdge.translate(width(), arrowCentre).rotate(90);
+        break;
+    }
+
+    arrowShape = toEdge.map(arrow);
+    QPainterPath bubble;
+    bubble.addRoundedRect(contentRect(), PopoverMetrics::cornerRadius, PopoverMetrics::cornerRadius);
+    shape = bubble.united(arrowShape);
+}
+
+PopoverWindow::PopoverWindow(const QRect& anchor)
+    : frame(this), anchor(anchor), composited(WindowServer::shared().isComposited()) {
+    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                   Qt::NoDropShadowWindowHint);
+    setAttribute(Qt::WA_TranslucentBackground, composited);
+    WindowServer::shared().preparePopover(*this);
+    setWindowTitle(QGuiApplication::applicationDisplayName());
+    setFocus(); // else the first button has it, and looks pressed to somebody with a mouse
+}
+
+void PopoverWindow::setContent(QWidget& view) {
+    content = &view;
+    content->installEventFilter(this);
+    moveToSuperview(*content, &frame);
+    content->show();
+    place();
+}
+
+void PopoverWindow::releaseContent() {
+    content->removeEventFilter(this);
+    moveToSuperview(*content, nullptr);
+    content = nullptr;
+}
+
+void PopoverWindow::setAnchor(const QRect& rect) {
+    anchor = rect;
+    place();
+}
+
+void PopoverWindow::place() {
+    const QScreen* screen = QGuiApplication::screenAt(anchor.center());
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    const QSize size =
+        content->sizeHint().expandedTo(content->minimumSize()).boundedTo(content->maximumSize());
+    const PopoverPlacement placement =
+        placePopover(anchor, size, screen->geometry(), screen->availableGeometry());
+
+    const QMargins margins = marginsAround(placement.arrowEdge, composited ? popoverShadowMargin : rimMargin);
+    // A window that reaches over the screen's edge gets moved away, too.
+    const QRect geometry = placement.frame.marginsAdded(margins).intersected(screen->geometry());
+    WindowServer::shared().placePopover(*this, geometry);
+    frame.setGeometry(placement.frame.translated(-geometry.topLeft()));
+    frame.setArrow(placement.arrowEdge, placement.arrowCentre);
+    content->setGeometry(frame.contentRect());
+    if (!composited) {
+        QPainterPathStroker rim;
+        rim.setWidth(2 * rimMargin);
+        const QPainterPath outline = frame.outline()->translated(frame.pos());
+        setMask(outline.united(rim.createStroke(outline)).toFillPolygon().toPolygon());
+    }
+}
+
+void PopoverWindow::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    drawPopoverSurroundings(painter, frame.contentRect().translated(frame.pos()));
+    QPainterPathStroker rim;
+    rim.setWidth(2 * rimMargin);
+    fillInBands(painter, rim.createStroke(frame.arrow().translated(frame.pos())), rimColor);
+}
+
+void PopoverWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    if (event->spontaneous() && closeRequested)
+        closeRequested();
+}
+
+void PopoverWindow::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+    case Qt::Key_Escape:
+        if (closeRequested)
+            closeRequested();
+        return;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (auto* button = qobject_cast<QAbstractButton*>(focusWidget()))
+            button->click();
+        return;
+    default:
+        Window::keyPressEvent(event);
+    }
+}
+
+bool PopoverWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == content && event->type() == QEvent::LayoutRequest)
+        place();
+    return Window::eventFilter(watched, event);
+}
+
+} // namespace velloren

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "Platform/Views/PopoverPlacement.h"
+#include "Platform/Views/View.h"
+
+#include <functional>
+
+namespace velloren {
+
+/// The frame of a popover: the bubble's shape, arrow included, around the content.
+class PopoverFrameView final : public View {
+    Q_OBJECT
+
+  public:
+    using View::View;
+
+    void setArrow(ArrowEdge edge, int centre);
+
+    /// The bubble's shape in this view's coordinates.
+    [[nodiscard]] std::optional<QPainterPath> outline() const override { return shape; }
+
+    /// The arrow's part of the outline.
+    [[nodiscard]] const QPainterPath& arrow() const { return arrowShape; }
+
+    /// The rectangle within the arrow's side.
+    [[nodiscard]] QRect contentRect() const;
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    void updateShape();
+
+    QPainterPath shape;
+    QPainterPath arrowShape;
+    ArrowEdge arrowEdge = ArrowEdge::Top;
+    int arrowCentre = 0;
+};
+
+/// The window of one showing of a popover. It follows the size that its content asks for. Its controls are
+/// reached by Tab and work by Return as well as by Space; Escape asks for it to be closed.
+class PopoverWindow final : public Window {
+    Q_OBJECT
+
+  public:
+    /// `anchor` is what the arrow points at, on the screen.
+    explicit PopoverWindow(const QRect& anchor);
+
+    /// Takes the content in; `releaseContent` gives it back before the window goes.
+    void setContent(QWidget& content);
+    void releaseContent();
+
+    [[nodiscard]] QWidget* contentView() const override { return content; }
+
+    [[nodiscard]] const PopoverFrameView& frameView() const { return frame; }
+
+    void setAnchor(const QRect& anchor);
+
+    void setCloseRequestHandler(std::function<void()> handler) { closeRequested = std::move(handler); }
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void place();
+
+    PopoverFrameView frame;
+    QWidget* content = nullptr;
+    QRect anchor;
+    bool composited;
+    std::function<void()> closeRequested;
+};
+
+} // namespace velloren

@@ -1,0 +1,11 @@
+#include "Platform/Views/WindowServer.h"
+
+#include "Platform/Foundation/SharedInstance.h"
+
+namespace velloren {
+
+WindowServer& WindowServer::shared() {
+    return SharedInstance<WindowServer>::get();
+}
+
+} // namespace velloren

@@ -1,0 +1,71 @@
+#include "Platform/Foundation/CurrentLocale.h"
+#include "Tests/Support/EnvironmentVariable.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace velloren {
+namespace {
+
+class CurrentLocaleTest : public testing::Test {
+  protected:
+    ~CurrentLocaleTest() override { CurrentLocale::setHourCycle(HourCycle::FromLocale); }
+
+    EnvironmentVariable all{"LC_ALL", std::nullopt};
+    EnvironmentVariable time{"LC_TIME", std::nullopt};
+    EnvironmentVariable language{"LANG", std::nullopt};
+};
+
+TEST_F(CurrentLocaleTest, ComesFromTheFirstVariableThatIsSet) {
+    language.set("de_DE.UTF-8");
+    EXPECT_EQ(CurrentLocale::identifier(), "de_DE");
+    time.set("en_GB.UTF-8");
+    EXPECT_EQ(CurrentLocale::identifier(), "en_GB");
+    all.set("ja_JP.UTF-8");
+    EXPECT_EQ(CurrentLocale::identifier(), "ja_JP");
+    all.set("");
+    EXPECT_EQ(CurrentLocale::identifier(), "en_GB");
+}
+
+TEST_F(CurrentLocaleTest, UnderstandsTheNamesOfTheCLibrary) {
+    const std::pair<const char*, const char*> names[] = {
+        {"fr", "fr"},
+        {"en_US@hours=h12;x=\x01", "en_US"},
+        {"de_AT.ISO-8859-15@euro", "de_AT"},
+        {"sr_RS.UTF-8@latin", "sr_Latn_RS"},
+        {"sr_RS@cyrillic", "sr_Cyrl_RS"},
+        {"es_419.utf8", "es_419"},
+        {"ckb_IQ.UTF-8", "ckb_IQ"},
+    };
+    for (const auto& [name, identifier] : names) {
+        language.set(name);
+        EXPECT_EQ(CurrentLocale::identifier(), identifier) << name;
+    }
+}
+
+TEST_F(CurrentLocaleTest, IsUSEnglishWithTheLongClockWhereNoLocaleIsNamed) {
+    EXPECT_EQ(CurrentLocale::identifier(), "en_US_POSIX@hours=h23");
+    for (const std::string& name : {std::string("C"), std::string("C.UTF-8"), std::string("POSIX"),
+                                    std::string("/tmp/locale"), std::string("en_US_x"), std::string("EN_us"),
+                                    std::string("_US"), std::string(100'000, 'a'), std::string("\xFF\xFE")}) {
+        language.set(name);
+        EXPECT_EQ(CurrentLocale::identifier(), "en_US_POSIX@hours=h23") << name.substr(0, 40);
+    }
+}
+
+TEST_F(CurrentLocaleTest, FollowsTheDesktopsClock) {
+    language.set("de_DE.UTF-8");
+    CurrentLocale::setHourCycle(HourCycle::TwelveHour);
+    EXPECT_EQ(CurrentLocale::identifier(), "de_DE@hours=h12");
+    CurrentLocale::setHourCycle(HourCycle::TwentyFourHour);
+    EXPECT_EQ(CurrentLocale::identifier(), "de_DE@hours=h23");
+    CurrentLocale::setHourCycle(HourCycle::FromLocale);
+    EXPECT_EQ(CurrentLocale::identifier(), "de_DE");
+    language.set("C");
+    CurrentLocale::setHourCycle(HourCycle::TwelveHour);
+    EXPECT_EQ(CurrentLocale::identifier(), "en_US_POSIX@hours=h12");
+}
+
+} // namespace
+} // namespace velloren

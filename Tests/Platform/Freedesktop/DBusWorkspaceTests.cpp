@@ -1,0 +1,108 @@
+#include "Platform/Freedesktop/Session/DBusWorkspace.h"
+#include "Tests/Support/PrivateBus.h"
+#include "Tests/Support/QtTest.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <gmock/gmock.h>
+
+namespace velloren {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::SizeIs;
+
+const std::string mainApp = "com.velloren.velloren-mac";
+
+class DBusWorkspaceTest : public QtTest {
+  protected:
+    DBusWorkspaceTest() {
+        const auto note = [this](const std::string& what) {
+            return [this, what](const Notification& notification) {
+                notices.push_back(
+                    what + std::get<std::string>(notification.userInfo->at("NSApplicationBundleIdentifier")));
+            };
+        };
+        launch = workspace->addObserver(Workspace::Notice::DidLaunchApplication, note("launch of "));
+        termination =
+            workspace->addObserver(Workspace::Notice::DidTerminateApplication, note("termination of "));
+    }
+
+    ~DBusWorkspaceTest() override {
+        launch = Subscription();
+        termination = Subscription();
+        workspace.reset();
+        for (const char* name : {"near", "first", "second"})
+            QDBusConnection::disconnectFromBus(QString::fromLatin1(name));
+    }
+
+    QDBusConnection connection(const char* name) {
+        return QDBusConnection::connectToBus(QString::fromStdString(bus.address()),
+                                             QString::fromLatin1(name));
+    }
+
+    [[nodiscard]] std::size_t running() { return workspace->runningApplications(mainApp).size(); }
+
+    PrivateBus bus;
+    std::unique_ptr<DBusWorkspace> workspace =
+        std::make_unique<DBusWorkspace>(connection("near"), std::vector<std::string>{mainApp});
+    std::vector<std::string> notices;
+    Subscription launch;
+    Subscription termination;
+};
+
+} // namespace
+
+TEST_F(DBusWorkspaceTest, TellsOfTheFirstLaunchAndTheLastTermination) {
+    const std::string launched = "launch of " + mainApp;
+    const std::string terminated = "termination of " + mainApp;
+    EXPECT_EQ(running(), 0u);
+    EXPECT_TRUE(announceRunning(connection("first"), mainApp));
+    EXPECT_TRUE(waitUntil([&] { return notices.size() == 1; }));
+    EXPECT_TRUE(announceRunning(connection("second"), mainApp));
+    EXPECT_TRUE(announceRunning(connection("second"), "com.velloren.other"));
+    EXPECT_EQ(running(), 2u) << "one that waits for the name runs as well";
+    QDBusConnection::disconnectFromBus(QStringLiteral("first"));
+    EXPECT_TRUE(waitUntil([&] { return running() == 1; }));
+    EXPECT_THAT(notices, ElementsAre(launched)) << "the name changed hands";
+    QDBusConnection::disconnectFromBus(QStringLiteral("second"));
+    EXPECT_TRUE(waitUntil([&] { return notices.size() == 2; }));
+    EXPECT_THAT(notices, ElementsAre(launched, terminated));
+    EXPECT_EQ(running(), 0u);
+}
+
+TEST_F(DBusWorkspaceTest, AnObserverMayEndItsSubscriptionWhileItIsTold) {
+    int calls = 0;
+    auto own = std::make_unique<Subscription>();
+    *own = workspace->addObserver(Workspace::Notice::DidLaunchApplication, [&](const Notification&) {
+        ++calls;
+        own.reset();
+    });
+    for (int round = 0; round < 2; ++round) {
+        const std::size_t before = notices.size();
+        announceRunning(connection("first"), mainApp);
+        EXPECT_TRUE(waitUntil([&] { return notices.size() == before + 1; }));
+        QDBusConnection::disconnectFromBus(QStringLiteral("first"));
+        EXPECT_TRUE(waitUntil([&] { return notices.size() == before + 2; }));
+    }
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(DBusWorkspaceTest, LaunchesWhatTheBusCanStartAndNothingElse) {
+    EXPECT_FALSE(workspace->launchApplication(mainApp));
+    const std::string mark = bus.folder() / "started";
+    bus.addService(mainApp, "/usr/bin/touch " + mark);
+    EXPECT_TRUE(waitUntil([&] { return workspace->launchApplication(mainApp); }));
+    EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(mark); }));
+    EXPECT_TRUE(notices.empty()) << "it ended without ever taking its name";
+}
+
+TEST_F(DBusWorkspaceTest, KnowsNothingOnceTheBusHasGone) {
+    announceRunning(connection("first"), mainApp);
+    bus.stop();
+    EXPECT_EQ(running(), 0u);
+    EXPECT_FALSE(workspace->launchApplication(mainApp));
+}
+
+} // namespace velloren

@@ -1,0 +1,75 @@
+#include "Platform/Views/Layer.h"
+
+#include <gtest/gtest.h>
+
+#include <numbers>
+
+namespace velloren {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+BasicAnimation halfTurn(double repeatCount) {
+    return {"transform.rotation.z", std::numbers::pi, 1s, repeatCount};
+}
+
+} // namespace
+
+TEST(Layer, TellsItsViewOfChangesBelowIt) {
+    Layer root;
+    int changes = 0;
+    root.setChangeHandler([&] { ++changes; });
+    const auto child = std::make_shared<Layer>();
+    root.addSublayer(child);
+    const int afterAdding = changes;
+    child->setBackgroundColor(Qt::red);
+    EXPECT_EQ(changes, afterAdding + 1);
+    child->removeFromSuperlayer();
+    child->setBackgroundColor(Qt::blue);
+    EXPECT_EQ(changes, afterAdding + 2) << "a layer that left tells nobody";
+    EXPECT_TRUE(root.sublayers().empty());
+}
+
+TEST(Layer, LetsASublayerOutliveIt) {
+    const auto child = std::make_shared<Layer>();
+    {
+        Layer root;
+        root.addSublayer(child);
+    }
+    child->removeFromSuperlayer();
+    EXPECT_EQ(child->superlayer(), nullptr);
+}
+
+TEST(Layer, TurnsFromItsAngleToTheTargetOverAndOver) {
+    Layer layer;
+    const auto start = Layer::Clock::now();
+    layer.addAnimation(halfTurn(BasicAnimation::forever), "key");
+    const auto later = Layer::Clock::now();
+    const double early = layer.rotation(start + 250ms);
+    EXPECT_LE(early, std::numbers::pi / 4);
+    EXPECT_GE(layer.rotation(later + 250ms), std::numbers::pi / 4);
+    EXPECT_TRUE(layer.isAnimating(later + 24h));
+    EXPECT_LT(layer.rotation(start + 24h + 500ms), std::numbers::pi);
+}
+
+TEST(Layer, EndsAnAnimationThatIsNotRepeatedForever) {
+    Layer layer;
+    layer.addAnimation(halfTurn(2), "key");
+    const auto after = Layer::Clock::now() + 2s;
+    EXPECT_FALSE(layer.isAnimating(after));
+    EXPECT_EQ(layer.rotation(after), 0);
+}
+
+TEST(Layer, KeepsOneAnimationPerKey) {
+    Layer layer;
+    layer.addAnimation(halfTurn(1), "key");
+    layer.addAnimation(halfTurn(BasicAnimation::forever), "key");
+    ASSERT_NE(layer.animationForKey("key"), nullptr);
+    EXPECT_EQ(layer.animationForKey("key")->repeatCount, BasicAnimation::forever);
+    layer.removeAnimationForKey("key");
+    EXPECT_EQ(layer.animationForKey("key"), nullptr);
+    EXPECT_FALSE(layer.isAnimating(Layer::Clock::now()));
+}
+
+} // namespace velloren

@@ -1,0 +1,113 @@
+#include "Platform/Views/Popover.h"
+#include "Platform/Views/PopoverWindow.h"
+#include "Tests/Support/FakeDesktop.h"
+#include "Tests/Support/QtTest.h"
+
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <string>
+#include <vector>
+
+namespace velloren {
+
+namespace {
+
+class JournalController final : public ViewController {
+  public:
+    explicit JournalController(std::vector<std::string>& journal) : journal(journal) {
+        root.setFixedWidth(200);
+        row.setFixedHeight(100);
+        auto* layout = new QVBoxLayout(&root);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->addWidget(&row);
+    }
+
+    QWidget& view() override { return root; }
+
+    void viewWillAppear() override { journal.push_back(root.isVisible() ? "too late" : "will appear"); }
+
+    void viewDidAppear() override { journal.push_back(root.isVisible() ? "did appear" : "too early"); }
+
+    View root;
+    View row{&root};
+
+  private:
+    std::vector<std::string>& journal;
+};
+
+class PopoverTest : public QtTest {
+  protected:
+    PopoverTest() {
+        FakeWindowServer::install();
+        auto made = std::make_unique<JournalController>(journal);
+        controller = made.get();
+        popover.setContentViewController(std::move(made));
+    }
+
+    void show() { popover.showRelativeToRect(anchor.rect(), anchor, RectEdge::MaxY); }
+
+    std::vector<std::string> journal;
+    JournalController* controller;
+    View anchor;
+    Popover popover;
+};
+
+} // namespace
+
+TEST_F(PopoverTest, TellsItsControllerBeforeAndAfterItAppears) {
+    show();
+    EXPECT_TRUE(popover.isShown());
+    EXPECT_EQ(journal, (std::vector<std::string>{"will appear", "did appear"}));
+    popover.performClose();
+    EXPECT_FALSE(popover.isShown());
+    EXPECT_FALSE(controller->root.isVisible());
+    show();
+    EXPECT_EQ(journal.size(), 4u) << "every showing is an appearance";
+}
+
+TEST_F(PopoverTest, OnlyMovesWhenItIsShownAlready) {
+    show();
+    show();
+    EXPECT_EQ(journal.size(), 2u);
+}
+
+TEST_F(PopoverTest, ClosesFromAClickInsideIt) {
+    QPushButton button(&controller->root);
+    QObject::connect(&button, &QPushButton::clicked, &button, [this] { popover.performClose(); });
+    show();
+    button.click();
+    runPendingEvents();
+    EXPECT_FALSE(popover.isShown());
+}
+
+TEST_F(PopoverTest, FollowsTheSizeOfItsContent) {
+    show();
+    const QSize before = popover.contentWindow()->size();
+    controller->row.setFixedHeight(160);
+    ASSERT_TRUE(waitUntil([&] { return popover.contentWindow()->height() == before.height() + 60; }));
+    EXPECT_EQ(controller->root.height(), 160);
+}
+
+TEST_F(PopoverTest, LeavesAClosingWindowToItsOwner) {
+    int requests = 0;
+    popover.setCloseRequestHandler([&] { ++requests; });
+    show();
+    popover.contentWindow()->close();
+    EXPECT_TRUE(popover.isShown());
+    EXPECT_EQ(requests, 0) << "only what the user asks of the window manager is a request";
+}
+
+TEST_F(PopoverTest, KeepsNoWindowOfAnEarlierShowing) {
+    for (int showing = 0; showing < 5; ++showing) {
+        show();
+        popover.performClose();
+        runPendingEvents();
+    }
+    int windows = 0;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        windows += qobject_cast<PopoverWindow*>(widget) ? 1 : 0;
+    EXPECT_EQ(windows, 0);
+}
+
+} // namespace velloren
