@@ -21,8 +21,8 @@ AppLaunchTerminationListener::AppLaunchTerminationListener() {
     launchedApps.reserve(2);
 }
 
-void AppLaunchTerminationListener::observeValue(const std::optional<RunningApplicationsChange>& change,
-                                                const void* context) {
+void AppLaunchTerminationListener::observeValueForKeyPath(
+    const std::optional<RunningApplicationsChange>& change, const void* context) {
     if (!change || context != &kvoContext)
         return;
     const auto* applications = changedIn(*change);

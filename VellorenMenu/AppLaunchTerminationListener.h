@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Workspace.h"
+#include "Platform/Desktop/Workspace.h"
 #include "Shared/VApp.h"
 
 #include <cstdint>
@@ -49,7 +49,7 @@ class AppLaunchTerminationListener {
     std::int64_t kvoContext = 0;
 
     /// Does nothing without a change, with another context, or for a kind other than insertion and removal.
-    void observeValue(const std::optional<RunningApplicationsChange>& change, const void* context);
+    void observeValueForKeyPath(const std::optional<RunningApplicationsChange>& change, const void* context);
 
   protected:
     /// The last known number of instances.

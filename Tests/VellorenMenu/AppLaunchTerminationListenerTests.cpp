@@ -1,4 +1,4 @@
-#include "Platform/SharedInstance.h"
+#include "Platform/Foundation/SharedInstance.h"
 #include "Tests/Support/FakeWorkspace.h"
 #include "VellorenMenu/AppLaunchTerminationListener.h"
 
@@ -33,13 +33,13 @@ class AppLaunchTerminationListenerTest : public ::testing::Test {
     ~AppLaunchTerminationListenerTest() override { SharedInstance<Workspace>::reset(); }
 
     void insert(std::vector<RunningApplication> applications) {
-        listener.observeValue(Change{Change::Insertion, std::move(applications), std::nullopt},
-                              &listener.kvoContext);
+        listener.observeValueForKeyPath(Change{Change::Insertion, std::move(applications), std::nullopt},
+                                        &listener.kvoContext);
     }
 
     void remove(std::vector<RunningApplication> applications) {
-        listener.observeValue(Change{Change::Removal, std::nullopt, std::move(applications)},
-                              &listener.kvoContext);
+        listener.observeValueForKeyPath(Change{Change::Removal, std::nullopt, std::move(applications)},
+                                        &listener.kvoContext);
     }
 
     const std::string mainApp = VApp(VApp::main).bundleIdentifier();
@@ -85,12 +85,12 @@ TEST_F(AppLaunchTerminationListenerTest, IgnoresWhatIsNotItsOwnOrNoInsertionOrRe
     workspace.instances[mainApp] = 1;
     const std::vector<RunningApplication> list{{mainApp, ":1.1"}};
     const std::int64_t another = 0;
-    listener.observeValue(std::nullopt, &listener.kvoContext);
-    listener.observeValue(Change{Change::Insertion, list, list}, &another);
-    listener.observeValue(Change{Change::Setting, list, list}, &listener.kvoContext);
-    listener.observeValue(Change{Change::Replacement, list, list}, &listener.kvoContext);
-    listener.observeValue(Change{Change::Insertion, std::nullopt, list}, &listener.kvoContext);
-    listener.observeValue(Change{Change::Removal, list, std::nullopt}, &listener.kvoContext);
+    listener.observeValueForKeyPath(std::nullopt, &listener.kvoContext);
+    listener.observeValueForKeyPath(Change{Change::Insertion, list, list}, &another);
+    listener.observeValueForKeyPath(Change{Change::Setting, list, list}, &listener.kvoContext);
+    listener.observeValueForKeyPath(Change{Change::Replacement, list, list}, &listener.kvoContext);
+    listener.observeValueForKeyPath(Change{Change::Insertion, std::nullopt, list}, &listener.kvoContext);
+    listener.observeValueForKeyPath(Change{Change::Removal, list, std::nullopt}, &listener.kvoContext);
     EXPECT_THAT(reports->lines, IsEmpty());
     EXPECT_EQ(workspace.queries, 0);
     listener.launchedApps = {{VApp::agent, 0}};
