@@ -19,15 +19,6 @@ class BundleTest : public ::testing::Test {
         return Bundle::inFolder(folder.path());
     }
 
-    void setMainBundle(const std::string& info) {
-        SharedInstance<Bundle>::provide([this, info] { return bundleWith(info); });
-    }
-
-    std::optional<std::string> versionOfMainBundle(const std::string& info) {
-        setMainBundle(info);
-        return appVersion(Bundle::mainBundle());
-    }
-
     TemporaryDirectory folder;
 };
 
@@ -48,15 +39,18 @@ TEST_F(BundleTest, TellsItsVersionsWhereTheyAreTexts) {
 }
 
 TEST_F(BundleTest, GivesTheProgramsOwnVersionWhicheverBundleIsAsked) {
-    setMainBundle(R"({"CFBundleShortVersionString": "2.1", "CFBundleVersion": "57"})");
-    EXPECT_EQ(appVersion(Bundle::mainBundle()), "2.1 (57)");
-    EXPECT_EQ(appVersion(*bundleWith(R"({"CFBundleShortVersionString": "3", "CFBundleVersion": "9"})")),
-              "2.1 (57)");
-    EXPECT_EQ(versionOfMainBundle(R"({"CFBundleShortVersionString": "", "CFBundleVersion": ""})"), " ()");
-    EXPECT_EQ(versionOfMainBundle(R"({"CFBundleShortVersionString": "2.1", "CFBundleVersion": 57})"),
-              std::nullopt);
-    EXPECT_EQ(versionOfMainBundle(R"({"CFBundleShortVersionString": "2.1"})"), std::nullopt);
-    EXPECT_EQ(versionOfMainBundle(R"({"CFBundleVersion": "57"})"), std::nullopt);
+    const std::pair<const char*, std::optional<std::string>> versions[] = {
+        {R"({"CFBundleShortVersionString": "2.1", "CFBundleVersion": "57"})", "2.1 (57)"},
+        {R"({"CFBundleShortVersionString": "", "CFBundleVersion": ""})", " ()"},
+        {R"({"CFBundleShortVersionString": "2.1", "CFBundleVersion": 57})", std::nullopt},
+        {R"({"CFBundleShortVersionString": "2.1"})", std::nullopt},
+        {R"({"CFBundleVersion": "57"})", std::nullopt},
+    };
+    const auto other = bundleWith(R"({"CFBundleShortVersionString": "3", "CFBundleVersion": "9"})");
+    for (const auto& [info, version] : versions) {
+        SharedInstance<Bundle>::provide([this, info = info] { return bundleWith(info); });
+        EXPECT_EQ(appVersion(*other), version) << info;
+    }
 }
 
 } // namespace velloren

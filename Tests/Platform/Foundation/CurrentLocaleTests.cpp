@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace velloren {
 namespace {
@@ -46,25 +47,14 @@ TEST_F(CurrentLocaleTest, UnderstandsTheNamesOfTheCLibrary) {
 
 TEST_F(CurrentLocaleTest, IsUSEnglishWithTheLongClockWhereNoLocaleIsNamed) {
     EXPECT_EQ(CurrentLocale::identifier(), "en_US_POSIX@hours=h23");
-    for (const std::string& name : {std::string("C"), std::string("C.UTF-8"), std::string("POSIX"),
-                                    std::string("/tmp/locale"), std::string("en_US_x"), std::string("EN_us"),
-                                    std::string("_US"), std::string(100'000, 'a'), std::string("\xFF\xFE")}) {
+    for (const std::string& name :
+         std::vector<std::string>{"C", "C.UTF-8", "POSIX", "/tmp/locale", "en_US_x", "EN_us", "_US",
+                                  std::string(100'000, 'a'), "\xFF\xFE"}) {
         language.set(name);
         EXPECT_EQ(CurrentLocale::identifier(), "en_US_POSIX@hours=h23") << name.substr(0, 40);
     }
-}
-
-TEST_F(CurrentLocaleTest, FollowsTheDesktopsClock) {
-    language.set("de_DE.UTF-8");
     CurrentLocale::setHourCycle(HourCycle::TwelveHour);
-    EXPECT_EQ(CurrentLocale::identifier(), "de_DE@hours=h12");
-    CurrentLocale::setHourCycle(HourCycle::TwentyFourHour);
-    EXPECT_EQ(CurrentLocale::identifier(), "de_DE@hours=h23");
-    CurrentLocale::setHourCycle(HourCycle::FromLocale);
-    EXPECT_EQ(CurrentLocale::identifier(), "de_DE");
-    language.set("C");
-    CurrentLocale::setHourCycle(HourCycle::TwelveHour);
-    EXPECT_EQ(CurrentLocale::identifier(), "en_US_POSIX@hours=h12");
+    EXPECT_EQ(CurrentLocale::identifier(), "en_US_POSIX@hours=h12") << "unless the desktop has a clock";
 }
 
 } // namespace
