@@ -1,9 +1,7 @@
-#include "Platform/Desktop/StatusBar.h"
 #include "Platform/Views/View.h"
 #include "Tests/Support/QtTest.h"
 
 #include <QEnterEvent>
-#include <QVBoxLayout>
 
 #include <string>
 #include <vector>
@@ -27,10 +25,6 @@ class JournalView final : public View {
     }
 
     void viewDidMoveToWindow() override { journal.push_back(name + (hostWindow() ? " entered" : " left")); }
-
-    void mouseDown(const Event& event) override {
-        journal.push_back(name + " pressed at " + std::to_string(event.position.x()));
-    }
 
   private:
     std::string name;
@@ -117,34 +111,6 @@ TEST_F(ViewTest, DrawsAnAnimationOnlyWhileItIsVisible) {
     QTimer::singleShot(100, [&] { later = true; });
     ASSERT_TRUE(waitUntil([&] { return later; }));
     EXPECT_EQ(view.drawn, last);
-}
-
-TEST_F(ViewTest, PassesAPressOnABarsButtonToTheViewInIt) {
-    std::vector<std::string> journal;
-    StatusBarButton button({28, 22});
-    JournalView icon("icon", journal, &button);
-    icon.setGeometry(0, 0, 28, 22);
-    button.press({640, 15});
-    EXPECT_EQ(journal, std::vector<std::string>{"icon pressed at 640"});
-    EXPECT_EQ(button.rectOnScreen(button.rect()).center(), QPoint(640, 15));
-}
-
-TEST_F(ViewTest, ShowsTheCentreSquareOfABarsButton) {
-    StatusBarButton button({28, 22});
-    View left(&button);
-    left.setWantsLayer(true);
-    left.layer()->setBackgroundColor(Qt::red);
-    left.setGeometry(0, 0, 3, 22);
-    View centre(&button);
-    centre.setWantsLayer(true);
-    centre.layer()->setBackgroundColor(Qt::blue);
-    centre.setGeometry(3, 0, 22, 22);
-    for (const int side : {16, 22, 64}) {
-        const QImage picture = button.picture(side);
-        ASSERT_EQ(picture.size(), QSize(side, side));
-        EXPECT_EQ(picture.pixelColor(0, 0), QColor(Qt::blue)) << side;
-        EXPECT_EQ(picture.pixelColor(side - 1, side - 1), QColor(Qt::blue)) << side;
-    }
 }
 
 } // namespace velloren
