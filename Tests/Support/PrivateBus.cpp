@@ -13,28 +13,13 @@ namespace velloren {
 
 namespace {
 
-constexpr auto configuration =
-    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <keep_umask/>
-  <listen>unix:path=%1/bus</listen>
-  <servicedir>%1/services</servicedir>
-  <servicedir>/usr/share/dbus-1/services</servicedir>
-  <auth>EXTERNAL</auth>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-)";
-
-std::string withFolder(std::string text, const std::string& folder) {
-    for (auto place = text.find("%1"); place != std::string::npos; place = text.find("%1"))
-        text.replace(place, 2, folder);
-    return text;
+std::string configuration(const std::string& address, const std::string& services) {
+    return "<busconfig><type>session</type><keep_umask/><auth>EXTERNAL</auth><listen>" + address +
+           "</listen><servicedir>" + services +
+           "</servicedir>"
+           "<servicedir>/usr/share/dbus-1/services</servicedir>"
+           "<policy context='default'><allow send_destination='*' eavesdrop='true'/>"
+           "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>";
 }
 
 /// A connection that ends here; none while nobody answers.
@@ -51,14 +36,13 @@ sd_bus* connected() {
 } // namespace
 
 PrivateBus::PrivateBus() {
-    std::filesystem::create_directory(temporary / "services");
-    std::ofstream(temporary / "bus.conf") << withFolder(configuration, temporary.path());
     busAddress = "unix:path=" + (temporary / "bus").string();
+    std::filesystem::create_directory(temporary / "services");
+    std::ofstream(temporary / "bus.conf") << configuration(busAddress, temporary / "services");
     exported.emplace("DBUS_SESSION_BUS_ADDRESS", busAddress);
-    daemon = std::make_unique<Process>(
-        std::vector<std::string>{"dbus-daemon", "--nofork",
-                                 "--config-file=" + (temporary / "bus.conf").string()},
-        Process::Environment(), temporary / "bus.log");
+    const std::vector<std::string> command{"dbus-daemon", "--nofork",
+                                           "--config-file=" + (temporary / "bus.conf").string()};
+    daemon = std::make_unique<Process>(command, Process::Environment(), temporary / "bus.log");
 
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     sd_bus* bus = nullptr;
@@ -79,6 +63,13 @@ void PrivateBus::addService(const std::string& name, const std::string& commandL
     sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
                        "ReloadConfig", nullptr, nullptr, nullptr);
     sd_bus_close_unref(bus);
+}
+
+bool PrivateBus::hasOwner(const std::string& name) const {
+    sd_bus* bus = connected();
+    const bool owned = sd_bus_get_name_creds(bus, name.c_str(), 0, nullptr) >= 0;
+    sd_bus_close_unref(bus);
+    return owned;
 }
 
 void PrivateBus::stop() {

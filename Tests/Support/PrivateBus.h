@@ -25,6 +25,9 @@ class PrivateBus {
     /// From now on the bus starts `commandLine` when the name is asked for.
     void addService(const std::string& name, const std::string& commandLine);
 
+    /// Whether somebody has that name.
+    [[nodiscard]] bool hasOwner(const std::string& name) const;
+
     /// The bus goes, as at the end of a session.
     void stop();
 

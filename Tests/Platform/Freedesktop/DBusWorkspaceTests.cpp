@@ -11,24 +11,11 @@ namespace velloren {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::SizeIs;
 
 const std::string mainApp = "com.velloren.velloren-mac";
 
 class DBusWorkspaceTest : public QtTest {
   protected:
-    DBusWorkspaceTest() {
-        const auto note = [this](const std::string& what) {
-            return [this, what](const Notification& notification) {
-                notices.push_back(
-                    what + std::get<std::string>(notification.userInfo->at("NSApplicationBundleIdentifier")));
-            };
-        };
-        launch = workspace->addObserver(Workspace::Notice::DidLaunchApplication, note("launch of "));
-        termination =
-            workspace->addObserver(Workspace::Notice::DidTerminateApplication, note("termination of "));
-    }
-
     ~DBusWorkspaceTest() override {
         launch = Subscription();
         termination = Subscription();
@@ -42,14 +29,22 @@ class DBusWorkspaceTest : public QtTest {
                                              QString::fromLatin1(name));
     }
 
+    /// Notes what observers of `notice` are told.
+    Subscription noting(Workspace::Notice notice, const std::string& what) {
+        return workspace->addObserver(notice, [this, what](const Notification& notification) {
+            notices.push_back(
+                what + std::get<std::string>(notification.userInfo->at("NSApplicationBundleIdentifier")));
+        });
+    }
+
     [[nodiscard]] std::size_t running() { return workspace->runningApplications(mainApp).size(); }
 
     PrivateBus bus;
     std::unique_ptr<DBusWorkspace> workspace =
         std::make_unique<DBusWorkspace>(connection("near"), std::vector<std::string>{mainApp});
     std::vector<std::string> notices;
-    Subscription launch;
-    Subscription termination;
+    Subscription launch = noting(Workspace::Notice::DidLaunchApplication, "launch of ");
+    Subscription termination = noting(Workspace::Notice::DidTerminateApplication, "termination of ");
 };
 
 } // namespace
@@ -79,12 +74,11 @@ TEST_F(DBusWorkspaceTest, AnObserverMayEndItsSubscriptionWhileItIsTold) {
         ++calls;
         own.reset();
     });
-    for (int round = 0; round < 2; ++round) {
-        const std::size_t before = notices.size();
+    for (std::size_t round = 0; round < 2; ++round) {
         announceRunning(connection("first"), mainApp);
-        EXPECT_TRUE(waitUntil([&] { return notices.size() == before + 1; }));
+        EXPECT_TRUE(waitUntil([&] { return notices.size() == 2 * round + 1; }));
         QDBusConnection::disconnectFromBus(QStringLiteral("first"));
-        EXPECT_TRUE(waitUntil([&] { return notices.size() == before + 2; }));
+        EXPECT_TRUE(waitUntil([&] { return notices.size() == 2 * round + 2; }));
     }
     EXPECT_EQ(calls, 1);
 }

@@ -20,9 +20,10 @@ using ::testing::ElementsAre;
 
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
+const QString itemPath = QStringLiteral("/StatusNotifierItem");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 
-/// A panel's watcher, on a connection of its own; it counts what registers with it.
+/// A panel's watcher and host, on a connection of its own; it notes what registers with it.
 class Watcher final : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
@@ -44,25 +45,16 @@ class Watcher final : public QObject {
 
     QDBusConnection connection;
     QStringList items;
-
-  public Q_SLOTS:
-
-    void RegisterStatusNotifierItem(const QString& item) { items.append(item); }
-
-  Q_SIGNALS:
-    void StatusNotifierHostRegistered();
-};
-
-/// Notices the item's signals as a host does.
-class Host final : public QObject {
-    Q_OBJECT
-
-  public:
     int newIcons = 0;
 
   public Q_SLOTS:
 
     void newIcon() { ++newIcons; }
+
+    void RegisterStatusNotifierItem(const QString& item) { items.append(item); }
+
+  Q_SIGNALS:
+    void StatusNotifierHostRegistered();
 };
 
 class StatusNotifierItemTest : public QtTest {
@@ -73,101 +65,91 @@ class StatusNotifierItemTest : public QtTest {
         QDBusConnection::disconnectFromBus(QStringLiteral("agent"));
     }
 
-    void makeItem() {
-        item = bar.statusItemWithLength(28);
-        item->button()->setWantsLayer(true);
-        layer = item->button()->layer();
+    void registerItem() {
+        watcher.takeOver();
+        ASSERT_TRUE(waitUntil([&] { return watcher.items.size() == 1; })) << "it came after the item";
     }
 
     /// As a host does it; this thread answers as well.
-    static QDBusMessage call(const Watcher& watcher, const QString& interface, const QString& method,
-                             const QVariantList& arguments) {
-        auto message = QDBusMessage::createMethodCall(
-            watcher.items.last(), QStringLiteral("/StatusNotifierItem"), interface, method);
+    QDBusMessage call(const QString& method, const QVariantList& arguments, const QString& interface) {
+        auto message = QDBusMessage::createMethodCall(watcher.items.last(), itemPath, interface, method);
         message.setArguments(arguments);
         return watcher.connection.call(message, QDBus::BlockWithGui);
     }
 
-    static QVariant property(const Watcher& watcher, const QString& name) {
-        const QDBusReply<QVariant> value = call(watcher, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                                QStringLiteral("Get"), {itemInterface, name});
+    QVariant property(const char* name) {
+        const QDBusReply<QVariant> value =
+            call(QStringLiteral("Get"), {itemInterface, QString::fromLatin1(name)},
+                 QStringLiteral("org.freedesktop.DBus.Properties"));
         return value.value();
     }
 
     PrivateBus bus;
+    Watcher watcher{bus, "first"};
     FakeGlobalEvents& events = FakeGlobalEvents::install();
     StatusNotifierBar bar{
         QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("agent")),
         QStringLiteral("com.velloren.velloren-mac.menu"), QStringLiteral("Velloren")};
-    std::unique_ptr<StatusItem> item;
-    Layer* layer = nullptr;
+    std::unique_ptr<StatusItem> item = bar.statusItemWithLength(28);
 };
 
 } // namespace
 
 TEST_F(StatusNotifierItemTest, RegistersWithEachWatcherAlsoWhenTheyChangeWithoutAGap) {
-    makeItem();
-    Watcher first(bus, "first");
-    first.takeOver();
-    EXPECT_TRUE(waitUntil([&] { return first.items.size() == 1; })) << "it came after the item";
+    registerItem();
     Watcher second(bus, "second");
     second.takeOver();
-    EXPECT_TRUE(waitUntil([&] { return second.items.size() == 1; }));
-    EXPECT_EQ(first.items, second.items);
+    EXPECT_TRUE(waitUntil([&] { return second.items == watcher.items; }));
     Q_EMIT second.StatusNotifierHostRegistered();
     EXPECT_TRUE(waitUntil([&] { return second.items.size() == 2; })) << "hosts forget what they knew";
-    EXPECT_EQ(first.items.size(), 1);
+    EXPECT_EQ(watcher.items.size(), 1);
 }
 
-TEST_F(StatusNotifierItemTest, ShowsASquarePictureInEachSizeAndTellsOfNewOnesOnly) {
-    Watcher watcher(bus, "first");
-    watcher.takeOver();
-    makeItem();
-    ASSERT_TRUE(waitUntil([&] { return watcher.items.size() == 1; }));
-    Host host;
-    watcher.connection.connect(watcher.items.last(), QStringLiteral("/StatusNotifierItem"), itemInterface,
-                               QStringLiteral("NewIcon"), &host, SLOT(newIcon()));
-    const auto pictures = [&] {
-        return qdbus_cast<StatusNotifierPixmaps>(property(watcher, QStringLiteral("IconPixmap")));
+TEST_F(StatusNotifierItemTest, ShowsItsCentreInEachSizeAndTellsOfNewPicturesOnly) {
+    const auto colour = [](View& view, std::optional<QColor> color) {
+        view.setWantsLayer(true);
+        view.layer()->setBackgroundColor(color);
     };
-    std::vector<int> sides;
-    for (const StatusNotifierPixmap& picture : pictures()) {
-        EXPECT_EQ(picture.width, picture.height);
-        EXPECT_EQ(picture.pixels.size(), picture.width * picture.height * 4);
-        EXPECT_EQ(picture.pixels, QByteArray(picture.pixels.size(), '\0')) << "nothing is on it yet";
-        sides.push_back(picture.width);
-    }
-    EXPECT_THAT(sides, ElementsAre(16, 22, 24, 32, 48, 64));
-
-    layer->setBackgroundColor(QColor(0, 80, 255));
-    EXPECT_TRUE(waitUntil([&] { return host.newIcons == 1; }));
-    EXPECT_EQ(pictures().first().pixels.first(8).toHex(), "ff0050ffff0050ff") << "ARGB, high byte first";
-    layer->setBackgroundColor(QColor(0, 80, 255));
-    layer->setBackgroundColor(std::nullopt);
-    EXPECT_TRUE(waitUntil([&] { return host.newIcons == 2; })) << "the same colour again is no new icon";
+    View edge(item->button());
+    edge.setGeometry(0, 0, 3, 22);
+    View centre(item->button());
+    centre.setGeometry(3, 0, 22, 22);
+    registerItem();
+    ASSERT_TRUE(watcher.connection.connect(watcher.items.last(), itemPath, itemInterface,
+                                           QStringLiteral("NewIcon"), &watcher, SLOT(newIcon())));
+    const auto expectPictures = [&](const char* pixel) {
+        std::vector<int> sides;
+        for (const auto& picture : qdbus_cast<StatusNotifierPixmaps>(property("IconPixmap"))) {
+            const auto count = picture.width * picture.height;
+            EXPECT_EQ(picture.pixels, QByteArray::fromHex(pixel).repeated(count)) << "ARGB, high byte first";
+            sides.push_back(picture.width);
+        }
+        EXPECT_THAT(sides, ElementsAre(16, 22, 24, 32, 48, 64));
+    };
+    expectPictures("00000000");
+    colour(edge, Qt::red);
+    colour(centre, QColor(0, 80, 255));
+    EXPECT_TRUE(waitUntil([&] { return watcher.newIcons == 1; }));
+    expectPictures("ff0050ff");
+    colour(centre, QColor(0, 80, 255));
+    colour(centre, std::nullopt);
+    EXPECT_TRUE(waitUntil([&] { return watcher.newIcons == 2; })) << "the same colour again is no new icon";
 }
 
 TEST_F(StatusNotifierItemTest, HandsOnPressesWithTheirPlaceButNotTheOnesTheMonitorSaw) {
-    Watcher watcher(bus, "first");
-    watcher.takeOver();
-    makeItem();
-    ASSERT_TRUE(waitUntil([&] { return watcher.items.size() == 1; }));
-    EXPECT_EQ(property(watcher, QStringLiteral("ItemIsMenu")), false);
-    EXPECT_EQ(property(watcher, QStringLiteral("Id")), QStringLiteral("com.velloren.velloren-mac.menu"));
-    const auto tell = [&](const char* method, const QVariantList& arguments) {
-        call(watcher, itemInterface, QString::fromLatin1(method), arguments);
+    registerItem();
+    EXPECT_EQ(property("ItemIsMenu"), false);
+    EXPECT_EQ(property("Id"), QStringLiteral("com.velloren.velloren-mac.menu"));
+    const auto placeAfter = [&](const char* method, const QVariantList& arguments) {
+        call(QString::fromLatin1(method), arguments, itemInterface);
+        return item->button()->rectOnScreen(item->button()->rect()).center();
     };
-    const auto place = [&] { return item->button()->rectOnScreen(item->button()->rect()).center(); };
-    tell("Activate", {300, 12});
-    EXPECT_EQ(place(), QPoint(300, 12));
-    tell("ContextMenu", {310, 12});
-    EXPECT_EQ(place(), QPoint(310, 12));
+    EXPECT_EQ(placeAfter("Activate", {300, 12}), QPoint(300, 12));
+    EXPECT_EQ(placeAfter("ContextMenu", {310, 12}), QPoint(310, 12));
     events.clickSeenByMonitor = true;
-    tell("Activate", {500, 12});
-    EXPECT_EQ(place(), QPoint(310, 12)) << "that very click closed the popover";
-    tell("SecondaryActivate", {500, 12});
-    tell("Scroll", {1, QStringLiteral("vertical")});
-    EXPECT_EQ(place(), QPoint(310, 12));
+    EXPECT_EQ(placeAfter("Activate", {500, 12}), QPoint(310, 12)) << "that very click closed the popover";
+    EXPECT_EQ(placeAfter("SecondaryActivate", {500, 12}), QPoint(310, 12));
+    EXPECT_EQ(placeAfter("Scroll", {1, QStringLiteral("vertical")}), QPoint(310, 12));
 }
 
 } // namespace velloren
