@@ -1,59 +1,19 @@
 #include "Services/Local/LocalSyncManager.h"
 #include "Services/Local/UploadingLock.h"
+#include "Tests/Services/LockHolder.h"
 #include "Tests/Support/EnvironmentVariable.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace velloren {
 namespace {
-
-/// Another process that holds the uploading lock until it is killed.
-class Uploader {
-  public:
-    explicit Uploader(const std::filesystem::path& file) {
-        int pipe[2] = {-1, -1};
-        EXPECT_EQ(::pipe(pipe), 0);
-        process = ::fork();
-        if (process == 0) {
-            const auto lock = UploadingLock::acquire(file);
-            const char held = lock ? 'y' : 'n';
-            if (::write(pipe[1], &held, 1) == 1)
-                ::pause();
-            ::_exit(1);
-        }
-        char held = 'n';
-        EXPECT_EQ(::read(pipe[0], &held, 1), 1);
-        EXPECT_EQ(held, 'y');
-        ::close(pipe[0]);
-        ::close(pipe[1]);
-    }
-
-    Uploader(const Uploader&) = delete;
-    Uploader& operator=(const Uploader&) = delete;
-
-    ~Uploader() { crash(); }
-
-    void crash() {
-        if (process <= 0)
-            return;
-        ::kill(process, SIGKILL);
-        ::waitpid(process, nullptr, 0);
-        process = -1;
-    }
-
-  private:
-    pid_t process = -1;
-};
 
 class LocalSyncManagerTest : public testing::Test {
   protected:
@@ -72,18 +32,20 @@ TEST_F(LocalSyncManagerTest, IsNotSyncingWithoutTheFile) {
 }
 
 TEST_F(LocalSyncManagerTest, IsSyncingWhileAnotherProcessHoldsTheLock) {
-    Uploader uploader(file);
-    EXPECT_TRUE(manager->isSyncing());
-    EXPECT_FALSE(UploadingLock::acquire());
-    uploader.crash();
+    {
+        const LockHolder uploader([this] { return std::shared_ptr(UploadingLock::acquire(file)); });
+        EXPECT_TRUE(manager->isSyncing());
+        EXPECT_FALSE(UploadingLock::acquire());
+    }
     EXPECT_FALSE(manager->isSyncing());
 }
 
-TEST_F(LocalSyncManagerTest, FollowsALockOfItsOwnProcess) {
+TEST_F(LocalSyncManagerTest, FollowsALockOfItsOwnProcessInAPrivateFolder) {
     auto lock = UploadingLock::acquire();
     ASSERT_TRUE(lock);
+    EXPECT_EQ(std::filesystem::status(file.parent_path()).permissions(), std::filesystem::perms::owner_all);
     EXPECT_TRUE(manager->isSyncing());
-    EXPECT_TRUE(manager->isSyncing());
+    EXPECT_TRUE(manager->isSyncing()) << "asking does not release it";
     lock.reset();
     EXPECT_FALSE(manager->isSyncing());
     EXPECT_TRUE(UploadingLock::acquire());
@@ -96,7 +58,6 @@ TEST_F(LocalSyncManagerTest, DoesNotTakeAReadLockForUploading) {
     struct flock lock {};
 
     lock.l_type = F_RDLCK;
-    lock.l_whence = SEEK_SET;
     ASSERT_EQ(::fcntl(reader, F_OFD_SETLK, &lock), 0);
     EXPECT_FALSE(manager->isSyncing());
     ::close(reader);
@@ -110,11 +71,6 @@ TEST_F(LocalSyncManagerTest, IsNotSyncingWhereTheFileIsSomethingElse) {
     std::filesystem::create_directory(file);
     EXPECT_FALSE(manager->isSyncing());
     EXPECT_FALSE(UploadingLock::acquire());
-}
-
-TEST_F(LocalSyncManagerTest, KeepsTheFolderPrivate) {
-    ASSERT_TRUE(UploadingLock::acquire());
-    EXPECT_EQ(std::filesystem::status(file.parent_path()).permissions(), std::filesystem::perms::owner_all);
 }
 
 } // namespace

@@ -28,38 +28,30 @@ class LocalUserManagerTest : public testing::Test {
     std::unique_ptr<LocalUserManager> manager = LocalUserManager::ofThisUser();
 };
 
-TEST_F(LocalUserManagerTest, ReadsTheUser) {
-    const auto user = userIn("[currentUser]\nid=7\nemail=ada@example.org\nloggedIn=true\n");
-    ASSERT_TRUE(user);
-    EXPECT_TRUE(user->isLoggedIn());
-    EXPECT_EQ(user->description(), "<User id=7, email=ada@example.org, loggedIn=true>");
-}
-
-TEST_F(LocalUserManagerTest, KnowsAUserByIdOrEmailAlone) {
-    const auto byId = userIn("[currentUser]\nid=7\nemail=\nloggedIn=1\n");
-    ASSERT_TRUE(byId);
-    EXPECT_EQ(byId->description(), "<User id=7, email=nil, loggedIn=true>");
-    const auto byEmail = userIn("[currentUser]\nemail=ada@example.org\n");
-    ASSERT_TRUE(byEmail);
-    EXPECT_EQ(byEmail->description(), "<User id=nil, email=ada@example.org, loggedIn=false>");
+TEST_F(LocalUserManagerTest, KnowsTheUserByIdOrEmail) {
+    for (const auto& [contents, description] :
+         {std::pair("id=7\nemail=ada@example.org\nloggedIn=true",
+                    "<User id=7, email=ada@example.org, loggedIn=true>"),
+          std::pair("id=7\nemail=\nloggedIn=1", "<User id=7, email=nil, loggedIn=true>"),
+          std::pair("email=ada@example.org", "<User id=nil, email=ada@example.org, loggedIn=false>"),
+          std::pair("id=7\nloggedIn=yes", "<User id=7, email=nil, loggedIn=false>"),
+          std::pair("id=7\nloggedIn=TRUE", "<User id=7, email=nil, loggedIn=false>"),
+          std::pair("id=7\nloggedIn=", "<User id=7, email=nil, loggedIn=false>"),
+          std::pair("id=7\nloggedIn=0", "<User id=7, email=nil, loggedIn=false>"),
+          std::pair("id=7\\n\\x1b[2J", "<User id=7\\n\\x1b[2J, email=nil, loggedIn=false>")}) {
+        const auto user = userIn(std::string("[currentUser]\n") + contents + "\n");
+        ASSERT_TRUE(user) << contents;
+        EXPECT_EQ(user->description(), description);
+        EXPECT_EQ(user->isLoggedIn(), std::string_view(description).ends_with("=true>"));
+    }
 }
 
 TEST_F(LocalUserManagerTest, KnowsNobodyWithoutIdAndEmail) {
     EXPECT_FALSE(manager->forceReadCurrentUserFromNSUserDefaults());
-    EXPECT_FALSE(userIn(""));
-    EXPECT_FALSE(userIn("[currentUser]\nloggedIn=true\n"));
-    EXPECT_FALSE(userIn("[currentUser]\nid=\nemail=\nloggedIn=true\n"));
-    EXPECT_FALSE(userIn("id=7\nemail=ada@example.org\n[other]\nid=7\n"));
+    for (const char* contents :
+         {"", "[currentUser]\nid=\nemail=\nloggedIn=true\n", "id=7\nemail=ada@example.org\n[other]\nid=7\n"})
+        EXPECT_FALSE(userIn(contents)) << contents;
     EXPECT_FALSE(LocalUserManager(std::filesystem::path()).forceReadCurrentUserFromNSUserDefaults());
-}
-
-TEST_F(LocalUserManagerTest, TakesWhatIsNoBooleanAsLoggedOut) {
-    for (const char* value :
-         {"", "loggedIn=", "loggedIn=yes", "loggedIn=TRUE", "loggedIn=false", "loggedIn=0"}) {
-        const auto user = userIn(std::string("[currentUser]\nid=7\n") + value + "\n");
-        ASSERT_TRUE(user) << value;
-        EXPECT_FALSE(user->isLoggedIn()) << value;
-    }
 }
 
 TEST_F(LocalUserManagerTest, SeesALogoutAtOnce) {
@@ -69,12 +61,6 @@ TEST_F(LocalUserManagerTest, SeesALogoutAtOnce) {
     EXPECT_FALSE(manager->forceReadCurrentUserFromNSUserDefaults()->isLoggedIn());
     clearCurrentUser(file);
     EXPECT_FALSE(manager->forceReadCurrentUserFromNSUserDefaults());
-}
-
-TEST_F(LocalUserManagerTest, DescribesTheUserOnOneLine) {
-    storeCurrentUser(file, {.id = "7\n\x1b[2J", .email = std::nullopt, .loggedIn = false});
-    EXPECT_EQ(manager->forceReadCurrentUserFromNSUserDefaults()->description(),
-              "<User id=7\\n\\x1b[2J, email=nil, loggedIn=false>");
 }
 
 TEST_F(LocalUserManagerTest, StoresARecordAsItWasGiven) {
