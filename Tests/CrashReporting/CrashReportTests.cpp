@@ -19,8 +19,8 @@ class CrashReport : public ::testing::TestWithParam<std::tuple<std::string, std:
   protected:
     /// The exit status of the program that ends so.
     int statusOf(const std::vector<std::string>& arguments) {
-        std::vector<std::string> command{CRASHING_PROGRAM};
-        command.insert(command.end(), arguments.begin(), arguments.end());
+        std::vector<std::string> command = arguments;
+        command.insert(command.begin(), CRASHING_PROGRAM);
         Process process(command,
                         {{"XDG_STATE_HOME", folder.path()},
                          // The sanitizers would take the signals for themselves.

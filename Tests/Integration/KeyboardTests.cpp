@@ -6,7 +6,15 @@ namespace velloren {
 
 namespace {
 
-using Keyboard = MenuAgentTest;
+class Keyboard : public MenuAgentTest {
+  protected:
+    void openPopoverAndPressTab(int times) {
+        openPopover();
+        ASSERT_TRUE(popoverGetsKeys());
+        for (int press = 0; press < times; ++press)
+            desktop.type("Tab");
+    }
+};
 
 /// A second start, which asks the running agent to show itself.
 class SecondStart : public MenuAgentTest {
@@ -36,34 +44,23 @@ class ScreenReader : public MenuAgentTest {
 } // namespace
 
 TEST_F(Keyboard, GoesThroughThePopoverFromTopToBottom) {
-    installStandIn();
+    installMainApp();
     startAgent();
 
-    struct Way {
-        int tabs;
-        const char* key;
-        const char* request; ///< what the main app is then asked
-    };
-
     std::vector<std::string> expected;
-    for (const Way& way :
-         {Way{1, "Return", "open demo-1"}, Way{3, "space", "open demo-3"}, Way{4, "Return", "create"}}) {
-        openPopover();
-        ASSERT_TRUE(popoverGetsKeys());
-        for (int press = 0; press < way.tabs; ++press)
-            desktop.type("Tab");
-        EXPECT_TRUE(closesWithin([&] { desktop.type(way.key); }));
-        expected.emplace_back(way.request);
-        EXPECT_TRUE(waitForRequests(expected)) << way.request;
+    for (const auto& [tabs, key, request] :
+         {std::tuple(1, "Return", "open demo-1"), std::tuple(3, "space", "open demo-3"),
+          std::tuple(4, "Return", "create")}) {
+        openPopoverAndPressTab(tabs);
+        EXPECT_TRUE(closesWithin([&] { desktop.type(key); }));
+        expected.emplace_back(request);
+        expectRequests(expected);
     }
 }
 
 TEST_F(Keyboard, ClosesThePopoverWithEscapeAndOpensItsMenuWithSpace) {
     startAgent();
-    openPopover();
-    ASSERT_TRUE(popoverGetsKeys());
-    for (int press = 0; press < 5; ++press)
-        desktop.type("Tab");
+    openPopoverAndPressTab(5);
     desktop.type("space");
     EXPECT_TRUE(desktop.waitUntil([this] { return desktop.menu().has_value(); }));
     desktop.type("Escape");
@@ -73,7 +70,6 @@ TEST_F(Keyboard, ClosesThePopoverWithEscapeAndOpensItsMenuWithSpace) {
     EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.iconIsHighlighted(); }));
 
     openPopover();
-    ASSERT_TRUE(popoverGetsKeys());
     openActionMenu();
     desktop.type("Up");
     desktop.type("Return");
@@ -119,11 +115,11 @@ TEST_F(ScreenReader, IsToldTheNamesAndRolesOfAllControls) {
 }
 
 TEST_F(ScreenReader, PressesTheButtons) {
-    installStandIn();
+    installMainApp();
     startAgent();
     openPopover();
     EXPECT_TRUE(closesWithin([this] { accessibles({"push button", "Create a new meeting", "Press"}); }));
-    EXPECT_TRUE(waitForRequests({"create"}));
+    expectRequests({"create"});
     openPopover();
     accessibles({"push button", "More actions", "Press"});
     EXPECT_TRUE(desktop.waitUntil([this] { return desktop.menu().has_value(); }));

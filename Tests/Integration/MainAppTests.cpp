@@ -5,9 +5,15 @@ namespace velloren {
 namespace {
 
 using MainApp = MenuAgentTest;
-using ForeignMainApp = MenuAgentTest;
 
-const std::vector<std::string> threeRequests{"open demo-1", "create", "open demo-2"};
+class MainAppOfEitherMake : public MenuAgentTest,
+                            public ::testing::WithParamInterface<MenuAgentTest::Make> {};
+
+class OddRegistry : public MenuAgentTest, public ::testing::WithParamInterface<const char*> {};
+
+/// With the options of a main app of another make, and what the agent then logs.
+class OddMainApp : public MenuAgentTest,
+                   public ::testing::WithParamInterface<std::pair<const char*, const char*>> {};
 
 /// What a test's name can hold of `text`.
 std::string lettersOf(std::string text) {
@@ -17,98 +23,72 @@ std::string lettersOf(std::string text) {
 
 } // namespace
 
-class MainAppJourney : public MenuAgentTest {
-  protected:
-    void clickOpenCreateOpen() {
-        openPopover();
-        clickOpenButton(0);
-        ASSERT_TRUE(desktop.waitUntil([this] { return !desktop.popover(); }));
-        openPopover();
-        clickCreateRow();
-        ASSERT_TRUE(desktop.waitUntil([this] { return !desktop.popover(); }));
-        openPopover();
-        clickOpenButton(1);
-        ASSERT_TRUE(desktop.waitUntil([this] { return !desktop.popover(); }));
-    }
-
-    /// The requests are made while the main app is off: the bus may start it only after the last.
-    void makesRequestsBeforeTheMainAppComes(const std::function<void()>& install) {
-        startAgent();
-        clickOpenCreateOpen();
-        EXPECT_EQ(countInLog("operation is recorded, waiting for main app to launch..."), 3);
-        EXPECT_EQ(countInLog("Launching com.velloren.velloren-mac, launched=false"), 3);
-        install();
-        openPopover();
-        clickOpenButton(2);
-        ASSERT_TRUE(waitForLog("Connection to main app established"));
-        auto expected = threeRequests;
-        expected.emplace_back("open demo-3");
-        EXPECT_TRUE(waitForRequests(expected)) << ::testing::PrintToString(requests());
-        EXPECT_EQ(mainAppProcesses().size(), 1u) << "one main app was started";
-        EXPECT_EQ(countInLog("Launching com.velloren.velloren-mac, launched=true"), 1);
-    }
-
-    void isFedByTheMainApp() {
-        openPopover();
-        EXPECT_TRUE(waitForLog("Velloren Menu agent.fetchUpcomingMeetings(), meetings count = Optional(4)"));
-        clickOpenButton(2);
-        auto expected = threeRequests;
-        expected.insert(expected.end(), {"open demo-3", "open demo-3"});
-        EXPECT_TRUE(waitForRequests(expected)) << ::testing::PrintToString(requests());
-        EXPECT_EQ(countInLog("Open meeting demo-3 operation is immediately sent to Agent"), 1);
-    }
-};
-
-TEST_F(MainAppJourney, DeliversWhatWasAskedForWhileItWasOffInOrderAndOnce) {
-    makesRequestsBeforeTheMainAppComes([this] { installStandIn(); });
-    isFedByTheMainApp();
-}
-
-TEST_F(MainAppJourney, IsTheSameWithAMainAppOfAnotherMake) {
-    makesRequestsBeforeTheMainAppComes([this] { installForeignMainApp(); });
-    isFedByTheMainApp();
-}
-
-TEST_F(MainAppJourney, GoesOnAfterTheMainAppIsKilled) {
-    installStandIn();
+TEST_P(MainAppOfEitherMake, IsAskedWhatWasWantedWhileItWasOffInOrderAndOnce) {
     startAgent();
+    openMeeting(0);
+    createMeeting();
+    openMeeting(1);
+    EXPECT_TRUE(waitForLog("Launching com.velloren.velloren-mac, launched=false", 3));
+    EXPECT_EQ(countInLog("operation is recorded, waiting for main app to launch..."), 3);
+
+    // Not before, or the first request would have started it.
+    installMainApp(GetParam());
+    openMeeting(2);
+    ASSERT_TRUE(waitForLog("Connection to main app established"));
+    std::vector<std::string> expected{"open demo-1", "create", "open demo-2", "open demo-3"};
+    expectRequests(expected);
+    EXPECT_EQ(mainAppProcesses().size(), 1u);
+    EXPECT_EQ(countInLog("Launching com.velloren.velloren-mac, launched=true"), 1);
+
     openPopover();
-    clickOpenButton(0);
-    ASSERT_TRUE(waitForRequests({"open demo-1"}));
+    EXPECT_TRUE(waitForLog("Velloren Menu agent.fetchUpcomingMeetings(), meetings count = Optional(4)"));
+    clickOpenButton(2);
+    expected.emplace_back("open demo-3");
+    expectRequests(expected);
+    EXPECT_EQ(countInLog("Open meeting demo-3 operation is immediately sent to Agent"), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(, MainAppOfEitherMake,
+                         ::testing::Values(MenuAgentTest::Make::StandIn, MenuAgentTest::Make::Foreign),
+                         [](const auto& info) {
+                             return info.param == MenuAgentTest::Make::StandIn ? "StandIn" : "Foreign";
+                         });
+
+TEST_F(MainApp, IsLaunchedAgainAfterItIsKilled) {
+    installMainApp();
+    startAgent();
+    openMeeting(0);
+    std::vector<std::string> expected{"open demo-1"};
+    expectRequests(expected);
     for (int round = 1; round <= 2; ++round) {
         kill(mainAppProcesses().back(), SIGKILL);
         ASSERT_TRUE(waitForLog("Main app is terminated", round));
         EXPECT_TRUE(waitForLog("clearUpXPCConnection()", round));
-        openPopover();
-        clickCreateRow();
+        createMeeting();
         ASSERT_TRUE(waitForLog("Create new meeting operation is recorded", round));
         ASSERT_TRUE(waitForLog("Connection to main app established", round + 1));
-        ASSERT_TRUE(desktop.waitUntil([&] { return requests().size() == std::size_t(1 + round); }));
+        expected.emplace_back("create");
+        expectRequests(expected);
     }
-    EXPECT_TRUE(agent->isRunning());
 }
 
-TEST_F(MainAppJourney, WaitsForAMainAppThatRegistersLate) {
-    installStandIn("--register-after 1.2");
+TEST_F(MainApp, IsWaitedForWhenItRegistersLate) {
+    installMainApp(Make::StandIn, "--register-after 1.2");
     startAgent();
-    openPopover();
-    clickOpenButton(0);
-    EXPECT_TRUE(waitForRequests({"open demo-1"}));
+    openMeeting(0);
+    expectRequests({"open demo-1"});
     EXPECT_GE(countInLog("endPoint is nil"), 2);
 }
 
-class OddRegistry : public MainAppJourney, public ::testing::WithParamInterface<const char*> {};
-
 TEST_P(OddRegistry, LeavesTheAgentWithItsPopoverAndTenAttempts) {
     installRegistry(GetParam());
-    installStandIn();
+    installMainApp();
     agent = desktop.start(binaries + "/velloren-menu");
-    openPopover();
-    clickOpenButton(0);
+    openMeeting(0);
     ASSERT_TRUE(waitForLog("Main app is launched"));
     ASSERT_TRUE(waitForLog("Retrying in 0.5 seconds", 10));
     openPopover();
-    EXPECT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::elsewhere); }));
+    EXPECT_TRUE(closesOnClick());
     EXPECT_EQ(countInLog("SUCCESSFUL"), 0);
     agent->signal(SIGTERM);
     EXPECT_EQ(agent->wait(), 0);
@@ -117,34 +97,26 @@ TEST_P(OddRegistry, LeavesTheAgentWithItsPopoverAndTenAttempts) {
 INSTANTIATE_TEST_SUITE_P(, OddRegistry, ::testing::Values("/nonexistent", "/bin/false", "/bin/sleep 60"),
                          [](const auto& info) { return lettersOf(info.param); });
 
-struct OddReply {
-    const char* mode;
-    const char* logged;
-};
-
-class OddMainApp : public MainAppJourney, public ::testing::WithParamInterface<OddReply> {};
-
 TEST_P(OddMainApp, LeavesTheAgentAliveAndItsPopoverWorking) {
-    installForeignMainApp(GetParam().mode);
+    const auto& [options, logged] = GetParam();
+    installMainApp(Make::Foreign, options);
     startAgent();
-    openPopover();
-    clickOpenButton(0);
+    openMeeting(0);
     ASSERT_TRUE(waitForLog("Connection to main app established"));
-    ASSERT_TRUE(desktop.waitUntil([this] { return !desktop.popover(); }));
     openPopover();
-    EXPECT_TRUE(waitForLog(GetParam().logged));
-    EXPECT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::elsewhere); }));
+    EXPECT_TRUE(waitForLog(logged));
+    EXPECT_TRUE(closesOnClick());
     openPopover();
     EXPECT_TRUE(agent->isRunning());
 }
 
 INSTANTIATE_TEST_SUITE_P(, OddMainApp,
-                         ::testing::Values(OddReply{"--reply wrong-type", "meetings count = nil"},
-                                           OddReply{"--reply not-strings", "meetings count = Optional(3)"},
-                                           OddReply{"--reply many", "meetings count = Optional(100000)"},
-                                           OddReply{"--reply never", "Fetching meetings from main app..."},
-                                           OddReply{"--never-authenticate",
-                                                    "Fetching meetings from main app..."}),
-                         [](const auto& info) { return lettersOf(info.param.mode); });
+                         ::testing::Values(std::pair("--reply wrong-type", "meetings count = nil"),
+                                           std::pair("--reply not-strings", "meetings count = Optional(3)"),
+                                           std::pair("--reply many", "meetings count = Optional(20000)"),
+                                           std::pair("--reply never", "Fetching meetings from main app..."),
+                                           std::pair("--never-authenticate",
+                                                     "Fetching meetings from main app...")),
+                         [](const auto& info) { return lettersOf(info.param.first); });
 
 } // namespace velloren

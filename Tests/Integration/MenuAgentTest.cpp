@@ -2,7 +2,6 @@
 
 #include <array>
 #include <fstream>
-#include <sstream>
 
 namespace velloren {
 
@@ -53,20 +52,13 @@ void MenuAgentTest::installRegistry(const std::string& command) {
     desktop.bus().addService("com.velloren.velloren-mac.agent", command);
 }
 
-void MenuAgentTest::installMainApp(const std::string& command) {
+void MenuAgentTest::installMainApp(Make make, const std::string& options) {
     const auto script = desktop.folder() / "main-app.sh";
-    std::ofstream(script) << "echo $$ >> " << (desktop.folder() / "main-app.pids").string() << "\nexec "
-                          << command << " --log-requests " << (desktop.folder() / "requests").string()
-                          << " >> " << (desktop.folder() / "main-app.log").string() << " 2>&1\n";
+    const std::string command = make == Make::StandIn ? binaries + "/velloren-main --no-window"
+                                                      : "/usr/bin/python3 " FOREIGN_MAIN_APP;
+    std::ofstream(script) << "cd " << desktop.folder().string() << "\necho $$ >> main-app.pids\nexec "
+                          << command << " --log-requests requests " << options << " >> main-app.log 2>&1\n";
     desktop.bus().addService(mainAppName, "/bin/sh " + script.string());
-}
-
-void MenuAgentTest::installStandIn(const std::string& options) {
-    installMainApp(binaries + "/velloren-main --no-window " + options);
-}
-
-void MenuAgentTest::installForeignMainApp(const std::string& options) {
-    installMainApp(std::string("/usr/bin/python3 ") + FOREIGN_MAIN_APP + " " + options);
 }
 
 void MenuAgentTest::openPopover() {
@@ -95,16 +87,26 @@ bool MenuAgentTest::closesWithin(const std::function<void()>& action) {
     return desktop.waitUntil([this] { return !desktop.popover(); });
 }
 
+bool MenuAgentTest::closesOnClick(QPoint place, int button) {
+    return closesWithin([&] { desktop.click(place, button); });
+}
+
 void MenuAgentTest::clickOpenButton(int row) {
     const auto window = desktop.popover();
     ASSERT_TRUE(window);
     desktop.click({window->right() - screenGap - 43, window->top() + 46 + 60 * row});
 }
 
-void MenuAgentTest::clickCreateRow() {
+void MenuAgentTest::openMeeting(int row) {
+    openPopover();
+    EXPECT_TRUE(closesWithin([&] { clickOpenButton(row); }));
+}
+
+void MenuAgentTest::createMeeting() {
+    openPopover();
     const auto window = desktop.popover();
     ASSERT_TRUE(window);
-    desktop.click({window->center().x(), window->top() + 16 + 180 + 20});
+    EXPECT_TRUE(closesOnClick({window->center().x(), window->top() + 16 + 180 + 20}));
 }
 
 void MenuAgentTest::openActionMenu() {
@@ -140,18 +142,9 @@ std::vector<std::string> MenuAgentTest::requests() const {
     return lines;
 }
 
-bool MenuAgentTest::waitForRequests(const std::vector<std::string>& expected) {
-    return desktop.waitUntil([&] { return requests().size() >= expected.size(); }) && requests() == expected;
-}
-
-std::string MenuAgentTest::registeredEndpoint(const std::string& identifier) {
-    std::string answer;
-    EXPECT_EQ(desktop.run({"dbus-send", "--session", "--print-reply=literal",
-                           "--dest=com.velloren.velloren-mac.agent", "/com/velloren/EndPointHandling",
-                           "com.velloren.EndPointHandling.retrieveListenerEndpoint", "string:" + identifier},
-                          &answer),
-              0);
-    return QString::fromStdString(answer).trimmed().toStdString();
+void MenuAgentTest::expectRequests(const std::vector<std::string>& expected) {
+    desktop.waitUntil([&] { return requests().size() >= expected.size(); });
+    EXPECT_EQ(requests(), expected);
 }
 
 std::vector<pid_t> MenuAgentTest::mainAppProcesses() const {

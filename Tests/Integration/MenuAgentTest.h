@@ -14,6 +14,9 @@ namespace velloren {
 /// The agent as a process on a desktop of its own, with the registry started by the bus, a store with
 /// meetings and a user who is logged in.
 class MenuAgentTest : public ::testing::Test {
+  public:
+    enum class Make { StandIn, Foreign };
+
   protected:
     inline static const std::string mainAppName = "com.velloren.velloren-mac";
     static const std::string binaries;
@@ -26,17 +29,18 @@ class MenuAgentTest : public ::testing::Test {
     /// From now on the bus starts this command when the registry is asked for.
     void installRegistry(const std::string& command);
     /// Has the bus start this main app when it is asked to.
-    void installMainApp(const std::string& command);
-    void installStandIn(const std::string& options = {});
-    void installForeignMainApp(const std::string& options = {});
+    void installMainApp(Make make = Make::StandIn, const std::string& options = {});
 
     /// Clicks the icon until the popover is open.
     void openPopover();
     /// Whether what is typed comes to go to the popover.
     bool popoverGetsKeys();
     bool closesWithin(const std::function<void()>& action);
+    bool closesOnClick(QPoint place = VirtualDesktop::elsewhere, int button = 1);
     void clickOpenButton(int row);
-    void clickCreateRow();
+    /// These open the popover, choose in it and wait until it has closed.
+    void openMeeting(int row);
+    void createMeeting();
     /// Clicks the button of the action menu, and what `item` rows below it is: 0 is the first that shows.
     void openActionMenu();
     void clickActionMenu(int item);
@@ -47,10 +51,8 @@ class MenuAgentTest : public ::testing::Test {
     bool waitForLog(const std::string& text, int times = 1);
     /// What the main app was asked, "fetch" left out.
     [[nodiscard]] std::vector<std::string> requests() const;
-    bool waitForRequests(const std::vector<std::string>& expected);
+    void expectRequests(const std::vector<std::string>& expected);
     [[nodiscard]] std::vector<pid_t> mainAppProcesses() const;
-    /// What the registry answers for the identifier; empty when nothing is registered.
-    [[nodiscard]] std::string registeredEndpoint(const std::string& identifier);
 
     VirtualDesktop desktop;
     std::unique_ptr<Process> agent;

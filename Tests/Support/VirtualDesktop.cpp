@@ -17,25 +17,23 @@ namespace {
 constexpr auto panelSettings = R"(<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xfce4-panel" version="1.0">
   <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array">
-    <value type="int" value="1"/>
+  <property name="panels" type="array"><value type="int" value="1"/>
     <property name="panel-1" type="empty">
       <property name="position" type="string" value="p=6;x=0;y=0"/>
       <property name="position-locked" type="bool" value="true"/>
       <property name="length" type="uint" value="100"/>
       <property name="size" type="uint" value="30"/>
       <property name="icon-size" type="uint" value="22"/>
-      <property name="plugin-ids" type="array"><value type="int" value="1"/><value type="int" value="2"/></property>
+      <property name="plugin-ids" type="array">
+        <value type="int" value="1"/><value type="int" value="2"/><value type="int" value="3"/></property>
     </property>
   </property>
   <property name="plugins" type="empty">
     <property name="plugin-1" type="string" value="separator">
-      <property name="expand" type="bool" value="true"/>
-      <property name="style" type="uint" value="0"/>
-    </property>
+      <property name="expand" type="bool" value="true"/></property>
     <property name="plugin-2" type="string" value="systray">
-      <property name="square-icons" type="bool" value="true"/>
-    </property>
+      <property name="square-icons" type="bool" value="true"/></property>
+    <property name="plugin-3" type="string" value="separator"/>
   </property>
 </channel>
 )";
@@ -48,7 +46,7 @@ void require(const std::function<bool()>& isThere, const char* what, const Proce
 
 } // namespace
 
-VirtualDesktop::VirtualDesktop() : sessionBus(nullptr) {
+VirtualDesktop::VirtualDesktop() {
     const auto setVariable = [this](const char* name, const std::optional<std::string>& value) {
         environment.push_back(std::make_unique<EnvironmentVariable>(name, value));
     };
@@ -68,7 +66,9 @@ VirtualDesktop::VirtualDesktop() : sessionBus(nullptr) {
     setVariable("LANG", "C.UTF-8");
     setVariable("NO_AT_BRIDGE", "1");
     startDisplay();
-    writePanelSettings();
+    const std::filesystem::path settings = folder / "config/xfce4/xfconf/xfce-perchannel-xml";
+    std::filesystem::create_directories(settings);
+    std::ofstream(settings / "xfce4-panel.xml") << panelSettings;
     sessionBus = std::make_unique<PrivateBus>();
     windowManager = start("xfwm4", {"--compositor=on"});
     require(
@@ -81,33 +81,17 @@ VirtualDesktop::VirtualDesktop() : sessionBus(nullptr) {
     startPanel();
 }
 
-VirtualDesktop::~VirtualDesktop() {
-    panel.reset();
-    windowManager.reset();
-    sessionBus.reset();
-    display.reset();
-}
-
 void VirtualDesktop::startDisplay() {
-    const TemporaryDirectory temporary;
-    const auto numberFile = temporary / "number";
-    display = std::make_unique<Process>(
-        std::vector<std::string>{"sh", "-c",
-                                 "exec Xvfb -displayfd 3 -screen 0 " + std::to_string(width) + "x" +
-                                     std::to_string(height) + "x24 -nolisten tcp -noreset 3>" +
-                                     numberFile.string()},
-        Process::Environment(), temporary / "log");
+    const auto numberFile = home / "number";
+    const std::string size = std::to_string(width) + "x" + std::to_string(height) + "x24";
+    const std::vector<std::string> command{"sh", "-c",
+                                           "exec Xvfb -displayfd 3 -nolisten tcp -noreset -screen 0 " + size +
+                                               " 3>" + numberFile.string()};
+    display = std::make_unique<Process>(command, Process::Environment(), home / "Xvfb");
     std::string number;
     require([&] { return static_cast<bool>(std::getline(std::ifstream(numberFile), number)); }, "X server",
             *display);
     environment.push_back(std::make_unique<EnvironmentVariable>("DISPLAY", ":" + number));
-}
-
-void VirtualDesktop::writePanelSettings() const {
-    const std::filesystem::path folder =
-        std::filesystem::path(std::getenv("XDG_CONFIG_HOME")) / "xfce4/xfconf/xfce-perchannel-xml";
-    std::filesystem::create_directories(folder);
-    std::ofstream(folder / "xfce4-panel.xml") << panelSettings;
 }
 
 std::unique_ptr<Process> VirtualDesktop::start(const std::string& name,
@@ -209,10 +193,12 @@ QImage VirtualDesktop::screen() const {
     return QImage(QString::fromStdString(file.string()));
 }
 
+bool VirtualDesktop::isHighlight(QColor color) {
+    return color.blue() > 200 && color.red() < 100; // the panel blends it a little
+}
+
 bool VirtualDesktop::iconIsHighlighted() const {
-    // In the margin around the glyph; the panel blends it a little.
-    const QColor color = screen().pixelColor(icon + QPoint(0, -10));
-    return color.blue() > 200 && color.red() < 100;
+    return isHighlight(screen().pixelColor(icon - aboveGlyph));
 }
 
 bool VirtualDesktop::waitUntil(const std::function<bool()>& condition) {

@@ -16,20 +16,21 @@
 namespace velloren {
 
 /// A desktop in memory, the test's own: X server, session bus, window manager, and a panel at the top with
-/// the tray at its right end. It is what this process's environment names for as long as it lives; the
+/// the tray near its right end. It is what this process's environment names for as long as it lives; the
 /// product's folders are fresh ones.
 class VirtualDesktop {
   public:
     static constexpr int width = 1280;
     static constexpr int height = 800;
     /// Where the only icon of the tray stands, and a place that is nobody's.
-    static constexpr QPoint icon{width - 18, 15};
+    static constexpr QPoint icon{width - 23, 15};
     static constexpr QPoint elsewhere{300, 500};
+    /// From the icon's middle up to the margin around its glyph.
+    static constexpr QPoint aboveGlyph{0, 10};
 
     VirtualDesktop();
     VirtualDesktop(const VirtualDesktop&) = delete;
     VirtualDesktop& operator=(const VirtualDesktop&) = delete;
-    ~VirtualDesktop();
 
     [[nodiscard]] PrivateBus& bus() { return *sessionBus; }
 
@@ -61,6 +62,7 @@ class VirtualDesktop {
     /// The icon's window in a tray that takes in windows; none while it is in none.
     [[nodiscard]] std::optional<QRect> legacyIcon() const;
     [[nodiscard]] QImage screen() const;
+    [[nodiscard]] static bool isHighlight(QColor color);
     /// Whether the icon has the blue of the highlight around it.
     [[nodiscard]] bool iconIsHighlighted() const;
 
@@ -69,14 +71,13 @@ class VirtualDesktop {
 
   private:
     void startDisplay();
-    void writePanelSettings() const;
     [[nodiscard]] bool isViewable(const std::string& window) const;
     [[nodiscard]] std::optional<QRect> agentWindow(const std::function<bool(QSize)>& fits) const;
 
     TemporaryDirectory home;
     std::vector<std::unique_ptr<EnvironmentVariable>> environment;
-    std::unique_ptr<PrivateBus> sessionBus;
     std::unique_ptr<Process> display;
+    std::unique_ptr<PrivateBus> sessionBus;
     std::unique_ptr<Process> windowManager;
     std::unique_ptr<Process> panel;
 };
