@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Platform/Desktop/Application.h"
-#include "Platform/Foundation/UserDefaults.h"
 #include "Tests/Support/FakeDesktop.h"
 #include "Tests/Support/FakeEnds.h"
 #include "Tests/Support/FakeLink.h"
@@ -10,8 +9,6 @@
 #include "Tests/Support/ManualRunLoop.h"
 #include "Tests/Support/QtTest.h"
 #include "Tests/Support/RecordingLogger.h"
-
-#include <string>
 
 namespace velloren {
 
@@ -22,7 +19,6 @@ class AgentTest : public QtTest {
     inline static const std::string menuAgent = "com.velloren.velloren-mac.menu";
 
     AgentTest() {
-        SharedInstance<RunLoop>::provide([] { return std::make_unique<ManualRunLoop>(); });
         SharedInstance<UserDefaults>::provide(
             [] { return std::make_unique<UserDefaults>(std::filesystem::path()); });
         link.serve("com.velloren.velloren-mac.agent", exportedEndPointHandling(registry));
@@ -30,28 +26,26 @@ class AgentTest : public QtTest {
     }
 
     ~AgentTest() override {
-        SharedInstance<StatusBar>::reset();
-        SharedInstance<GlobalEvents>::reset();
-        SharedInstance<WindowServer>::reset();
-        SharedInstance<Workspace>::reset();
-        SharedInstance<UserDefaults>::reset();
-        SharedInstance<Crashlytics>::reset();
-        SharedInstance<UserManager>::reset();
-        SharedInstance<SyncManager>::reset();
-        SharedInstance<MeetingStore>::reset();
-        SharedInstance<Logger>::reset();
-        SharedInstance<RunLoop>::reset();
+        reset<StatusBar, GlobalEvents, WindowServer, Workspace, UserDefaults, Crashlytics, UserManager,
+              SyncManager, MeetingStore, Logger, RunLoop>();
     }
 
-    static ManualRunLoop& loop() { return ManualRunLoop::shared(); }
+    /// The main app listens, and the registry knows where.
+    void registerMainApp() { registry.endpoints.insert_or_assign(mainApp, endpoint); }
 
     /// The main app runs and listens; the workspace says so.
     void startMainApp() {
-        registry.endpoints.insert_or_assign(mainApp, endpoint);
+        registerMainApp();
         workspace.start(mainApp);
-        loop().runPending();
+        loop.runPending();
     }
 
+    /// A log line of the agent's delegate.
+    static std::string info(const std::string& text) { return "info VellorenMenu/MenuAppDelegate " + text; }
+
+    static std::string debug(const std::string& text) { return "debug VellorenMenu/MenuAppDelegate " + text; }
+
+    ManualRunLoop& loop = ManualRunLoop::install();
     const Endpoint endpoint = *Endpoint::parse("unix:path=/run/user/1000/velloren/main.socket");
     FakeWorkspace& workspace = FakeWorkspace::install();
     RecordingLogger& log = RecordingLogger::install();
@@ -66,6 +60,12 @@ class AgentTest : public QtTest {
     TestRegistry registry;
     TestMainApp mainAppObject;
     Application application;
+
+  private:
+    template <class... Services>
+    static void reset() {
+        (SharedInstance<Services>::reset(), ...);
+    }
 };
 
 } // namespace velloren

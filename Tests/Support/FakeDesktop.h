@@ -2,62 +2,49 @@
 
 #include "Platform/Desktop/GlobalEvents.h"
 #include "Platform/Desktop/StatusBar.h"
-#include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Views/WindowServer.h"
+#include "Tests/Support/Installable.h"
 
 #include <QWidget>
 
-#include <memory>
 #include <utility>
 
 namespace velloren {
 
 /// Global events that the test makes.
-class FakeGlobalEvents final : public GlobalEvents {
+class FakeGlobalEvents final : public Installable<FakeGlobalEvents, GlobalEvents> {
   public:
-    static FakeGlobalEvents& install() {
-        SharedInstance<GlobalEvents>::provide([] { return std::make_unique<FakeGlobalEvents>(); });
-        return static_cast<FakeGlobalEvents&>(GlobalEvents::shared());
-    }
-
     bool clickSeenByMonitor = false;
+    EventMask maskAskedFor = 0;
 
     [[nodiscard]] std::size_t monitorCount() const { return monitors.handlersFor(~EventMask{0}).size(); }
 
-    void post(const Event& event) {
-        for (const Handler& handler : monitors.handlersFor(maskOf(event.type)))
-            handler(&event);
-    }
+    void post(const Event& event) { tell(maskOf(event.type), &event); }
 
-    void postWithoutEvent() {
-        for (const Handler& handler : monitors.handlersFor(~EventMask{0}))
-            handler(nullptr);
-    }
+    void postWithoutEvent() { tell(~EventMask{0}, nullptr); }
 
     Subscription addMonitorForEventsMatchingMask(EventMask mask, Handler handler) override {
+        maskAskedFor = mask;
         return monitors.add(mask, std::move(handler));
     }
 
     bool takeClickSeenByMonitor() override { return std::exchange(clickSeenByMonitor, false); }
 
   private:
+    void tell(EventMask mask, const Event* event) {
+        for (const Handler& handler : monitors.handlersFor(mask))
+            handler(event);
+    }
+
     GlobalEventMonitors monitors;
 };
 
-/// A display whose pointer and compositor are the test's.
-class FakeWindowServer final : public WindowServer {
+/// A display with a compositor that does not tell where the pointer is.
+class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer> {
   public:
-    static FakeWindowServer& install() {
-        SharedInstance<WindowServer>::provide([] { return std::make_unique<FakeWindowServer>(); });
-        return static_cast<FakeWindowServer&>(WindowServer::shared());
-    }
+    std::optional<QPoint> pointerLocation() const override { return std::nullopt; }
 
-    std::optional<QPoint> pointer;
-    bool composited = true;
-
-    std::optional<QPoint> pointerLocation() const override { return pointer; }
-
-    bool isComposited() const override { return composited; }
+    bool isComposited() const override { return true; }
 
     void preparePopover(QWidget&) override {}
 
@@ -65,36 +52,33 @@ class FakeWindowServer final : public WindowServer {
 };
 
 /// A bar whose item's button is a view nobody shows, or that gives its item no button at all.
-class FakeStatusBar final : public StatusBar {
+class FakeStatusBar final : public Installable<FakeStatusBar, StatusBar> {
   public:
-    static FakeStatusBar& install() {
-        SharedInstance<StatusBar>::provide([] { return std::make_unique<FakeStatusBar>(); });
-        return static_cast<FakeStatusBar&>(StatusBar::systemStatusBar());
-    }
-
     bool givesButton = true;
     double lengthAskedFor = 0;
     StatusBarButton* latestButton = nullptr;
+    std::function<void()> asked = [] {}; ///< called when an item is asked for its button
 
     std::unique_ptr<StatusItem> statusItemWithLength(double length) override {
         lengthAskedFor = length;
-        auto item = std::make_unique<Item>(givesButton, length);
-        latestButton = item->button();
+        auto item = std::make_unique<Item>(asked);
+        if (givesButton)
+            item->given = std::make_unique<StatusBarButton>(QSize(qRound(length), 22));
+        latestButton = item->given.get();
         return item;
     }
 
   private:
-    class Item final : public StatusItem {
-      public:
-        Item(bool givesButton, double length) {
-            if (givesButton)
-                itemButton = std::make_unique<StatusBarButton>(QSize(qRound(length), 22));
+    struct Item final : StatusItem {
+        explicit Item(std::function<void()>& asked) : asked(asked) {}
+
+        std::function<void()>& asked;
+        std::unique_ptr<StatusBarButton> given;
+
+        StatusBarButton* button() override {
+            asked();
+            return given.get();
         }
-
-        StatusBarButton* button() override { return itemButton.get(); }
-
-      private:
-        std::unique_ptr<StatusBarButton> itemButton;
     };
 };
 

@@ -3,11 +3,6 @@
 #include "Shared/Communication.h"
 #include "Shared/EndPointHandling.h"
 
-#include <map>
-#include <optional>
-#include <string>
-#include <vector>
-
 namespace velloren {
 
 /// A registry that answers at once, or keeps the questions.
@@ -48,10 +43,10 @@ class TestMainApp final : public Communication {
 
     void openMeetingWithId(const std::string& id) override { requests.push_back("open " + id); }
 
-    void createNewMeeting() override { requests.push_back("create"); }
+    void createNewMeeting() override { requests.emplace_back("create"); }
 
     void fetchUpcomingMeetings(MeetingsReply reply) override {
-        requests.push_back("fetch");
+        requests.emplace_back("fetch");
         if (withholds)
             withheld.push_back(std::move(reply));
         else

@@ -1,82 +1,50 @@
 #include "Tests/Support/FakeLink.h"
 
-#include <optional>
 #include <utility>
 
 namespace velloren {
 
-/// A service or an endpoint and what it serves.
+/// A service or an endpoint, what it serves, and the connections to it.
 struct FakeLink::Far {
     std::optional<ExportedInterface> interface;
-    std::vector<std::weak_ptr<Near>> connected;
+    std::vector<FakeConnection*> connected;
 };
 
-/// A connection's state, which outlives the connection while calls are under way.
-struct FakeLink::Near {
-    std::shared_ptr<Far> far;
-    Connection::Handler interruption;
-    Connection::Handler invalidation;
-    bool ended = false;
-
-    void happened(bool interrupted) {
-        if (std::exchange(ended, true))
-            return;
-        if (const auto handler = interrupted ? interruption : invalidation)
-            handler();
-    }
-};
-
-namespace {
-
-class FakeChannel final : public Channel {
+/// Outlives its connection, as the calls of a real one do.
+class FakeLink::FakeChannel final : public Channel {
   public:
-    FakeChannel(FakeLink& link, std::shared_ptr<FakeLink::Near> near, std::string interface,
-                Connection::ErrorHandler failed)
-        : link(link), near(std::move(near)), interface(std::move(interface)), failed(std::move(failed)) {}
+    FakeChannel(std::shared_ptr<Far> far, std::string interface, Connection::ErrorHandler failed)
+        : far(std::move(far)), interface(std::move(interface)), failed(std::move(failed)) {}
 
     void call(const std::string& method, Arguments arguments, Reply reply) override {
-        link.post([&link = link, far = near->far, name = interface, failed = failed, method,
-                   arguments = std::move(arguments), reply = std::move(reply)] {
-            const auto fail = [&](const char* error) {
-                if (failed)
-                    failed(error);
-            };
-            if (!far->interface)
-                return fail("org.freedesktop.DBus.Error.Disconnected: nobody is there");
-            if (far->interface->name != name || !far->interface->methods.contains(method))
-                return fail("org.freedesktop.DBus.Error.UnknownMethod: no such method");
-            const auto& known = far->interface->methods.at(method);
-            if (known.argumentCount != arguments.size())
-                return fail("org.freedesktop.DBus.Error.InvalidArgs: other arguments");
-            known.handler(arguments, [&link = link, reply](Value value) {
-                link.post([reply, value = std::move(value)] { reply(value); });
-            });
-        });
+        if (const std::string error = "org.freedesktop.DBus.Error."; !far->interface)
+            failed(error + "Disconnected: nobody is there");
+        else if (far->interface->name != interface || !far->interface->methods.contains(method))
+            failed(error + "UnknownMethod: no such method");
+        else
+            far->interface->methods.at(method).handler(arguments, reply);
     }
 
     void send(const std::string& method, Arguments arguments) override {
-        link.post([far = near->far, method, arguments = std::move(arguments)] {
-            if (far->interface && far->interface->methods.contains(method))
-                far->interface->methods.at(method).handler(arguments, [](const Value&) {});
+        FakeChannel(far, interface, [](const std::string&) {}).call(method, std::move(arguments), [](auto) {
         });
     }
 
   private:
-    FakeLink& link;
-    std::shared_ptr<FakeLink::Near> near;
+    std::shared_ptr<Far> far;
     std::string interface;
     Connection::ErrorHandler failed;
 };
 
-class FakeConnection final : public Connection {
+class FakeLink::FakeConnection final : public Connection {
   public:
-    FakeConnection(FakeLink& link, std::shared_ptr<FakeLink::Near> near, std::string place)
-        : link(link), near(std::move(near)), place(std::move(place)) {
+    FakeConnection(FakeLink& link, const std::string& place)
+        : link(link), far(link.farEnd(place)), place(place) {
         ++link.openConnections;
     }
 
     ~FakeConnection() override {
-        near->ended = true;
+        std::erase(far->connected, this);
         --link.openConnections;
     }
 
@@ -84,20 +52,24 @@ class FakeConnection final : public Connection {
         interface = std::move(newInterface);
     }
 
-    void setInterruptionHandler(Handler handler) override { near->interruption = std::move(handler); }
+    void setInterruptionHandler(Handler handler) override { interruption = std::move(handler); }
 
-    void setInvalidationHandler(Handler handler) override { near->invalidation = std::move(handler); }
+    void setInvalidationHandler(Handler handler) override { invalidation = std::move(handler); }
 
     void resume() override {
-        link.post([near = near] {
-            near->far->connected.push_back(near);
-            if (!near->far->interface)
-                near->happened(false);
-        });
+        if (far->interface)
+            far->connected.push_back(this);
+        else if (invalidation)
+            invalidation();
+    }
+
+    void interrupt() const {
+        if (interruption)
+            interruption();
     }
 
     std::shared_ptr<RemoteObject> remoteObjectProxy() override {
-        return remoteObjectProxyWithErrorHandler(nullptr);
+        return remoteObjectProxyWithErrorHandler([](const std::string&) {});
     }
 
     std::shared_ptr<RemoteObject> remoteObjectProxyWithErrorHandler(ErrorHandler handler) override {
@@ -105,20 +77,21 @@ class FakeConnection final : public Connection {
             return nullptr;
         if (!link.conforming)
             return std::make_shared<RemoteObject>();
-        return interface.makeProxy(
-            std::make_shared<FakeChannel>(link, near, interface.name, std::move(handler)));
+        return interface.makeProxy(std::make_shared<FakeChannel>(far, interface.name, std::move(handler)));
     }
 
     [[nodiscard]] std::string description() const override { return "<Connection: " + place + ">"; }
 
   private:
     FakeLink& link;
-    std::shared_ptr<FakeLink::Near> near;
+    std::shared_ptr<Far> far;
     std::string place;
+    Handler interruption;
+    Handler invalidation;
     RemoteInterface interface;
 };
 
-class FakeListener final : public Listener {
+class FakeLink::FakeListener final : public Listener {
   public:
     explicit FakeListener(FakeLink& link) : link(link) {}
 
@@ -139,21 +112,12 @@ class FakeListener final : public Listener {
     std::optional<Endpoint> place;
 };
 
-} // namespace
-
-FakeLink::FakeLink() = default;
-
-FakeLink::~FakeLink() = default;
-
 std::shared_ptr<FakeLink::Far> FakeLink::farEnd(const std::string& place) {
-    auto& far = places[place];
-    if (!far)
-        far = std::make_shared<Far>();
-    return far;
+    return places.try_emplace(place, std::make_shared<Far>()).first->second;
 }
 
-void FakeLink::serve(const std::string& serviceName, ExportedInterface interface) {
-    farEnd(serviceName)->interface = std::move(interface);
+void FakeLink::serve(const std::string& place, ExportedInterface interface) {
+    farEnd(place)->interface = std::move(interface);
 }
 
 void FakeLink::serve(const Endpoint& endpoint, ExportedInterface interface) {
@@ -161,44 +125,18 @@ void FakeLink::serve(const Endpoint& endpoint, ExportedInterface interface) {
 }
 
 void FakeLink::stop(const Endpoint& endpoint) {
-    const auto far = std::exchange(places[endpoint.address()], nullptr);
-    if (!far)
-        return;
+    const auto far = farEnd(endpoint.address());
     far->interface.reset();
-    for (const auto& near : far->connected) {
-        if (const auto connection = near.lock())
-            post([connection] { connection->happened(true); });
-    }
-}
-
-void FakeLink::post(std::function<void()> task) {
-    queue.push_back(std::move(task));
-    if (deliversAtOnce && !delivering)
-        deliver();
-}
-
-void FakeLink::deliver() {
-    delivering = true;
-    while (!queue.empty()) {
-        const auto task = std::move(queue.front());
-        queue.pop_front();
-        task();
-    }
-    delivering = false;
+    for (const FakeConnection* connection : std::exchange(far->connected, {}))
+        connection->interrupt();
 }
 
 std::unique_ptr<Connection> FakeLink::connectionToService(const std::string& serviceName) {
-    if (!hasBus)
-        return nullptr;
-    connectionsMade.push_back(serviceName);
-    return std::make_unique<FakeConnection>(*this, std::make_shared<Near>(Near{farEnd(serviceName), {}, {}}),
-                                            serviceName);
+    return hasBus ? std::make_unique<FakeConnection>(*this, serviceName) : nullptr;
 }
 
 std::unique_ptr<Connection> FakeLink::connectionToEndpoint(const Endpoint& endpoint) {
-    connectionsMade.push_back(endpoint.address());
-    return std::make_unique<FakeConnection>(
-        *this, std::make_shared<Near>(Near{farEnd(endpoint.address()), {}, {}}), endpoint.address());
+    return std::make_unique<FakeConnection>(*this, endpoint.address());
 }
 
 std::unique_ptr<Listener> FakeLink::anonymousListener() {

@@ -1,38 +1,22 @@
 #pragma once
 
 #include "Platform/Desktop/Workspace.h"
-#include "Platform/Foundation/SharedInstance.h"
+#include "Tests/Support/Installable.h"
 
 #include <list>
-#include <map>
-#include <memory>
-#include <string>
-#include <vector>
+#include <utility>
 
 namespace velloren {
 
 /// A workspace whose applications run when the test says so.
-class FakeWorkspace final : public Workspace {
+class FakeWorkspace final : public Installable<FakeWorkspace, Workspace> {
   public:
-    /// Makes a fake workspace the process's own and returns it.
-    static FakeWorkspace& install() {
-        SharedInstance<Workspace>::provide([] { return std::make_unique<FakeWorkspace>(); });
-        return static_cast<FakeWorkspace&>(Workspace::shared());
-    }
-
     std::map<std::string, int> instances;
     bool takesLaunches = true;
     std::vector<std::string> launches;
     std::vector<std::string> openedURLs;
+    std::function<void()> asked = [] {}; ///< called when a launch or an address is asked for
     int queries = 0;
-
-    void post(Notice notice, const Notification& notification) {
-        const auto told = observers;
-        for (const auto& [observed, observer] : told) {
-            if (observed == notice)
-                observer(notification);
-        }
-    }
 
     void start(const std::string& identifier) {
         ++instances[identifier];
@@ -57,24 +41,29 @@ class FakeWorkspace final : public Workspace {
 
     std::vector<RunningApplication> runningApplications(const std::string& identifier) override {
         ++queries;
-        std::vector<RunningApplication> running;
-        running.reserve(static_cast<std::size_t>(instances[identifier]));
-        for (int index = 0; index < instances[identifier]; ++index)
-            running.push_back({identifier, ":1." + std::to_string(index)});
-        return running;
+        return {static_cast<std::size_t>(instances[identifier]), {identifier, ":1.0"}};
     }
 
     bool launchApplication(const std::string& identifier) override {
         launches.push_back(identifier);
+        asked();
         return takesLaunches;
     }
 
     bool openURL(const URL& url) override {
         openedURLs.push_back(url.absoluteString());
+        asked();
         return takesLaunches;
     }
 
   private:
+    void post(Notice notice, const Notification& notification) {
+        for (const auto& [observed, observer] : std::list(observers)) {
+            if (observed == notice)
+                observer(notification);
+        }
+    }
+
     std::list<std::pair<Notice, Observer>> observers;
 };
 

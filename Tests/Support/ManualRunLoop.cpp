@@ -1,33 +1,24 @@
 #include "Tests/Support/ManualRunLoop.h"
 
 #include <algorithm>
-#include <optional>
-#include <utility>
 
 namespace velloren {
 
-namespace {
-
-// Sums of intervals are not exact: what is due within a microsecond is due.
-constexpr RunLoop::Seconds tolerance{1e-6};
-
-} // namespace
-
-struct ManualRunLoop::Entry {
-    Seconds due;
-    std::optional<Seconds> interval;
-    Task task;
-};
-
-class ManualRunLoop::ManualTimer final : public Timer {
+class ManualRunLoop::Entry final : public Timer {
   public:
-    ManualTimer(ManualRunLoop& loop, std::shared_ptr<Entry> entry) : loop(loop), entry(std::move(entry)) {}
+    Entry(ManualRunLoop& loop, Moment due, Moment interval, Task task)
+        : due(due), interval(interval), task(std::move(task)), loop(loop) {}
 
-    void invalidate() override { loop.scheduled.remove(entry); }
+    void invalidate() override {
+        std::erase_if(loop.scheduled, [this](const auto& entry) { return entry.get() == this; });
+    }
+
+    Moment due;
+    const Moment interval; ///< zero is once
+    const Task task;
 
   private:
     ManualRunLoop& loop;
-    std::shared_ptr<Entry> entry;
 };
 
 void ManualRunLoop::post(Task task) {
@@ -37,50 +28,41 @@ void ManualRunLoop::post(Task task) {
 }
 
 void ManualRunLoop::postAfter(Seconds delay, Task task) {
-    scheduled.push_back(std::make_shared<Entry>(Entry{now + delay, std::nullopt, std::move(task)}));
+    const Moment due = now + std::chrono::round<Moment>(delay);
+    scheduled.push_back(std::make_shared<Entry>(*this, due, Moment::zero(), std::move(task)));
 }
 
 std::shared_ptr<RunLoop::Timer> ManualRunLoop::scheduleRepeating(Seconds interval, Task task) {
-    scheduled.push_back(std::make_shared<Entry>(Entry{now + interval, interval, std::move(task)}));
-    return std::make_shared<ManualTimer>(*this, scheduled.back());
+    const auto period = std::chrono::round<Moment>(interval);
+    scheduled.push_back(std::make_shared<Entry>(*this, now + period, period, std::move(task)));
+    return scheduled.back();
 }
 
 void ManualRunLoop::runPending() {
-    for (;;) {
-        Task next;
-        {
-            const std::scoped_lock lock(mutex);
-            if (posted.empty())
-                return;
-            next = std::move(posted.front());
-            posted.pop_front();
-        }
+    for (std::unique_lock lock(mutex); !posted.empty(); lock.lock()) {
+        const Task next = std::move(posted.front());
+        posted.pop_front();
+        lock.unlock();
         next();
     }
 }
 
-std::list<std::shared_ptr<ManualRunLoop::Entry>>::iterator ManualRunLoop::earliest() {
-    return std::min_element(scheduled.begin(), scheduled.end(),
-                            [](const auto& a, const auto& b) { return a->due < b->due; });
-}
-
-void ManualRunLoop::runNextUntil(Seconds end) {
-    const auto next = earliest();
-    const auto entry = *next;
-    now = std::min(std::max(now, entry->due), end);
-    if (entry->interval)
-        entry->due += *entry->interval;
-    else
-        scheduled.erase(next);
-    entry->task();
-    runPending();
-}
-
 void ManualRunLoop::advance(Seconds duration) {
-    const Seconds end = now + duration;
+    const Moment end = now + std::chrono::round<Moment>(duration);
     runPending();
-    while (!scheduled.empty() && (*earliest())->due <= end + tolerance)
-        runNextUntil(end);
+    while (!scheduled.empty()) {
+        const auto next =
+            std::ranges::min_element(scheduled, {}, [](const auto& entry) { return entry->due; });
+        const auto entry = *next;
+        if (entry->due > end)
+            break;
+        now = entry->due;
+        entry->due += entry->interval;
+        if (entry->interval == Moment::zero())
+            scheduled.erase(next);
+        entry->task();
+        runPending();
+    }
     now = end;
 }
 
@@ -90,10 +72,10 @@ bool ManualRunLoop::waitUntil(const std::function<bool()>& condition) {
         runPending();
         if (condition())
             return true;
-        std::unique_lock lock(mutex);
         if (std::chrono::steady_clock::now() > limit)
             return false;
         // Conditions may also be about what other threads wrote: look again soon.
+        std::unique_lock lock(mutex);
         arrived.wait_for(lock, std::chrono::milliseconds(5), [this] { return !posted.empty(); });
     }
 }

@@ -1,17 +1,18 @@
 #pragma once
 
 #include "Platform/Foundation/RunLoop.h"
+#include "Tests/Support/Installable.h"
 
 #include <condition_variable>
 #include <deque>
-#include <functional>
 #include <list>
-#include <mutex>
+#include <thread>
 
 namespace velloren {
 
-/// A main run loop whose time passes when the test says so. Only `post` may be called from other threads.
-class ManualRunLoop final : public RunLoop {
+/// The run loop of the thread that made it, whose time passes when the test says so. Only `post` may be
+/// called from other threads.
+class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
   public:
     /// The main run loop of a test that provided a manual one.
     static ManualRunLoop& shared() { return static_cast<ManualRunLoop&>(RunLoop::main()); }
@@ -20,10 +21,7 @@ class ManualRunLoop final : public RunLoop {
     void postAfter(Seconds delay, Task task) override;
     std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) override;
 
-    [[nodiscard]] bool isCurrent() const override { return current; }
-
-    /// Pretends that the caller runs on another thread, or no longer.
-    void setCurrent(bool isCurrent) { current = isCurrent; }
+    [[nodiscard]] bool isCurrent() const override { return home == std::this_thread::get_id(); }
 
     /// Runs what was posted, and what that posts, without time passing.
     void runPending();
@@ -39,18 +37,15 @@ class ManualRunLoop final : public RunLoop {
     [[nodiscard]] std::size_t pendingTimers() const { return scheduled.size(); }
 
   private:
-    struct Entry;
-    class ManualTimer;
-
-    [[nodiscard]] std::list<std::shared_ptr<Entry>>::iterator earliest();
-    void runNextUntil(Seconds end);
+    class Entry;
+    using Moment = std::chrono::microseconds; // sums of seconds would not be exact
 
     std::mutex mutex;
     std::condition_variable arrived;
     std::deque<Task> posted;
     std::list<std::shared_ptr<Entry>> scheduled;
-    Seconds now{0};
-    bool current = true;
+    Moment now{0};
+    const std::thread::id home = std::this_thread::get_id();
 };
 
 } // namespace velloren

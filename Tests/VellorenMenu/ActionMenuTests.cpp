@@ -4,6 +4,7 @@
 #include "VellorenMenu/Commands.h"
 #include "VellorenMenu/DropDownButton.h"
 #include "VellorenMenu/MenuAppDelegate.h"
+#include "VellorenMenu/URLs.h"
 
 #include <QAction>
 #include <QMenu>
@@ -17,7 +18,6 @@ namespace velloren {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class SupportCommandTest : public AgentTest {
   protected:
@@ -29,14 +29,18 @@ class SupportCommandTest : public AgentTest {
         SharedInstance<Bundle>::provide([this] { return Bundle::inFolder(folder.path()); });
     }
 
-    std::vector<CommandState> statesOfARun() {
+    /// Runs a command, which goes through being executed to `last`; what it asked the desktop to open.
+    std::vector<std::string> opened(CommandState last) {
+        workspace.openedURLs.clear();
         std::vector<CommandState> states;
         SupportCommand command{[&](CommandState state) { states.push_back(state); }};
         command.execute();
-        EXPECT_EQ(command.state, states.back());
-        return states;
+        EXPECT_THAT(states, ElementsAre(CommandState::executing, last));
+        EXPECT_EQ(command.state, last);
+        return workspace.openedURLs;
     }
 
+    const std::string mail = "mailto:support@velloren.example?subject=Velloren%20";
     TemporaryDirectory folder;
 };
 
@@ -49,50 +53,37 @@ class ActionMenuTest : public SupportCommandTest {
         delegate.applicationDidFinishLaunching();
         delegate.showPopover(nullptr);
         button = delegate.popover().contentViewController()->view().findChild<DropDownButton*>();
+        items = button->actionMenu().actions();
+        log.clear();
     }
-
-    QAction& item(int position) { return *button->actionMenu().actions().at(position); }
 
     MenuAppDelegate delegate{link};
     DropDownButton* button = nullptr;
+    QList<QAction*> items;
 };
 
 } // namespace
 
 TEST_F(SupportCommandTest, OpensAMailWhoseSubjectNamesTheProductAndItsVersion) {
-    setVersion("2.1", "\"57\"");
-    EXPECT_THAT(statesOfARun(), ElementsAre(CommandState::executing, CommandState::finished));
-    EXPECT_THAT(
-        workspace.openedURLs,
-        ElementsAre(
-            "mailto:support@velloren.example?subject=Velloren%202.1%20(57)%20Support%20subject%20line"));
+    using Row = std::tuple<const char*, const char*, CommandState, std::vector<std::string>>;
+    for (const auto& [version, build, last, address] :
+         {Row{"2.1", "\"57\"", CommandState::finished, {mail + "2.1%20(57)%20Support%20subject%20line"}},
+          Row{"2.1", "57", CommandState::finished, {mail + "Support%20subject%20line"}},
+          Row{"2.1 \\ud800", "\"57\"", CommandState::failed, {}}}) {
+        setVersion(version, build);
+        EXPECT_EQ(opened(last), address) << version << build;
+    }
 }
 
-TEST_F(SupportCommandTest, LeavesOutAVersionThatIsNotThereAndDoesNotMindARefusal) {
-    setVersion("2.1", "57");
-    workspace.takesLaunches = false;
-    EXPECT_THAT(statesOfARun(), ElementsAre(CommandState::executing, CommandState::finished));
-    EXPECT_THAT(workspace.openedURLs,
-                ElementsAre("mailto:support@velloren.example?subject=Velloren%20Support%20subject%20line"));
-}
-
-TEST_F(SupportCommandTest, FailsWhereTheSubjectCannotBeEncoded) {
-    setVersion("2.1 \\ud800", "\"57\"");
-    EXPECT_THAT(statesOfARun(), ElementsAre(CommandState::executing, CommandState::failed));
-    EXPECT_THAT(workspace.openedURLs, IsEmpty());
-}
-
-TEST_F(SupportCommandTest, SpeaksTheUsersLanguage) {
+TEST_F(SupportCommandTest, SpeaksTheUsersLanguageAndDoesNotMindARefusal) {
     setVersion("1", "\"2\"");
+    workspace.takesLaunches = false;
     QTranslator translator;
-    ASSERT_TRUE(translator.load(QStringLiteral(":/i18n/velloren_fr.qm")));
+    for (const char* language : {"en", "de", "ja", "ar", "fr"})
+        ASSERT_TRUE(translator.load(QStringLiteral(":/i18n/velloren_%1.qm").arg(QLatin1String(language))));
     QCoreApplication::installTranslator(&translator);
-    EXPECT_THAT(statesOfARun(), ElementsAre(CommandState::executing, CommandState::finished));
-    EXPECT_THAT(workspace.openedURLs, ElementsAre("mailto:support@velloren.example?subject="
-                                                  "Velloren%201%20(2)%20Demande%20d%E2%80%99assistance"));
-    for (const char* language : {"en", "de", "ja", "ar"})
-        EXPECT_TRUE(translator.load(QStringLiteral(":/i18n/velloren_%1.qm").arg(QLatin1String(language))))
-            << language;
+    EXPECT_THAT(opened(CommandState::finished),
+                ElementsAre(mail + "1%20(2)%20Demande%20d%E2%80%99assistance"));
 }
 
 TEST(PercentEncoding, KeepsWhatAQueryMayHoldAndRefusesWhatIsNoText) {
@@ -100,43 +91,46 @@ TEST(PercentEncoding, KeepsWhatAQueryMayHoldAndRefusesWhatIsNoText) {
     EXPECT_EQ(percentEncodedForQuery(allowed), allowed);
     EXPECT_EQ(percentEncodedForQuery(" \"#%<>[\\]^`{|}\n"), "%20%22%23%25%3C%3E%5B%5C%5D%5E%60%7B%7C%7D%0A");
     EXPECT_EQ(percentEncodedForQuery("Ü日"), "%C3%9C%E6%97%A5");
-    EXPECT_EQ(percentEncodedForQuery(""), "");
     for (const char* broken : {"\xff", "\xc3", "\xed\xa0\x80"})
         EXPECT_EQ(percentEncodedForQuery(broken), std::nullopt);
-    EXPECT_EQ(URL::fromString("mailto:a@b?subject=x y"), std::nullopt);
-    EXPECT_EQ(URL::fromString("no address"), std::nullopt);
+    for (const char* broken : {"mailto:a@b?subject=x y", "no address"})
+        EXPECT_EQ(URL::fromString(broken), std::nullopt);
+}
+
+TEST(ConnectionProtocol, MatchesItsRawValuesToTheLetter) {
+    using Protocol = URLs::ConnectionProtocol;
+    EXPECT_EQ(URLs::connectionProtocol("http://"), Protocol::http);
+    EXPECT_EQ(URLs::connectionProtocol("https://"), Protocol::https);
+    for (const char* other : {"", "HTTPS://", "https:/", "https://velloren.example", "ftp://"})
+        EXPECT_FALSE(URLs::connectionProtocol(other)) << other;
 }
 
 TEST_F(ActionMenuTest, HoldsTheActionsInOrderAndNoShortcuts) {
     std::vector<std::string> titles;
-    for (const QAction* action : button->actionMenu().actions()) {
+    for (const QAction* action : items) {
         titles.push_back(action->isSeparator() ? "---" : action->text().toStdString());
         EXPECT_TRUE(action->shortcut().isEmpty());
     }
     EXPECT_THAT(titles, ElementsAre("", "Support", "Help Center", "---", "Quit"));
-    EXPECT_EQ(&button->actionMenu(), &button->actionMenu());
     EXPECT_TRUE(button->popUpButtonCell.pullsDown());
     EXPECT_EQ(button->popUpButtonCell.preferredEdge(), RectEdge::MinY);
 }
 
 TEST_F(ActionMenuTest, ClosesThePopoverBeforeItOpensALink) {
-    item(1).trigger();
-    EXPECT_FALSE(delegate.popover().isShown());
-    delegate.showPopover(nullptr);
-    item(2).trigger();
-    EXPECT_FALSE(delegate.popover().isShown());
-    EXPECT_THAT(workspace.openedURLs,
-                ElementsAre(::testing::StartsWith("mailto:support@velloren.example?subject="),
-                            "https://help.velloren.example"));
+    workspace.asked = [this] { EXPECT_FALSE(delegate.popover().isShown()); };
+    for (const int position : {1, 2}) {
+        delegate.showPopover(nullptr);
+        items[position]->trigger();
+    }
+    EXPECT_THAT(workspace.openedURLs, ElementsAre(::testing::StartsWith("mailto:support@velloren.example?"),
+                                                  "https://help.velloren.example"));
 }
 
 TEST_F(ActionMenuTest, QuitsThroughTheDelegateWithThePopoverOpen) {
-    log.clear();
-    item(4).trigger();
+    items[4]->trigger();
     EXPECT_TRUE(delegate.popover().isShown());
     EXPECT_THAT(log.messages(), ElementsAre("applicationShouldTerminate: " + application.description(),
                                             "applicationWillTerminate"));
-    EXPECT_THAT(workspace.openedURLs, IsEmpty());
 }
 
 } // namespace velloren

@@ -1,4 +1,3 @@
-#include "Platform/Foundation/SharedInstance.h"
 #include "Tests/Support/FakeWorkspace.h"
 #include "VellorenMenu/AppLaunchTerminationListener.h"
 
@@ -10,6 +9,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using Applications = std::vector<RunningApplication>;
 using Change = RunningApplicationsChange;
 
 class SeededListener final : public AppLaunchTerminationListener {
@@ -32,18 +32,15 @@ class AppLaunchTerminationListenerTest : public ::testing::Test {
 
     ~AppLaunchTerminationListenerTest() override { SharedInstance<Workspace>::reset(); }
 
-    void insert(std::vector<RunningApplication> applications) {
-        listener.observeValueForKeyPath(Change{Change::Insertion, std::move(applications), std::nullopt},
-                                        &listener.kvoContext);
-    }
+    void observe(const Change& change) { listener.observeValueForKeyPath(change, &listener.kvoContext); }
 
-    void remove(std::vector<RunningApplication> applications) {
-        listener.observeValueForKeyPath(Change{Change::Removal, std::nullopt, std::move(applications)},
-                                        &listener.kvoContext);
-    }
+    void insert(const Applications& list) { observe({Change::Insertion, list, std::nullopt}); }
+
+    void remove(const Applications& list) { observe({Change::Removal, std::nullopt, list}); }
 
     const std::string mainApp = VApp(VApp::main).bundleIdentifier();
     const std::string menuAgent = VApp(VApp::menu).bundleIdentifier();
+    const Applications list{{mainApp, ":1.1"}};
     FakeWorkspace& workspace = FakeWorkspace::install();
     std::shared_ptr<Reports> reports = std::make_shared<Reports>();
     SeededListener listener;
@@ -58,44 +55,34 @@ TEST_F(AppLaunchTerminationListenerTest, ReportsEachChangeInTheCountOnce) {
     EXPECT_THAT(reports->lines, ElementsAre("launch of " + mainApp));
     remove({{menuAgent, ":1.4"}});
     workspace.instances[mainApp] = 0;
-    remove({{mainApp, ":1.1"}});
-    remove({{mainApp, ":1.1"}});
+    remove(list);
+    remove(list);
     EXPECT_THAT(reports->lines,
                 ElementsAre("launch of " + mainApp, "end of " + menuAgent, "end of " + mainApp));
-    EXPECT_EQ(listener.launchedApps[VApp::main], 0);
 }
 
-TEST_F(AppLaunchTerminationListenerTest, HasNothingToReportUntilItIsSeeded) {
+TEST_F(AppLaunchTerminationListenerTest, CountsWhatItIsSeededWithEvenWithoutADelegate) {
     workspace.instances[mainApp] = 1;
-    insert({{mainApp, ":1.1"}});
+    insert(list);
     EXPECT_THAT(reports->lines, IsEmpty());
     EXPECT_THAT(listener.launchedApps, IsEmpty());
-}
-
-TEST_F(AppLaunchTerminationListenerTest, CountsOnWithoutADelegate) {
     listener.launchedApps = {{VApp::main, 0}};
-    workspace.instances[mainApp] = 1;
     reports.reset();
-    insert({{mainApp, ":1.1"}});
+    insert(list);
     EXPECT_EQ(listener.launchedApps[VApp::main], 1);
 }
 
 TEST_F(AppLaunchTerminationListenerTest, IgnoresWhatIsNotItsOwnOrNoInsertionOrRemoval) {
-    listener.launchedApps = {{VApp::main, 0}};
-    workspace.instances[mainApp] = 1;
-    const std::vector<RunningApplication> list{{mainApp, ":1.1"}};
+    listener.launchedApps = {{VApp::main, 0}, {VApp::agent, 0}};
     const std::int64_t another = 0;
     listener.observeValueForKeyPath(std::nullopt, &listener.kvoContext);
     listener.observeValueForKeyPath(Change{Change::Insertion, list, list}, &another);
-    listener.observeValueForKeyPath(Change{Change::Setting, list, list}, &listener.kvoContext);
-    listener.observeValueForKeyPath(Change{Change::Replacement, list, list}, &listener.kvoContext);
-    listener.observeValueForKeyPath(Change{Change::Insertion, std::nullopt, list}, &listener.kvoContext);
-    listener.observeValueForKeyPath(Change{Change::Removal, list, std::nullopt}, &listener.kvoContext);
-    EXPECT_THAT(reports->lines, IsEmpty());
+    observe({Change::Setting, list, list});
+    observe({Change::Replacement, list, list});
+    observe({Change::Insertion, std::nullopt, list});
+    observe({Change::Removal, list, std::nullopt});
+    insert({{VApp(VApp::agent).bundleIdentifier(), ":1.5"}}); // the registry is never counted
     EXPECT_EQ(workspace.queries, 0);
-    listener.launchedApps = {{VApp::agent, 0}};
-    insert({{VApp(VApp::agent).bundleIdentifier(), ":1.5"}});
-    EXPECT_EQ(workspace.queries, 0) << "the registry is never counted";
 }
 
 } // namespace velloren

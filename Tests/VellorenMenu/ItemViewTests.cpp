@@ -1,8 +1,6 @@
 #include "Tests/Support/QtTest.h"
 #include "VellorenMenu/CreateMeetingItemView.h"
-#include "VellorenMenu/ItemView.h"
 #include "VellorenMenu/MeetingButton.h"
-#include "VellorenMenu/RowButton.h"
 #include "VellorenMenu/UpcommingMeetingItemView.h"
 #include "VellorenMenu/UploadItemView.h"
 
@@ -14,12 +12,12 @@ namespace velloren {
 
 namespace {
 
-constexpr QColor grey(236, 236, 236);
+using ItemViewTest = QtTest;
 
 /// A row with the outlets that the form would give it.
 template <class Row>
-struct LoadedRow {
-    LoadedRow() {
+struct Loaded {
+    Loaded() {
         row.titleLabel = &title;
         row.heightConstraint = new LayoutConstraint(row);
     }
@@ -28,170 +26,135 @@ struct LoadedRow {
     Label title{&row};
 };
 
-class ItemViewTest : public QtTest {};
+struct LoadedUpload : Loaded<UploadItemView> {
+    LoadedUpload() {
+        animating.setWantsLayer(true);
+        animating.resize(16, 16);
+        row.animatingView = &animating;
+        row.imageView = &image;
+    }
+
+    View animating{&row};
+    ImageView image{&animating};
+};
 
 class PlainWindow final : public Window {
   public:
     [[nodiscard]] QWidget* contentView() const override { return nullptr; }
 };
 
-} // namespace
-
-TEST_F(ItemViewTest, TakesTheHeightOfItsClassWhateverIsStored) {
-    LoadedRow<ItemView> plain;
-    plain.row.setItemHidden(false);
-    EXPECT_EQ(plain.row.heightConstraint->constant(), 34);
-    LoadedRow<UpcommingMeetingItemView> meeting;
-    meeting.row.setViewHeight(10);
-    meeting.row.setItemHidden(false);
-    EXPECT_EQ(meeting.row.heightConstraint->constant(), 60);
-    EXPECT_EQ(meeting.row.height(), 60);
-    meeting.row.setItemHidden(true);
-    EXPECT_EQ(meeting.row.heightConstraint->constant(), 0);
-    EXPECT_EQ(LoadedRow<CreateMeetingItemView>().row.viewHeight(), 40);
-    EXPECT_EQ(LoadedRow<UploadItemView>().row.viewHeight(), 30);
+template <class Row>
+void expectHeight(int height) {
+    Loaded<Row> loaded;
+    loaded.row.setItemHidden(true);
+    EXPECT_EQ(loaded.row.height(), 0);
+    loaded.row.setItemHidden(false);
+    EXPECT_EQ(loaded.row.height(), height);
 }
 
-TEST_F(ItemViewTest, OnlyKeepsTheFlagWithoutAHeightConstraint) {
-    ItemView row;
-    row.resize(100, 50);
-    row.setItemHidden(true);
-    EXPECT_TRUE(row.isItemHidden());
-    EXPECT_EQ(row.height(), 50);
+} // namespace
+
+TEST_F(ItemViewTest, TakesTheHeightOfItsClass) {
+    expectHeight<ItemView>(34);
+    expectHeight<UpcommingMeetingItemView>(60);
+    expectHeight<CreateMeetingItemView>(40);
+    expectHeight<UploadItemView>(30);
+    ItemView bare;
+    bare.setItemHidden(true);
+    EXPECT_TRUE(bare.isItemHidden()) << "without a constraint the flag alone is set";
 }
 
 TEST_F(ItemViewTest, PaintsItsBackground) {
     ItemView row;
     row.resize(10, 10);
-    EXPECT_EQ(row.grab().toImage().pixelColor(5, 5), grey);
+    EXPECT_EQ(row.grab().toImage().pixelColor(5, 5), QColor(236, 236, 236));
     row.setBgColor(Qt::red);
     EXPECT_EQ(row.grab().toImage().pixelColor(5, 5), QColor(Qt::red));
 }
 
 TEST_F(ItemViewTest, LightsTheCreateRowUpUnderThePointerAndGivesItsColourBack) {
-    LoadedRow<CreateMeetingItemView> create;
-    create.row.setBgColor(Qt::yellow);
-    create.row.awakeFromNib();
-    create.row.setItemHidden(false);
-    create.row.show();
-    QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
-    QCoreApplication::sendEvent(&create.row, &enter);
-    EXPECT_EQ(create.row.bgColor(), QColor(Qt::white));
-    QEvent leave(QEvent::Leave);
-    QCoreApplication::sendEvent(&create.row, &leave);
-    EXPECT_EQ(create.row.bgColor(), QColor(Qt::yellow));
-    create.row.resize(500, 40);
-    ASSERT_EQ(create.row.trackingAreas().size(), 1u);
-    EXPECT_EQ(create.row.trackingAreas().front()->rect, create.row.rect());
-}
-
-TEST_F(ItemViewTest, KeepsTheCreateRowLitWhenItWasNeverLoaded) {
     CreateMeetingItemView row;
-    row.resize(50, 40);
+    row.setBgColor(Qt::yellow);
+    row.awakeFromNib();
     row.show();
+    row.resize(500, 40);
+    ASSERT_EQ(row.trackingAreas().size(), 1u);
+    EXPECT_EQ(row.trackingAreas().front()->rect, row.rect());
     QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
     QCoreApplication::sendEvent(&row, &enter);
+    EXPECT_EQ(row.bgColor(), QColor(Qt::white));
     QEvent leave(QEvent::Leave);
     QCoreApplication::sendEvent(&row, &leave);
-    EXPECT_EQ(row.bgColor(), QColor(Qt::white)) << "no colour is known to go back to";
+    EXPECT_EQ(row.bgColor(), QColor(Qt::yellow));
 }
 
 TEST_F(ItemViewTest, KeepsWhatAMeetingDoesNotTell) {
-    LoadedRow<UpcommingMeetingItemView> row;
-    Label time(&row.row);
-    row.row.timeLabel = &time;
-    row.row.awakeFromNib();
-    EXPECT_EQ(row.row.bgColor(), QColor(Qt::white));
-    EXPECT_EQ(row.row.meetingId, "");
-
-    row.row.configureForMeeting({"a", "Review", "2001-03-07T14:05:00Z"});
-    EXPECT_EQ(row.row.meetingId, "a");
-    EXPECT_EQ(row.title.stringValue(), "Review");
+    Loaded<UpcommingMeetingItemView> loaded;
+    auto& row = loaded.row;
+    Label time(&row);
+    row.timeLabel = &time;
+    row.awakeFromNib();
+    EXPECT_EQ(row.bgColor(), QColor(Qt::white));
+    row.configureForMeeting({"a", "Review", "2001-03-07T14:05:00Z"});
     const QString first = time.stringValue();
     EXPECT_FALSE(first.isEmpty());
-
-    row.row.configureForMeeting({});
-    row.row.configureForMeeting({std::nullopt, std::nullopt, "tomorrow, perhaps"});
-    EXPECT_EQ(row.row.meetingId, "a");
-    EXPECT_EQ(row.title.stringValue(), "Review");
+    row.configureForMeeting({});
+    row.configureForMeeting({std::nullopt, std::nullopt, "tomorrow, perhaps"});
+    EXPECT_EQ(row.meetingId, "a");
+    EXPECT_EQ(loaded.title.stringValue(), "Review");
     EXPECT_EQ(time.stringValue(), first);
 }
 
 TEST_F(ItemViewTest, TellsTheUploadStateAndForgetsIt) {
-    LoadedRow<UploadItemView> upload;
-    auto* animating = new View(&upload.row);
-    animating->setWantsLayer(true);
-    animating->resize(16, 16);
-    auto* image = new ImageView(animating);
-    upload.row.animatingView = animating;
-    upload.row.imageView = image;
-
+    LoadedUpload upload;
     upload.row.setSyncing(true);
     EXPECT_FALSE(upload.row.isSyncing());
     EXPECT_EQ(upload.title.stringValue(), "Uploading meeting files");
-    ASSERT_TRUE(image->image());
-    EXPECT_EQ(image->image()->name(), "sync");
-    const auto* rotation = animating->layer()->animationForKey("transform.rotation.z");
+    const Layer& turning = *upload.animating.layer();
+    const auto* rotation = turning.animationForKey("transform.rotation.z");
     ASSERT_NE(rotation, nullptr);
     EXPECT_EQ(rotation->toValue, std::numbers::pi);
     EXPECT_EQ(rotation->duration.count(), 1.0);
-    EXPECT_EQ(animating->layer()->position(), QPointF(8, 8));
-
-    upload.row.setRemaningTime(12);
-    EXPECT_EQ(upload.title.stringValue(), "Uploading meeting files (12 min left)");
-    upload.row.setRemaningTime(-3);
-    EXPECT_EQ(upload.title.stringValue(), "Uploading meeting files (-3 min left)");
-    EXPECT_EQ(image->image()->name(), "sync");
-
-    image->layer()->addAnimation(*rotation, "com.VellorenMenu.rotationanimationkey");
+    EXPECT_EQ(turning.position(), QPointF(8, 8));
+    for (const int minutes : {12, -3}) {
+        upload.row.setRemaningTime(minutes);
+        EXPECT_EQ(upload.title.stringValue(), QString("Uploading meeting files (%1 min left)").arg(minutes));
+        EXPECT_EQ(upload.image.image()->name(), "sync");
+    }
+    const auto removedKey = "com.VellorenMenu.rotationanimationkey";
+    upload.image.layer()->addAnimation(*rotation, removedKey);
     upload.row.setSyncing(false);
     EXPECT_EQ(upload.title.stringValue(), "Up to date");
-    EXPECT_EQ(image->image()->name(), "upToDate");
-    EXPECT_EQ(image->layer()->animationForKey("com.VellorenMenu.rotationanimationkey"), nullptr);
-    EXPECT_NE(animating->layer()->animationForKey("transform.rotation.z"), nullptr) << "the rotation stays";
+    EXPECT_EQ(upload.image.image()->name(), "upToDate");
+    EXPECT_EQ(upload.image.layer()->animationForKey(removedKey), nullptr);
+    EXPECT_NE(turning.animationForKey("transform.rotation.z"), nullptr) << "the rotation stays";
 }
 
 TEST_F(ItemViewTest, HidesTheUploadRowsContentsOnTheWayIntoAWindow) {
-    LoadedRow<UploadItemView> upload;
-    auto* animating = new View(&upload.row);
-    auto* image = new ImageView(animating);
-    upload.row.animatingView = animating;
-    upload.row.imageView = image;
+    LoadedUpload upload;
     upload.row.viewWillMoveToWindow(nullptr);
     EXPECT_FALSE(upload.title.isHidden());
     PlainWindow window;
     moveToSuperview(upload.row, &window);
-    EXPECT_TRUE(upload.title.isHidden());
-    EXPECT_TRUE(animating->isHidden());
-    EXPECT_TRUE(image->isHidden());
+    EXPECT_TRUE(upload.title.isHidden() && upload.animating.isHidden() && upload.image.isHidden());
     moveToSuperview(upload.row, nullptr);
 }
 
-TEST_F(ItemViewTest, SkipsTheUploadStepsWhoseOutletsAreMissing) {
-    UploadItemView bare;
-    bare.startActivity();
-    bare.setRemaningTime(1);
-    bare.makeUptoDate();
-    EXPECT_EQ(bare.remaningTime(), 1);
-}
-
 TEST_F(ItemViewTest, StylesAMeetingButtonOnceWhenItIsLoaded) {
-    MeetingButton button;
-    EXPECT_FALSE(button.attributedTitle()) << "made in code it keeps the platform's style";
-    button.setText("Open");
-    button.awakeFromNib();
-    ASSERT_TRUE(button.attributedTitle());
-    EXPECT_EQ(button.attributedTitle()->foregroundColor, QColor(87, 87, 87));
-    EXPECT_TRUE(button.attributedTitle()->alignment & Qt::AlignHCenter);
-    button.setTextColor(Qt::red);
-    button.setText("Shut");
-    EXPECT_EQ(button.attributedTitle()->text, "Open");
-    EXPECT_EQ(button.attributedTitle()->foregroundColor, QColor(87, 87, 87));
-
-    MeetingButton coloured;
-    coloured.setProperty("textColor", QColor(Qt::red));
-    coloured.awakeFromNib();
-    EXPECT_EQ(coloured.attributedTitle()->foregroundColor, QColor(Qt::red));
+    for (const QColor& colour : {QColor(87, 87, 87), QColor(Qt::red)}) {
+        MeetingButton button;
+        EXPECT_FALSE(button.attributedTitle()) << "made in code it keeps the platform's style";
+        button.setText("Open");
+        if (colour == Qt::red)
+            button.setProperty("textColor", colour);
+        button.awakeFromNib();
+        button.setTextColor(Qt::blue);
+        button.setText("Shut");
+        ASSERT_TRUE(button.attributedTitle());
+        EXPECT_EQ(button.attributedTitle()->text, "Open");
+        EXPECT_EQ(button.attributedTitle()->foregroundColor, colour);
+        EXPECT_TRUE(button.attributedTitle()->alignment & Qt::AlignHCenter);
+    }
 }
 
 } // namespace velloren

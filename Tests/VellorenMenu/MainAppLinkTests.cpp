@@ -1,27 +1,20 @@
-#include "Platform/Foundation/SharedInstance.h"
-#include "Tests/Support/FakeEnds.h"
-#include "Tests/Support/FakeLink.h"
-#include "Tests/Support/FakeWorkspace.h"
-#include "Tests/Support/ManualRunLoop.h"
-#include "Tests/Support/RecordingLogger.h"
+#include "Tests/Support/AgentTest.h"
 #include "VellorenMenu/MainAppLink.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <algorithm>
+#include <thread>
 
 namespace velloren {
 
 namespace {
 
+using ::testing::AllOf;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
-
-const std::string mainApp = "com.velloren.velloren-mac";
-const std::string registryName = "com.velloren.velloren-mac.agent";
 
 class OpenedMainAppLink final : public MainAppLink {
   public:
@@ -32,164 +25,115 @@ class OpenedMainAppLink final : public MainAppLink {
     using MainAppLink::operationsQueue;
 };
 
-class MainAppLinkTest : public ::testing::Test {
+class MainAppLinkTest : public AgentTest {
   protected:
-    MainAppLinkTest() {
-        SharedInstance<RunLoop>::provide([] { return std::make_unique<ManualRunLoop>(); });
-        link.serve(registryName, exportedEndPointHandling(registry));
-        link.serve(endpoint, exportedCommunication(mainAppObject));
-    }
-
-    ~MainAppLinkTest() override {
-        SharedInstance<RunLoop>::reset();
-        SharedInstance<Workspace>::reset();
-        SharedInstance<Logger>::reset();
-    }
-
-    static ManualRunLoop& loop() { return ManualRunLoop::shared(); }
-
     void connect() {
-        registry.endpoints.insert_or_assign(mainApp, endpoint);
-        delegate.setupMainAppCallerConnection(nullptr);
-        loop().runPending();
+        registerMainApp();
+        delegate.autoRetryConnectionAttempt = 5;
+        delegate.setupMainAppCallerConnection([this] { EXPECT_EQ(delegate.autoRetryConnectionAttempt, 0); });
+        EXPECT_EQ(delegate.mainAppCallerConnection, nullptr) << "the answer came on the link's thread";
+        loop.runPending();
+        EXPECT_NE(delegate.mainAppCallerProxy, nullptr);
         log.clear();
     }
 
-    [[nodiscard]] std::ptrdiff_t count(const std::string& start) const {
-        const auto messages = log.messages();
-        return std::count_if(messages.begin(), messages.end(),
-                             [&](const std::string& message) { return message.starts_with(start); });
-    }
-
-    const Endpoint endpoint = *Endpoint::parse("unix:path=/run/user/1000/velloren/main.socket");
-    FakeWorkspace& workspace = FakeWorkspace::install();
-    RecordingLogger& log = RecordingLogger::install();
-    FakeLink link; // outlives what the ends below keep of its connections
-    TestRegistry registry;
-    TestMainApp mainAppObject;
     OpenedMainAppLink delegate{link};
 };
 
 using DeferredOperations = MainAppLinkTest;
 using MainAppConnection = MainAppLinkTest;
 
-constexpr auto prefix = "VellorenMenu/MenuAppDelegate ";
-
 } // namespace
 
 TEST_F(MainAppConnection, IsTriedTenTimesHalfASecondApartThenNoMore) {
     delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
     EXPECT_EQ(registry.retrievals, 1) << "the first attempt is immediate";
+    const std::string check = "checkIfMainAppCallerConnectionEstablishedAndRetryIfNot() ";
+    const std::string setup = "setupMainAppCallerConnection(completion:) ";
     EXPECT_THAT(
         log.lines(),
-        ElementsAre("info VellorenMenu/MenuAppDelegate "
-                    "checkIfMainAppCallerConnectionEstablishedAndRetryIfNot() Connection with main app "
-                    "is not yet established",
-                    "info VellorenMenu/MenuAppDelegate "
-                    "checkIfMainAppCallerConnectionEstablishedAndRetryIfNot() Retrying in 0.5 seconds "
-                    "to establish connection with main app again",
-                    StartsWith("info VellorenMenu/MenuAppDelegate "
-                               "setupMainAppCallerConnection(completion:) Trying to establish connection "
-                               "with the main app. Running in thread: <Thread: "),
-                    "info VellorenMenu/MenuAppDelegate setupMainAppCallerConnection(completion:) "
-                    "Retrieving listener endpoint from main app failed, endPoint is nil"));
-    loop().advance(RunLoop::Seconds(0.4));
+        ElementsAre(info(check + "Connection with main app is not yet established"),
+                    info(check + "Retrying in 0.5 seconds to establish connection with main app again"),
+                    StartsWith(info(setup + "Trying to establish connection with the main app. Running in "
+                                            "thread: <Thread: ")),
+                    info(setup + "Retrieving listener endpoint from main app failed, endPoint is nil")));
+    loop.advance(RunLoop::Seconds(0.4));
     EXPECT_EQ(registry.retrievals, 1);
-    loop().advance(RunLoop::Seconds(0.1));
+    loop.advance(RunLoop::Seconds(0.1));
     EXPECT_EQ(registry.retrievals, 2);
-    loop().advance(RunLoop::Seconds(60));
+    loop.advance(RunLoop::Seconds(60));
     EXPECT_EQ(registry.retrievals, 10);
-    EXPECT_EQ(count("Trying to establish connection"), 10);
-    EXPECT_EQ(count("Retrying in 0.5 seconds"), 10);
-    EXPECT_EQ(loop().pendingTimers(), 0u);
+    EXPECT_THAT(log.messages(), Contains(StartsWith("Retrying in 0.5 seconds")).Times(10));
+    EXPECT_EQ(loop.pendingTimers(), 0u);
 }
 
 TEST_F(MainAppConnection, OnTheThirdAttemptResetsTheCounterAndEndsTheChain) {
     delegate.createNewMeeting();
     delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
-    loop().advance(RunLoop::Seconds(0.7));
-    registry.endpoints.insert_or_assign(mainApp, endpoint);
-    loop().advance(RunLoop::Seconds(0.3));
+    loop.advance(RunLoop::Seconds(0.7));
+    registerMainApp();
+    loop.advance(RunLoop::Seconds(60));
     EXPECT_EQ(registry.retrievals, 3);
     EXPECT_EQ(delegate.autoRetryConnectionAttempt, 0);
     EXPECT_THAT(mainAppObject.requests, ElementsAre("create"));
-    EXPECT_EQ(
-        count("Connection to main app established with handler=<EndPointHandler: "
-              "com.velloren.velloren-mac.agent>, endPoint=unix:path=/run/user/1000/velloren/main.socket"),
-        1);
-    log.clear();
-    loop().advance(RunLoop::Seconds(60));
-    EXPECT_THAT(log.lines(), IsEmpty());
-    EXPECT_THAT(mainAppObject.requests, ElementsAre("create"));
+    const std::string established =
+        "Connection to main app established with handler=<EndPointHandler: com.velloren.velloren-mac.agent>, "
+        "endPoint=unix:path=/run/user/1000/velloren/main.socket";
+    EXPECT_THAT(log.messages(), Contains(established).Times(1));
+    EXPECT_EQ(log.messages().back(), "Velloren Menu agent?.createNewMeeting()");
 }
 
 TEST_F(MainAppConnection, IsLeftAloneOnceItStands) {
     connect();
-    bool completed = false;
-    delegate.setupMainAppCallerConnection([&] { completed = true; });
+    delegate.autoRetryConnectionAttempt = 7;
     delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
-    loop().runPending();
-    EXPECT_FALSE(completed);
+    EXPECT_THAT(log.lines(), IsEmpty());
+    delegate.setupMainAppCallerConnection([] { ADD_FAILURE() << "nothing was completed"; });
+    loop.advance(RunLoop::Seconds(60));
     EXPECT_EQ(registry.retrievals, 1);
-    EXPECT_EQ(delegate.autoRetryConnectionAttempt, 0);
+    EXPECT_EQ(delegate.autoRetryConnectionAttempt, 7);
 }
 
 TEST_F(MainAppConnection, IsClearedUpWhenItBreaksAndNotMadeAgainByItself) {
     connect();
     link.stop(endpoint);
-    loop().runPending();
-    EXPECT_THAT(log.lines(), ElementsAre(std::string("info ") + prefix +
-                                             "setupMainAppCallerConnection(completion:) XPC "
-                                             "mainAppCallerConnection is interrupted",
-                                         std::string("debug ") + prefix +
-                                             "clearUpMainAppCallerConnection() clearUpXPCConnection()"));
+    EXPECT_NE(delegate.mainAppCallerConnection, nullptr) << "it broke on the link's thread";
+    loop.advance(RunLoop::Seconds(60));
+    EXPECT_THAT(log.lines(),
+                ElementsAre(info("setupMainAppCallerConnection(completion:) XPC mainAppCallerConnection is "
+                                 "interrupted"),
+                            debug("clearUpMainAppCallerConnection() clearUpXPCConnection()")));
     EXPECT_EQ(delegate.mainAppCallerConnection, nullptr);
     EXPECT_EQ(delegate.mainAppCallerProxy, nullptr);
-    loop().advance(RunLoop::Seconds(60));
     EXPECT_EQ(registry.retrievals, 1);
     EXPECT_EQ(link.openConnections, 0);
 }
 
 TEST_F(MainAppConnection, IsClearedUpWhenTheEndpointIsDead) {
     link.stop(endpoint);
-    registry.endpoints.insert_or_assign(mainApp, endpoint);
+    registerMainApp();
     delegate.setupMainAppCallerConnection(nullptr);
-    loop().runPending();
-    EXPECT_EQ(count("XPC mainAppCallerConnection is invalidated"), 1);
-    EXPECT_EQ(count("clearUpXPCConnection()"), 1);
+    loop.runPending();
+    EXPECT_THAT(log.messages(), Contains("XPC mainAppCallerConnection is invalidated").Times(1));
+    EXPECT_THAT(log.messages(), Contains("clearUpXPCConnection()").Times(1));
     EXPECT_EQ(delegate.mainAppCallerConnection, nullptr);
-}
-
-TEST_F(MainAppConnection, SaysNothingMoreOnceItWasClearedUp) {
-    connect();
-    delegate.clearUpMainAppCallerConnection();
-    log.clear();
-    link.stop(endpoint);
-    loop().runPending();
-    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(MainAppConnection, IsReplacedByEachEndpointThatArrivesLate) {
     registry.withholds = true;
     delegate.setupMainAppCallerConnection(nullptr);
     delegate.setupMainAppCallerConnection(nullptr);
-    ASSERT_EQ(registry.withheld.size(), 2u);
-    registry.withheld[0](endpoint);
-    loop().runPending();
+    EXPECT_EQ(link.openConnections, 2)
+        << "each question has its own connection to the registry, kept for the "
+           "answer";
+    registry.withheld.at(0)(endpoint);
+    loop.runPending();
     const auto* first = delegate.mainAppCallerConnection.get();
-    registry.withheld[1](endpoint);
-    loop().runPending();
+    registry.withheld.at(1)(endpoint);
+    loop.runPending();
     EXPECT_NE(delegate.mainAppCallerConnection.get(), first);
-    EXPECT_EQ(count("Connection to main app established"), 2);
-}
-
-TEST_F(MainAppConnection, KeepsTheRegistryHandlerUntilItsReply) {
-    registry.withholds = true;
-    delegate.setupMainAppCallerConnection(nullptr);
-    EXPECT_EQ(link.openConnections, 1);
-    registry.withheld.front()(std::nullopt);
     registry.withheld.clear();
-    EXPECT_EQ(link.openConnections, 0);
+    EXPECT_EQ(link.openConnections, 1);
 }
 
 TEST_F(MainAppConnection, IsNotTriedWithoutARegistryThatConforms) {
@@ -199,84 +143,64 @@ TEST_F(MainAppConnection, IsNotTriedWithoutARegistryThatConforms) {
     EXPECT_EQ(log.messages().size(), 1u);
 }
 
-TEST_F(MainAppConnection, StopsTheProcessOffTheMainThread) {
-    loop().setCurrent(false);
-    EXPECT_DEATH(delegate.setupMainAppCallerConnection(nullptr), "fatal error: ");
-    EXPECT_EQ(count("Trying to establish connection"), 0) << "only in the process that died";
+TEST_F(MainAppConnection, StopsTheProcessOffTheMainThreadAndWithoutABus) {
+    const auto setup = [this] { delegate.setupMainAppCallerConnection(nullptr); };
+    EXPECT_DEATH(std::thread(setup).join(), "fatal error: .* on the main thread only");
+    link.hasBus = false;
+    EXPECT_DEATH(setup(), "fatal error: the connection to com.velloren");
 }
 
 TEST_F(MainAppConnection, LogsTheErrorsOfItsProxyAndKeepsStanding) {
     connect();
     link.serve(endpoint, ExportedInterface{"/x", "com.velloren.Other", {}});
     delegate.createNewMeeting();
-    loop().runPending();
-    EXPECT_THAT(log.lines().back(),
-                StartsWith("error VellorenMenu/MenuAppDelegate "
-                           "setupMainAppCallerConnection(completion:) Remote object proxy "
-                           "returned with error org.freedesktop.DBus.Error.UnknownMethod"));
+    loop.runPending();
+    EXPECT_THAT(
+        log.lines().back(),
+        AllOf(StartsWith("error VellorenMenu/MenuAppDelegate setupMainAppCallerConnection(completion:) "),
+              HasSubstr("Remote object proxy returned with error org.freedesktop.DBus.Error.Unknown")));
     EXPECT_NE(delegate.mainAppCallerConnection, nullptr);
 }
 
 TEST_F(MainAppConnection, FetchesMeetingsAndCountsThem) {
+    std::vector<Communication::Meetings> answers;
+    const auto fetch = [&] { delegate.fetchMeetings([&](auto answer) { answers.push_back(answer); }); };
+    fetch();
+    const std::string asking = debug("fetchMeetings Fetching meetings from main app...");
+    EXPECT_THAT(log.lines(), ElementsAre(asking)) << "nobody answers while it does not stand";
     connect();
-    std::optional<Communication::Meetings> answer;
     mainAppObject.meetings = std::vector<Dictionary>(2);
-    delegate.fetchMeetings([&](Communication::Meetings meetings) { answer = std::move(meetings); });
-    ASSERT_TRUE(answer);
-    EXPECT_EQ((*answer)->size(), 2u);
+    fetch();
     mainAppObject.meetings.reset();
-    delegate.fetchMeetings([&](Communication::Meetings meetings) { answer = std::move(meetings); });
-    EXPECT_FALSE(*answer) << "no list is handed on as none";
-    const std::string start = std::string("debug ") + prefix + "fetchMeetings ";
-    const std::string counted = start + "Velloren Menu agent.fetchUpcomingMeetings(), meetings count = ";
-    EXPECT_THAT(log.lines(),
-                ElementsAre(start + "Fetching meetings from main app...", counted + "Optional(2)",
-                            start + "Fetching meetings from main app...", counted + "nil"));
-}
-
-TEST_F(MainAppConnection, NeverCallsBackForMeetingsWhileDisconnected) {
-    bool called = false;
-    delegate.fetchMeetings([&](const Communication::Meetings&) { called = true; });
-    loop().advance(RunLoop::Seconds(60));
-    EXPECT_FALSE(called);
-    EXPECT_THAT(log.messages(), ElementsAre("Fetching meetings from main app..."));
+    fetch();
+    EXPECT_THAT(answers, ElementsAre(std::vector<Dictionary>(2), std::nullopt));
+    const std::string count = "fetchMeetings Velloren Menu agent.fetchUpcomingMeetings(), meetings count = ";
+    EXPECT_THAT(log.lines(), ElementsAre(asking, debug(count + "Optional(2)"), asking, debug(count + "nil")));
 }
 
 TEST_F(DeferredOperations, AreSentOldestFirstAfterTheConnectionIsMade) {
+    std::vector<std::size_t> recorded;
+    workspace.asked = [&] { recorded.push_back(delegate.operationsQueue.size()); };
     delegate.openMeeting("A");
     delegate.createNewMeeting();
     delegate.openMeeting("B");
     EXPECT_THAT(workspace.launches, ElementsAre(mainApp, mainApp, mainApp));
-    EXPECT_THAT(
-        log.lines(),
-        ElementsAre(std::string("info ") + prefix +
-                        "openMeeting XPC connection to main app doesn't exist. Open meeting A operation is "
-                        "recorded, waiting for main app to launch...",
-                    HasSubstr("Launching com.velloren.velloren-mac, launched=true"),
-                    std::string("info ") + prefix +
-                        "createNewMeeting() XPC connection to main app doesn't exist. Create new meeting "
-                        "operation is recorded, waiting for main app to launch...",
-                    HasSubstr("Launching"), HasSubstr("Open meeting B operation is recorded"),
-                    HasSubstr("Launching")));
-    log.clear();
-    registry.endpoints.insert_or_assign(mainApp, endpoint);
+    EXPECT_THAT(recorded, ElementsAre(1, 2, 3)) << "each is recorded before the main app is launched for it";
+    const auto logged = log.lines();
+    const std::string missing = " XPC connection to main app doesn't exist. ";
+    const std::string waiting = " operation is recorded, waiting for main app to launch...";
+    EXPECT_EQ(logged[0], info("openMeeting" + missing + "Open meeting A" + waiting));
+    EXPECT_EQ(logged[2], info("createNewMeeting()" + missing + "Create new meeting" + waiting));
+    registerMainApp();
     delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
-    loop().runPending();
+    loop.runPending();
     EXPECT_THAT(mainAppObject.requests, ElementsAre("open A", "create", "open B"));
-    const std::string start = std::string("debug ") + prefix + "sendDelayedOperationsToMainApp() ";
+    const std::string sent = "sendDelayedOperationsToMainApp() Velloren Menu agent?.";
     const auto lines = log.lines();
     EXPECT_THAT(std::vector(lines.end() - 3, lines.end()),
-                ElementsAre(start + "Velloren Menu agent?.openMeeting(withId: A)",
-                            start + "Velloren Menu agent?.createNewMeeting()",
-                            start + "Velloren Menu agent?.openMeeting(withId: B)"));
+                ElementsAre(debug(sent + "openMeeting(withId: A)"), debug(sent + "createNewMeeting()"),
+                            debug(sent + "openMeeting(withId: B)")));
     EXPECT_TRUE(delegate.operationsQueue.empty());
-}
-
-TEST_F(DeferredOperations, LaunchNothingWhileTheMainAppRuns) {
-    workspace.instances[mainApp] = 1;
-    delegate.createNewMeeting();
-    EXPECT_TRUE(workspace.launches.empty());
-    EXPECT_EQ(delegate.operationsQueue.size(), 1u);
 }
 
 TEST_F(DeferredOperations, SurviveAFailedLaunchAndALostConnection) {
@@ -297,25 +221,32 @@ TEST_F(DeferredOperations, AreNotNeededWhileConnected) {
     EXPECT_THAT(mainAppObject.requests, ElementsAre("open A", "create"));
     EXPECT_TRUE(delegate.operationsQueue.empty());
     EXPECT_TRUE(workspace.launches.empty());
-    EXPECT_THAT(
-        log.messages(),
-        ElementsAre("XPC connection to main app exists. Open meeting A operation is immediately sent to "
-                    "Agent, waiting for main app to receive...",
-                    "XPC connection to main app exists. Create new meeting operation is immediately sent "
-                    "to Agent, waiting for main app to receive..."));
+    const std::string exists = " XPC connection to main app exists. ";
+    const std::string sent = " operation is immediately sent to Agent, waiting for main app to receive...";
+    EXPECT_THAT(log.lines(), ElementsAre(info("openMeeting" + exists + "Open meeting A" + sent),
+                                         info("createNewMeeting()" + exists + "Create new meeting" + sent)));
 }
 
-TEST_F(DeferredOperations, AreDroppedOneByOneWithoutAProxyButLogged) {
+TEST_F(DeferredOperations, AreDroppedWithoutAProxyThatConformsButLogged) {
     delegate.openMeeting("A");
     delegate.createNewMeeting();
+    registry.withholds = true;
+    delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
     log.clear();
-    delegate.sendDelayedOperationsToMainApp();
-    EXPECT_THAT(log.messages(), ElementsAre("Velloren Menu agent?.openMeeting(withId: A)",
-                                            "Velloren Menu agent?.createNewMeeting()"));
+    link.conforming = false;
+    registry.withheld.at(0)(endpoint);
+    loop.runPending();
+    EXPECT_NE(delegate.mainAppCallerConnection, nullptr);
+    EXPECT_EQ(delegate.mainAppCallerProxy, nullptr);
+    delegate.openMeeting("B");
+    delegate.createNewMeeting();
+    EXPECT_THAT(log.messages(),
+                ElementsAre(StartsWith("Connection to main app established"),
+                            "Velloren Menu agent?.openMeeting(withId: A)",
+                            "Velloren Menu agent?.createNewMeeting()", HasSubstr("exists. Open meeting B "),
+                            HasSubstr("exists. Create new meeting ")));
     EXPECT_TRUE(delegate.operationsQueue.empty());
-    log.clear();
-    delegate.sendDelayedOperationsToMainApp();
-    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_THAT(mainAppObject.requests, IsEmpty());
 }
 
 } // namespace velloren

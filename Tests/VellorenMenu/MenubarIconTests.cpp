@@ -1,124 +1,92 @@
 #include "Platform/Desktop/Appearance.h"
-#include "Platform/Desktop/StatusBar.h"
-#include "Tests/Support/ManualRunLoop.h"
-#include "Tests/Support/QtTest.h"
+#include "Tests/Support/AgentTest.h"
 #include "VellorenMenu/MenubarIcon.h"
-
-#include <optional>
 
 namespace velloren {
 
 namespace {
 
-constexpr QColor highlightBlue(0, 80, 255);
+using State = MenubarIcon::State;
 
-class MenubarIconTest : public QtTest {
+class MenubarIconTest : public AgentTest {
   protected:
     MenubarIconTest() {
-        SharedInstance<RunLoop>::provide([] { return std::make_unique<ManualRunLoop>(); });
-        Appearance::setCurrentName(Appearance::vibrantLight);
-        icon = new MenubarIcon({0, 0, 28, 22});
         icon->setParent(&button);
-        redraw();
+        redrawUnder(Appearance::vibrantLight);
     }
 
-    ~MenubarIconTest() override {
-        Appearance::setCurrentName(std::nullopt);
-        SharedInstance<RunLoop>::reset();
-    }
-
-    static ManualRunLoop& loop() { return ManualRunLoop::shared(); }
+    ~MenubarIconTest() override { Appearance::setCurrentName(std::nullopt); }
 
     /// The bar's host asks for the picture.
-    void redraw() { (void)button.picture(22); }
+    void redrawUnder(const std::string& appearance) {
+        Appearance::setCurrentName(appearance);
+        (void)button.picture(22);
+    }
 
-    void setState(MenubarIcon::State state) {
+    void apply(State state) {
         icon->setState(state);
         icon->applyState();
     }
 
-    [[nodiscard]] QString shown() const {
-        return icon->shownImage() ? icon->shownImage()->name() : QString();
+    [[nodiscard]] QString shown() const { return icon->shownImage()->name(); }
+
+    [[nodiscard]] QString shownAfter(double seconds) {
+        loop.advance(RunLoop::Seconds(seconds));
+        return shown();
     }
 
     StatusBarButton button{{28, 22}};
-    MenubarIcon* icon = nullptr;
+    MenubarIcon* icon = new MenubarIcon({0, 0, 28, 22});
 };
-
-using State = MenubarIcon::State;
 
 } // namespace
 
 TEST_F(MenubarIconTest, FollowsTheBarsAppearanceOnEveryDraw) {
     EXPECT_EQ(shown(), "menuIconBlackDefault");
-    Appearance::setCurrentName(Appearance::vibrantDark);
-    redraw();
+    redrawUnder(Appearance::vibrantDark);
     EXPECT_EQ(shown(), "menuIconWhiteDefault");
-    Appearance::setCurrentName("NSAppearanceNameVibrantDarker");
-    redraw();
+    redrawUnder("NSAppearanceNameVibrantDarker");
     EXPECT_EQ(shown(), "menuIconBlackDefault");
 }
 
 TEST_F(MenubarIconTest, IsWhiteOnBlueWhileHighlighted) {
     icon->setHighlighted(true);
     EXPECT_EQ(shown(), "menuIconWhiteDefault");
-    EXPECT_EQ(button.picture(22).pixelColor(0, 0), highlightBlue) << "the blue fills the square";
+    EXPECT_EQ(button.picture(22).pixelColor(0, 0), QColor(0, 80, 255)) << "the blue fills the square";
     icon->setHighlighted(false);
     EXPECT_EQ(shown(), "menuIconBlackDefault");
     EXPECT_EQ(button.picture(22).pixelColor(0, 0).alpha(), 0);
 }
 
 TEST_F(MenubarIconTest, BlinksEveryTwoSecondsWhileSyncing) {
-    setState(State::syncing);
-    EXPECT_EQ(shown(), "menuIconBlackInSync");
-    loop().advance(RunLoop::Seconds(1.9));
-    EXPECT_EQ(shown(), "menuIconBlackInSync");
-    loop().advance(RunLoop::Seconds(0.1));
-    EXPECT_EQ(shown(), "menuIconBlackDefault");
+    icon->setState(State::syncing);
+    EXPECT_EQ(shownAfter(10), "menuIconBlackDefault") << "not before the state is applied";
+    icon->applyState();
+    EXPECT_EQ(shownAfter(1.9), "menuIconBlackInSync");
+    EXPECT_EQ(shownAfter(0.1), "menuIconBlackDefault");
     icon->setHighlighted(true);
     EXPECT_EQ(shown(), "menuIconWhiteDefault");
-    loop().advance(RunLoop::Seconds(2));
-    EXPECT_EQ(shown(), "menuIconWhiteInSync");
-}
-
-TEST_F(MenubarIconTest, ShowsTheDefaultAtOnceWhenSyncingEnds) {
-    setState(State::syncing);
-    setState(State::notSyncing);
-    EXPECT_EQ(shown(), "menuIconBlackDefault");
-    loop().advance(RunLoop::Seconds(10));
-    EXPECT_EQ(shown(), "menuIconBlackDefault");
-    EXPECT_EQ(loop().pendingTimers(), 0u);
+    EXPECT_EQ(shownAfter(2), "menuIconWhiteInSync");
+    apply(State::notSyncing);
+    EXPECT_EQ(shown(), "menuIconWhiteDefault") << "at once when syncing ends";
+    EXPECT_EQ(loop.pendingTimers(), 0u);
 }
 
 TEST_F(MenubarIconTest, LeavesTheEarlierTimerRunningWhenSyncingIsAppliedTwice) {
-    setState(State::syncing);
-    loop().advance(RunLoop::Seconds(1));
-    setState(State::syncing);
-    EXPECT_EQ(loop().pendingTimers(), 2u);
-    loop().advance(RunLoop::Seconds(1));
-    EXPECT_EQ(shown(), "menuIconBlackDefault");
-    loop().advance(RunLoop::Seconds(1));
-    EXPECT_EQ(shown(), "menuIconBlackInSync") << "two flips within one period";
-
-    setState(State::notSyncing);
-    EXPECT_EQ(loop().pendingTimers(), 1u) << "only the latest timer ends";
-}
-
-TEST_F(MenubarIconTest, ChangesNothingUntilItsStateIsApplied) {
-    icon->setState(State::syncing);
-    EXPECT_EQ(shown(), "menuIconBlackDefault");
-    EXPECT_EQ(loop().pendingTimers(), 0u);
+    apply(State::syncing);
+    loop.advance(RunLoop::Seconds(1));
+    apply(State::syncing);
+    EXPECT_EQ(shownAfter(1), "menuIconBlackDefault");
+    EXPECT_EQ(shownAfter(1), "menuIconBlackInSync") << "two flips within one period";
+    apply(State::notSyncing);
+    EXPECT_EQ(loop.pendingTimers(), 1u) << "only the latest timer ends";
 }
 
 TEST_F(MenubarIconTest, CentresItsImageOnWholePointsHalvesAwayFromZero) {
-    const auto placed = [](int width) {
-        MenubarIcon other({0, 0, width, 22});
-        other.applyState();
-        return other.layer()->sublayers().front()->position();
-    };
-    EXPECT_EQ(placed(22), QPointF(11, 11));
-    EXPECT_EQ(placed(23), QPointF(12, 11));
-    EXPECT_EQ(icon->layer()->sublayers().size(), 1u) << "each rebuilding replaces the layer";
+    icon->resize(23, 22);
+    icon->applyState();
+    ASSERT_EQ(icon->layer()->sublayers().size(), 1u) << "each rebuilding replaces the layer";
+    EXPECT_EQ(icon->layer()->sublayers().front()->position(), QPointF(12, 11));
 }
 
 TEST_F(MenubarIconTest, TellsTheBarOnlyOfWhatChangedItsPicture) {
@@ -129,14 +97,9 @@ TEST_F(MenubarIconTest, TellsTheBarOnlyOfWhatChangedItsPicture) {
     EXPECT_EQ(displays, 0) << "not before the present event is over";
     runPendingEvents();
     EXPECT_EQ(displays, 1);
-    redraw();
+    redrawUnder(Appearance::vibrantLight);
     runPendingEvents();
     EXPECT_EQ(displays, 1) << "drawing asks for no drawing";
-}
-
-TEST_F(MenubarIconTest, LetsAPressPassWithoutADelegate) {
-    icon->setDelegate(nullptr);
-    button.press({5, 5});
 }
 
 } // namespace velloren
