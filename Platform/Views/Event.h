@@ -8,9 +8,8 @@ namespace velloren {
 
 /// The kinds of event that views and monitors are told of.
 enum class EventType : std::uint8_t {
-    LeftMouseDown = 1,
-    LeftMouseUp = 2,
-    RightMouseDown = 3,
+    LeftMouseDown = 2,
+    RightMouseDown = 4,
     OtherMouseDown = 25
 };
 
