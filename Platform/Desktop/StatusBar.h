@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Desktop/StatusMenu.h"
 #include "Platform/Views/View.h"
 
 #include <functional>
@@ -52,6 +53,12 @@ class StatusItem {
 
     /// The item's button; none when the desktop gives it none. Lives as long as the item.
     [[nodiscard]] virtual StatusBarButton* button() = 0;
+
+    /// What hosts that open a menu list in it. Lives as long as the item.
+    [[nodiscard]] StatusMenu& menu() { return itemMenu; }
+
+  private:
+    StatusMenu itemMenu;
 };
 
 /// The desktop's bar of status items. Main thread only.

@@ -1,10 +1,10 @@
 #include "Platform/Views/Label.h"
 
+#include "Platform/Views/PlainText.h"
+
 #include <QHelpEvent>
 #include <QPainter>
 #include <QToolTip>
-
-#include <algorithm>
 
 namespace velloren {
 
@@ -13,25 +13,6 @@ namespace {
 // Texts come from other people and have no bound; no label is wide enough for this many characters.
 constexpr qsizetype longestLine = 512;
 constexpr qsizetype longestToolTip = 2000;
-
-QString cut(const QString& text, qsizetype length) {
-    if (text.size() <= length)
-        return text;
-    const bool splitsPair = text.at(length - 1).isHighSurrogate();
-    return text.left(splitsPair ? length - 1 : length) + QChar(0x2026);
-}
-
-QString asOneLine(const QString& text) {
-    QString line = cut(text, longestLine);
-    std::replace_if(
-        line.begin(), line.end(),
-        [](QChar c) {
-            return c.category() == QChar::Other_Control || c == QChar::LineSeparator ||
-                   c == QChar::ParagraphSeparator;
-        },
-        QLatin1Char(' '));
-    return line;
-}
 
 /// Tool tips take anything that looks like markup for markup.
 QString asToolTip(const QString& text) {
@@ -47,7 +28,7 @@ Label::Label(QWidget* parent) : QWidget(parent) {
 
 void Label::setStringValue(const QString& value) {
     text = value;
-    line = asOneLine(value);
+    line = asOneLine(value, longestLine);
     setAccessibleName(line);
     updateGeometry();
     update();

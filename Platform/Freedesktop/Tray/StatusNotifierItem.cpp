@@ -24,6 +24,7 @@ constexpr std::array iconSides{16, 22, 24, 32, 48, 64};
 constexpr std::chrono::seconds patienceForHost(2);
 
 const QString itemPath = QStringLiteral("/StatusNotifierItem");
+const QString itemMenuPath = QStringLiteral("/StatusNotifierItem/Menu");
 const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 
@@ -77,7 +78,7 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierToo
 }
 
 StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, Identity identity, QSize size)
-    : bus(bus), identity(std::move(identity)), itemButton(size),
+    : bus(bus), identity(std::move(identity)), itemButton(size), menuOnBus(bus, itemMenuPath, menu()),
       legacyIcon(itemButton, this->identity.title.toStdString(),
                  [this](QPoint place) { pressed(place.x(), place.y()); }) {
     qDBusRegisterMetaType<StatusNotifierPixmap>();
@@ -106,6 +107,10 @@ StatusNotifierPixmaps StatusNotifierItem::iconPixmap() {
             pixmaps.append(pixmapOf(itemButton.picture(side)));
     }
     return pixmaps;
+}
+
+QDBusObjectPath StatusNotifierItem::menuPath() const {
+    return QDBusObjectPath(itemMenuPath);
 }
 
 StatusNotifierToolTip StatusNotifierItem::toolTip() const {

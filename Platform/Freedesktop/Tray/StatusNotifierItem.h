@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Desktop/StatusBar.h"
+#include "Platform/Freedesktop/Tray/DBusMenu.h"
 #include "Platform/Freedesktop/Tray/XEmbedIcon.h"
 
 #include <QDBusArgument>
@@ -47,6 +48,7 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     Q_PROPERTY(QString Status READ status)
     Q_PROPERTY(int WindowId READ windowId)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
+    Q_PROPERTY(QDBusObjectPath Menu READ menuPath)
     Q_PROPERTY(QString IconName READ iconName)
     Q_PROPERTY(velloren::StatusNotifierPixmaps IconPixmap READ iconPixmap)
     Q_PROPERTY(velloren::StatusNotifierToolTip ToolTip READ toolTip)
@@ -74,6 +76,8 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     [[nodiscard]] int windowId() const { return 0; }
 
     [[nodiscard]] bool itemIsMenu() const { return false; }
+
+    [[nodiscard]] QDBusObjectPath menuPath() const;
 
     [[nodiscard]] QString iconName() const { return {}; }
 
@@ -103,6 +107,7 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     QDBusConnection bus;
     Identity identity;
     StatusBarButton itemButton;
+    DBusMenu menuOnBus;
     QDBusServiceWatcher watcherOwner;
     QTimer hostMissing;
     XEmbedIcon legacyIcon;

@@ -1,0 +1,296 @@
+#include "Platform/Freedesktop/Tray/DBusMenu.h"
+
+#include "Platform/Views/PlainText.h"
+
+#include <QDBusMetaType>
+#include <QGuiApplication>
+
+#include <algorithm>
+
+namespace velloren {
+
+namespace {
+
+constexpr int root = 0;
+constexpr qsizetype longestLabel = 80; // characters; hosts make their menu as wide as its longest label
+constexpr qsizetype longestList = 256; // of what a host asks for in one call
+
+const QString label = QStringLiteral("label");
+const QString enabled = QStringLiteral("enabled");
+const QString type = QStringLiteral("type");
+const QString visible = QStringLiteral("visible");
+const QString childrenDisplay = QStringLiteral("children-display");
+
+const QVariantMap& defaults() {
+    static const QVariantMap values{{label, QString()},
+                                    {enabled, true},
+                                    {visible, true},
+                                    {type, QStringLiteral("standard")},
+                                    {childrenDisplay, QString()}};
+    return values;
+}
+
+/// A single underscore marks the key that chooses an entry.
+QString asLabel(const std::string& title) {
+    return asOneLine(QString::fromStdString(title), longestLabel)
+        .replace(QLatin1Char('_'), QStringLiteral("__"));
+}
+
+/// What differs from the defaults.
+QVariantMap propertiesOf(const StatusMenuEntry& entry) {
+    if (entry.kind == StatusMenuEntry::Kind::Separator)
+        return {{type, QStringLiteral("separator")}};
+    QVariantMap properties{{label, asLabel(entry.title)}};
+    if (!entry.action)
+        properties.insert(enabled, false);
+    return properties;
+}
+
+/// Those of the names asked for; no names ask for all.
+QVariantMap filtered(QVariantMap properties, const QStringList& names) {
+    if (!names.isEmpty())
+        properties.removeIf([&](QVariantMap::iterator each) { return !names.contains(each.key()); });
+    return properties;
+}
+
+} // namespace
+
+QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuLayout& layout) {
+    argument.beginStructure();
+    argument << layout.id << layout.properties << layout.children;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuLayout& layout) {
+    argument.beginStructure();
+    argument >> layout.id >> layout.properties >> layout.children;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuProperties& properties) {
+    argument.beginStructure();
+    argument << properties.id << properties.properties;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuProperties& properties) {
+    argument.beginStructure();
+    argument >> properties.id >> properties.properties;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuRemovals& removals) {
+    argument.beginStructure();
+    argument << removals.id << removals.names;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuRemovals& removals) {
+    argument.beginStructure();
+    argument >> removals.id >> removals.names;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuEvent& event) {
+    argument.beginStructure();
+    argument << event.id << event.type << event.data << event.timestamp;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuEvent& event) {
+    argument.beginStructure();
+    argument >> event.id >> event.type >> event.data >> event.timestamp;
+    argument.endStructure();
+    return argument;
+}
+
+DBusMenu::DBusMenu(const QDBusConnection& bus, QString path, StatusMenu& menu)
+    : bus(bus), path(std::move(path)), menu(menu) {
+    qDBusRegisterMetaType<DBusMenuLayout>();
+    qDBusRegisterMetaType<DBusMenuProperties>();
+    qDBusRegisterMetaType<QList<DBusMenuProperties>>();
+    qDBusRegisterMetaType<DBusMenuRemovals>();
+    qDBusRegisterMetaType<QList<DBusMenuRemovals>>();
+    qDBusRegisterMetaType<DBusMenuEvent>();
+    qDBusRegisterMetaType<QList<DBusMenuEvent>>();
+
+    menu.setChangedHandler([this] { entriesChanged(); });
+    this->bus.registerObject(this->path, this,
+                             QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots |
+                                 QDBusConnection::ExportAllSignals);
+}
+
+DBusMenu::~DBusMenu() {
+    menu.setChangedHandler(nullptr);
+    bus.unregisterObject(path);
+}
+
+QString DBusMenu::textDirection() const {
+    return QGuiApplication::layoutDirection() == Qt::RightToLeft ? QStringLiteral("rtl")
+                                                                 : QStringLiteral("ltr");
+}
+
+uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
+                         DBusMenuLayout& layout) {
+    if (!isKnown(parentId) || propertyNames.size() > longestList) {
+        refuse(QStringLiteral("no such entry, or too many properties"));
+        return 0;
+    }
+    // Hosts lay the menu out long before they first show it, and some never make it larger while it shows.
+    if (items.empty())
+        menu.aboutToShow();
+    layout = {parentId, filtered(propertiesOf(parentId), propertyNames), {}};
+    if (parentId == root && recursionDepth != 0) {
+        for (const Item& item : items) {
+            const DBusMenuLayout child{item.id, filtered(propertiesOf(item.id), propertyNames), {}};
+            layout.children.append(QDBusVariant(QVariant::fromValue(child)));
+        }
+    }
+    return revision;
+}
+
+QList<DBusMenuProperties> DBusMenu::GetGroupProperties(const QList<int>& ids,
+                                                       const QStringList& propertyNames) {
+    if (ids.size() > longestList || propertyNames.size() > longestList) {
+        refuse(QStringLiteral("too many entries or properties"));
+        return {};
+    }
+    QList<DBusMenuProperties> group;
+    const auto append = [&](int id) { group.append({id, filtered(propertiesOf(id), propertyNames)}); };
+    for (const int id : ids) {
+        if (isKnown(id))
+            append(id);
+    }
+    if (ids.isEmpty()) {
+        append(root);
+        for (const Item& item : items)
+            append(item.id);
+    }
+    return group;
+}
+
+QDBusVariant DBusMenu::GetProperty(int id, const QString& name) {
+    if (!isKnown(id) || !defaults().contains(name)) {
+        refuse(QStringLiteral("no such entry or property"));
+        return {};
+    }
+    return QDBusVariant(propertiesOf(id).value(name, defaults().value(name)));
+}
+
+void DBusMenu::Event(int id, const QString& type, const QDBusVariant&, uint) {
+    if (!handle(id, type))
+        refuse(QStringLiteral("no such entry"));
+}
+
+QList<int> DBusMenu::EventGroup(const QList<DBusMenuEvent>& events) {
+    QList<int> unknown;
+    if (events.size() > longestList) {
+        refuse(QStringLiteral("too many events"));
+        return unknown;
+    }
+    for (const DBusMenuEvent& event : events) {
+        if (!handle(event.id, event.type))
+            unknown.append(event.id);
+    }
+    if (!events.isEmpty() && unknown.size() == events.size())
+        refuse(QStringLiteral("no such entries"));
+    return unknown;
+}
+
+bool DBusMenu::AboutToShow(int id) {
+    const uint former = revision;
+    if (id == root)
+        menu.aboutToShow();
+    else if (!find(id))
+        refuse(QStringLiteral("no such entry"));
+    return revision != former;
+}
+
+QList<int> DBusMenu::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {
+    QList<int> updatesNeeded;
+    if (ids.size() > longestList) {
+        refuse(QStringLiteral("too many entries"));
+        return updatesNeeded;
+    }
+    std::copy_if(ids.begin(), ids.end(), std::back_inserter(idErrors),
+                 [this](int id) { return !isKnown(id); });
+    if (!ids.isEmpty() && idErrors.size() == ids.size())
+        refuse(QStringLiteral("no such entries"));
+    else if (ids.contains(root) && AboutToShow(root))
+        updatesNeeded.append(root);
+    return updatesNeeded;
+}
+
+void DBusMenu::entriesChanged() {
+    std::vector<Item> former = items;
+    std::vector<Item> next;
+    QList<DBusMenuProperties> updated;
+    QList<DBusMenuRemovals> removed;
+    for (const StatusMenuEntry& entry : menu.entries()) {
+        const auto [id, earlier] = taken(former, entry);
+        next.push_back({id, entry});
+        const QVariantMap properties = velloren::propertiesOf(entry);
+        const QVariantMap before = velloren::propertiesOf(earlier);
+        if (properties == before)
+            continue;
+        updated.append({id, properties});
+        if (before.contains(enabled) && !properties.contains(enabled))
+            removed.append({id, {enabled}});
+    }
+    const bool sameLayout = std::equal(next.begin(), next.end(), items.begin(), items.end(),
+                                       [](const Item& one, const Item& other) { return one.id == other.id; });
+    items = std::move(next);
+    if (!sameLayout)
+        Q_EMIT LayoutUpdated(++revision, root);
+    if (!updated.isEmpty())
+        Q_EMIT ItemsPropertiesUpdated(updated, removed);
+}
+
+/// Takes the entry out of those that were there; one that was not gets a number of its own.
+DBusMenu::Item DBusMenu::taken(std::vector<Item>& former, const StatusMenuEntry& entry) {
+    const auto found = std::find_if(former.begin(), former.end(), [&](const Item& item) {
+        return item.entry.kind == entry.kind && item.entry.key == entry.key;
+    });
+    if (found == former.end())
+        return {++latestId, entry};
+    Item item = std::move(*found);
+    former.erase(found);
+    return item;
+}
+
+const DBusMenu::Item* DBusMenu::find(int id) const {
+    const auto found =
+        std::find_if(items.begin(), items.end(), [id](const Item& item) { return item.id == id; });
+    return found == items.end() ? nullptr : &*found;
+}
+
+bool DBusMenu::isKnown(int id) const {
+    return id == root || find(id);
+}
+
+QVariantMap DBusMenu::propertiesOf(int id) const {
+    const Item* item = find(id);
+    return item ? velloren::propertiesOf(item->entry)
+                : QVariantMap{{childrenDisplay, QStringLiteral("submenu")}};
+}
+
+bool DBusMenu::handle(int id, const QString& type) {
+    const Item* item = find(id);
+    // Later: the host gets its answer first, whatever the action does.
+    if (item && item->entry.action && type == QLatin1String("clicked"))
+        QMetaObject::invokeMethod(this, item->entry.action, Qt::QueuedConnection);
+    return item || id == root;
+}
+
+void DBusMenu::refuse(const QString& reason) {
+    sendErrorReply(QDBusError::InvalidArgs, reason);
+}
+
+} // namespace velloren

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+
+namespace velloren {
+
+/// The first `length` characters of the text, then an ellipsis where that leaves some out.
+[[nodiscard]] QString cut(const QString& text, qsizetype length);
+
+/// The same as one line: line breaks and other control characters read as blanks.
+[[nodiscard]] QString asOneLine(const QString& text, qsizetype length);
+
+} // namespace velloren
