@@ -1,13 +1,10 @@
 #include "VellorenMenu/DropDownButton.h"
 
-#include "Platform/Desktop/Application.h"
-#include "Platform/Desktop/Workspace.h"
 #include "Platform/Views/Image.h"
 #include "Platform/Views/WindowServer.h"
+#include "VellorenMenu/ActionItems.h"
 #include "VellorenMenu/ClosePopover.h"
 #include "VellorenMenu/Colors.h"
-#include "VellorenMenu/Commands.h"
-#include "VellorenMenu/URLs.h"
 
 #include <QMenu>
 #include <QMouseEvent>
@@ -35,6 +32,21 @@ void styleMenu(QMenu& menu) {
     menu.setStyleSheet(rounded ? menuStyle + roundedMenuStyle : QString(menuStyle));
 }
 
+/// None for the separator.
+void (DropDownButton::*selectorOf(ActionItem item))() {
+    switch (item) {
+    case ActionItem::Support:
+        return &DropDownButton::supportClicked;
+    case ActionItem::HelpCenter:
+        return &DropDownButton::helpCenterClicked;
+    case ActionItem::Separator:
+        return nullptr;
+    case ActionItem::Quit:
+        return &DropDownButton::quitClicked;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 DropDownButton::DropDownButton(QWidget* parent) : QPushButton(parent) {
@@ -51,10 +63,12 @@ QMenu& DropDownButton::actionMenu() {
         shownMenu = new QMenu(this);
         styleMenu(*shownMenu);
         shownMenu->addAction(QString());
-        shownMenu->addAction(QStringLiteral("Support"), this, &DropDownButton::supportClicked);
-        shownMenu->addAction(QStringLiteral("Help Center"), this, &DropDownButton::helpCenterClicked);
-        shownMenu->addSeparator();
-        shownMenu->addAction(QStringLiteral("Quit"), this, &DropDownButton::quitClicked);
+        for (const ActionItem item : actionItems) {
+            if (const auto action = selectorOf(item))
+                shownMenu->addAction(QString::fromUtf8(titleOf(item)), this, action);
+            else
+                shownMenu->addSeparator();
+        }
     }
     return *shownMenu;
 }
@@ -72,19 +86,15 @@ void DropDownButton::runPopUp() {
 }
 
 void DropDownButton::supportClicked() {
-    closePopover(*this);
-    SupportCommand().execute();
+    perform(ActionItem::Support, [this] { closePopover(*this); });
 }
 
 void DropDownButton::helpCenterClicked() {
-    closePopover(*this);
-    if (const auto address = URL::fromString(URLs::helpCenterAddress()))
-        Workspace::shared().openURL(*address);
+    perform(ActionItem::HelpCenter, [this] { closePopover(*this); });
 }
 
 void DropDownButton::quitClicked() {
-    Application& application = Application::shared();
-    application.terminate(application.description());
+    perform(ActionItem::Quit, [this] { closePopover(*this); });
 }
 
 void DropDownButton::mousePressEvent(QMouseEvent* event) {

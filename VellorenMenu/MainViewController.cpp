@@ -1,17 +1,14 @@
 #include "VellorenMenu/MainViewController.h"
 
 #include "Platform/Foundation/FatalError.h"
-#include "Platform/Foundation/RunLoop.h"
-#include "Platform/Foundation/TextIn.h"
 #include "Services/VLogger.h"
 #include "Services/VMeetingManager.h"
 #include "Services/VSyncManager.h"
-#include "Services/VUserManager.h"
 #include "Shared/VApp.h"
 #include "VellorenMenu/MenuAppDelegate.h"
+#include "VellorenMenu/UpcomingMeetings.h"
 #include "ui_Main.h"
 
-#include <algorithm>
 #include <array>
 
 namespace velloren {
@@ -19,7 +16,6 @@ namespace velloren {
 namespace {
 
 constexpr auto unit = "VellorenMenu/MainViewController";
-constexpr std::size_t shownMeetings = 3;
 
 template <class Row>
 Row& required(const QPointer<Row>& outlet) {
@@ -51,19 +47,6 @@ void bind(UpcommingMeetingItemView* row, Label* titleLabel, Label* timeLabel, QA
     bind(row, titleLabel);
     row->timeLabel = timeLabel;
     row->openButton = openButton;
-}
-
-std::vector<Meeting> meetingsFrom(const std::vector<Dictionary>& dictionaries) {
-    std::vector<Meeting> meetings;
-    meetings.reserve(dictionaries.size());
-    for (const Dictionary& dictionary : dictionaries) {
-        const auto text = [&](const char* key) -> std::optional<std::string> {
-            const auto* value = textIn(dictionary, key);
-            return value ? std::optional(*value) : std::nullopt;
-        };
-        meetings.push_back({text("id"), text("title"), text("startTime")});
-    }
-    return meetings;
 }
 
 } // namespace
@@ -118,7 +101,7 @@ void MainViewController::viewWillAppear() {
     if (!showCreateRowForUser())
         return;
     if (VApp(VApp::main).isRunning())
-        fetchFromMainApp();
+        fetchThroughDelegate();
     else
         layOut(fetchMeetings());
 }
@@ -133,8 +116,8 @@ void MainViewController::viewDidAppear() {
 }
 
 bool MainViewController::showCreateRowForUser() {
-    const auto user = UserManager::sharedInstance().forceReadCurrentUserFromNSUserDefaults();
-    if (!user || !user->isLoggedIn()) {
+    const auto user = loggedInUser();
+    if (!user) {
         collapse(required(createMeetingView));
         return false;
     }
@@ -144,14 +127,11 @@ bool MainViewController::showCreateRowForUser() {
     return true;
 }
 
-void MainViewController::fetchFromMainApp() {
+void MainViewController::fetchThroughDelegate() {
     auto* delegate = dynamic_cast<MenuAppDelegate*>(Application::shared().delegate());
     if (!delegate)
         return;
-    delegate->fetchMeetings([this](const Communication::Meetings& answer) {
-        auto meetings = answer ? std::optional(meetingsFrom(*answer)) : std::nullopt;
-        RunLoop::main().post([this, meetings = std::move(meetings)] { layOut(meetings); });
-    });
+    fetchFromMainApp(*delegate, [this](const FetchedMeetings& meetings) { layOut(meetings); });
 }
 
 std::optional<std::vector<Meeting>> MainViewController::fetchMeetings() {
@@ -174,9 +154,9 @@ void MainViewController::loadUpcoming(const std::optional<std::vector<Meeting>>&
     layOut(meetings);
 }
 
-void MainViewController::layOut(const std::optional<std::vector<Meeting>>& meetings) {
-    const std::size_t count = meetings ? std::min(meetings->size(), shownMeetings) : 0;
-    if (count == 0) {
+void MainViewController::layOut(const std::optional<std::vector<Meeting>>& fetched) {
+    const auto meetings = shownMeetings(fetched);
+    if (meetings.empty()) {
         showNoMeetingsView();
         return;
     }
@@ -184,9 +164,9 @@ void MainViewController::layOut(const std::optional<std::vector<Meeting>>& meeti
     const std::array rows{&firstMeetingView, &secondMeetingView, &thridMeetingView};
     for (std::size_t index = 0; index < rows.size(); ++index) {
         UpcommingMeetingItemView& row = required(*rows[index]);
-        if (index < count) {
+        if (index < meetings.size()) {
             show(row);
-            row.configureForMeeting((*meetings)[index]);
+            row.configureForMeeting(meetings[index]);
         } else {
             collapse(row);
         }

@@ -53,8 +53,8 @@ class MainViewController final : public ViewController {
     MainViewController();
 
     [[nodiscard]] bool showCreateRowForUser();
-    void fetchFromMainApp();
-    void layOut(const std::optional<std::vector<Meeting>>& meetings);
+    void fetchThroughDelegate();
+    void layOut(const std::optional<std::vector<Meeting>>& fetched);
 
     std::unique_ptr<MainContentView> rootView;
 };

@@ -26,7 +26,7 @@ bool isAboutMainApp(const Notification& notification) {
 
 MenuAppDelegate::MenuAppDelegate(Link& link)
     : MainAppLink(link), statusBar(StatusBar::systemStatusBar().statusItemWithLength(statusItemLength)),
-      menubarIcon(new MenubarIcon(menubarIconFrame)) {}
+      itemMenu(statusBar->menu(), *this), menubarIcon(new MenubarIcon(menubarIconFrame)) {}
 
 MenuAppDelegate::~MenuAppDelegate() {
     if (menubarIcon)

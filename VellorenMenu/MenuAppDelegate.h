@@ -5,6 +5,7 @@
 #include "Platform/Desktop/Workspace.h"
 #include "Platform/Link/Link.h"
 #include "Platform/Views/Popover.h"
+#include "VellorenMenu/AgentMenu.h"
 #include "VellorenMenu/EventMonitor.h"
 #include "VellorenMenu/MainAppLink.h"
 #include "VellorenMenu/MenubarIcon.h"
@@ -61,6 +62,7 @@ class MenuAppDelegate final : public MainAppLink,
     std::unique_ptr<Listener> menuAppListener;
     std::unique_ptr<Connection> menuAppListenerConnection;
     std::unique_ptr<StatusItem> statusBar;
+    AgentMenu itemMenu;
     /// Owned by the status item's button once it was put there.
     QPointer<MenubarIcon> menubarIcon;
     Popover popOver;
