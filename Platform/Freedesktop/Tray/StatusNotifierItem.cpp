@@ -156,7 +156,9 @@ void StatusNotifierItem::followWatcher() {
 void StatusNotifierItem::registerWithWatcher() {
     auto call = QDBusMessage::createMethodCall(watcherService, watcherPath, watcherService,
                                                QStringLiteral("RegisterStatusNotifierItem"));
-    call << identity.serviceName;
+    // Not by the item's name: GNOME's extension then watches the name as well, and forgets an item whose
+    // properties come just when it hears of it.
+    call << bus.baseService();
     call.setAutoStartService(false);
     bus.send(call);
 }
