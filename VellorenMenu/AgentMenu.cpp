@@ -16,7 +16,9 @@ std::string textOf(const Meeting& meeting) {
                           ? UpcommingMeetingItemView::relativeDateFromDateString(*meeting.startTime)
                           : std::nullopt;
     const std::string title = meeting.title.value_or("");
-    return time ? *time + " – " + title : title;
+    if (!time)
+        return title;
+    return title.empty() ? *time : *time + " – " + title;
 }
 
 } // namespace
@@ -56,8 +58,10 @@ void AgentMenu::list(const FetchedMeetings& fetched, Session session) {
                                delegate.createNewMeeting();
                            }});
     entries.push_back({StatusMenuEntry::Kind::Separator, {}, {}, nullptr});
-    for (const ActionItem item : actionItems)
-        entries.push_back(entryOf(item));
+    for (const ActionItem item : actionItems) {
+        if (item != ActionItem::Separator) // one is enough in a menu that hosts draw
+            entries.push_back(entryOf(item));
+    }
     menu.setEntries(std::move(entries));
 }
 
@@ -74,8 +78,6 @@ StatusMenuEntry AgentMenu::entryOf(const Meeting& meeting) const {
 }
 
 StatusMenuEntry AgentMenu::entryOf(ActionItem item) const {
-    if (item == ActionItem::Separator)
-        return {StatusMenuEntry::Kind::Separator, {}, {}, nullptr};
     const std::string title = titleOf(item);
     return {StatusMenuEntry::Kind::Item, title, title,
             [this, item] { perform(item, [this] { delegate.closePopover(nullptr); }); }};

@@ -80,4 +80,24 @@ TEST_F(ActionMenuOnPanel, LeavesThePopoverOpenWhenItIsDismissed) {
     EXPECT_FALSE(std::filesystem::exists(openedFile()));
 }
 
+TEST_F(ActionMenuOnPanel, IsInThePanelsOwnMenuOfTheIconAsWellBelowTheMeetings) {
+    installStandIn();
+    const auto panelMenuShows = [this] {
+        constexpr QPoint belowIcon = VirtualDesktop::icon + QPoint(-40, 45);
+        return !desktop.popover() && desktop.screen().pixelColor(belowIcon) != Qt::black;
+    };
+    const auto chooseWith = [&](const char* key) {
+        desktop.click(VirtualDesktop::icon, 3);
+        EXPECT_TRUE(desktop.waitUntil(panelMenuShows)) << "in the place of the popover";
+        desktop.type(key);
+        desktop.type("Return");
+        EXPECT_TRUE(desktop.waitUntil([&] { return !panelMenuShows(); }));
+    };
+    chooseWith("Down");
+    EXPECT_TRUE(waitForRequests({"open demo-1"}));
+    openPopover();
+    chooseWith("Up");
+    EXPECT_EQ(agent->wait(), 0);
+}
+
 } // namespace velloren

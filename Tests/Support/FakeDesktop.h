@@ -57,6 +57,7 @@ class FakeStatusBar final : public Installable<FakeStatusBar, StatusBar> {
     bool givesButton = true;
     double lengthAskedFor = 0;
     StatusBarButton* latestButton = nullptr;
+    StatusMenu* latestMenu = nullptr;
     std::function<void()> asked = [] {}; ///< called when an item is asked for its button
 
     std::unique_ptr<StatusItem> statusItemWithLength(double length) override {
@@ -65,6 +66,7 @@ class FakeStatusBar final : public Installable<FakeStatusBar, StatusBar> {
         if (givesButton)
             item->given = std::make_unique<StatusBarButton>(QSize(qRound(length), 22));
         latestButton = item->given.get();
+        latestMenu = &item->menu();
         return item;
     }
 

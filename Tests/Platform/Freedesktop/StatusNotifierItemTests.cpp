@@ -139,6 +139,7 @@ TEST_F(StatusNotifierItemTest, ShowsItsCentreInEachSizeAndTellsOfNewPicturesOnly
 TEST_F(StatusNotifierItemTest, HandsOnPressesWithTheirPlaceButNotTheOnesTheMonitorSaw) {
     registerItem();
     EXPECT_EQ(property("ItemIsMenu"), false);
+    EXPECT_EQ(property("Menu").value<QDBusObjectPath>().path(), QStringLiteral("/StatusNotifierItem/Menu"));
     EXPECT_EQ(property("Id"), QStringLiteral("com.velloren.velloren-mac.menu"));
     const auto placeAfter = [&](const char* method, const QVariantList& arguments) {
         call(QString::fromLatin1(method), arguments, itemInterface);

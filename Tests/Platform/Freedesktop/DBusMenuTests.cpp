@@ -1,0 +1,188 @@
+#include "Platform/Freedesktop/Tray/DBusMenu.h"
+#include "Tests/Support/PrivateBus.h"
+#include "Tests/Support/QtTest.h"
+
+#include <QDBusMessage>
+#include <gmock/gmock.h>
+
+namespace velloren {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+using Kind = StatusMenuEntry::Kind;
+
+const QString menuPath = QStringLiteral("/menu");
+const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
+const QStringList everything;
+
+/// A host on a connection of its own, as a plain client of the bus.
+class DBusMenuTest : public QtTest {
+    using Calls = std::vector<std::string>;
+
+  protected:
+    DBusMenuTest() {
+        menu.setAboutToShowHandler([this] {
+            ++fills;
+            menu.setEntries(content);
+        });
+    }
+
+    ~DBusMenuTest() override {
+        QDBusConnection::disconnectFromBus(QStringLiteral("agent"));
+        QDBusConnection::disconnectFromBus(QStringLiteral("host"));
+    }
+
+    StatusMenuEntry item(const std::string& key, const std::string& title) {
+        return {Kind::Item, key, title, [this, key] { chosen.push_back(key); }};
+    }
+
+    QDBusMessage call(const char* method, const QVariantList& arguments) {
+        auto message = QDBusMessage::createMethodCall(agent.baseService(), menuPath, menuInterface,
+                                                      QString::fromLatin1(method));
+        message.setArguments(arguments);
+        return host.call(message, QDBus::BlockWithGui);
+    }
+
+    bool fails(const char* method, const QVariantList& arguments) {
+        return call(method, arguments).type() == QDBusMessage::ErrorMessage;
+    }
+
+    DBusMenuLayout layout(int depth = -1, const QStringList& properties = everything) {
+        const QDBusMessage reply = call("GetLayout", {0, depth, properties});
+        EXPECT_EQ(reply.signature(), QStringLiteral("u(ia{sv}av)"));
+        revision = reply.arguments().value(0).toUInt();
+        return qdbus_cast<DBusMenuLayout>(reply.arguments().value(1));
+    }
+
+    std::vector<DBusMenuLayout> shown(const QStringList& properties = everything) {
+        std::vector<DBusMenuLayout> entries;
+        for (const QDBusVariant& child : layout(-1, properties).children)
+            entries.push_back(qdbus_cast<DBusMenuLayout>(child.variant()));
+        return entries;
+    }
+
+    int idOf(const QString& label) {
+        for (const DBusMenuLayout& entry : shown()) {
+            if (entry.properties.value(QStringLiteral("label")) == label)
+                return entry.id;
+        }
+        return -1;
+    }
+
+    static QVariantList event(int id, const char* type) {
+        return {id, QString::fromLatin1(type), QVariant::fromValue(QDBusVariant(0)), 0U};
+    }
+
+    PrivateBus bus;
+    QDBusConnection agent =
+        QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("agent"));
+    QDBusConnection host =
+        QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("host"));
+    StatusMenu menu;
+    DBusMenu exported{agent, menuPath, menu};
+    std::vector<StatusMenuEntry> content;
+    int fills = 0;
+    uint revision = 0;
+    Calls chosen;
+};
+
+/// Notices the menu's signals as a host does.
+class Signals final : public QObject {
+    Q_OBJECT
+
+  public:
+    Signals(QDBusConnection host, const QString& service) {
+        host.connect(service, menuPath, menuInterface, QStringLiteral("LayoutUpdated"), this,
+                     SLOT(layoutUpdated(uint, int)));
+        host.connect(service, menuPath, menuInterface, QStringLiteral("ItemsPropertiesUpdated"), this,
+                     SLOT(propertiesUpdated(QDBusMessage)));
+    }
+
+    uint revision = 0;
+    QString propertiesSignature;
+
+  public Q_SLOTS:
+
+    void layoutUpdated(uint next, int) { revision = next; }
+
+    void propertiesUpdated(const QDBusMessage& message) { propertiesSignature = message.signature(); }
+};
+
+} // namespace
+
+TEST_F(DBusMenuTest, ListsTitlesOfOtherPeopleAsOnePlainLine) {
+    content = {item("1", "<b>a_b</b>\n\tc"),
+               item("2", std::string(5000, 'x')),
+               {Kind::Item, "3", "No", nullptr},
+               {Kind::Separator, {}, {}, nullptr}};
+    const auto entries = shown();
+    ASSERT_EQ(entries.size(), 4U) << "the first layout is filled already";
+    EXPECT_EQ(entries[0].properties, (QVariantMap{{"label", "<b>a__b</b>  c"}}));
+    EXPECT_EQ(entries[1].properties.value(QStringLiteral("label")).toString().size(), 81);
+    EXPECT_EQ(entries[2].properties, (QVariantMap{{"label", "No"}, {"enabled", false}}));
+    EXPECT_EQ(entries[3].properties, (QVariantMap{{"type", "separator"}}));
+
+    EXPECT_THAT(layout(0).children, IsEmpty());
+    EXPECT_EQ(shown({"enabled"})[2].properties, (QVariantMap{{"enabled", false}}));
+    EXPECT_EQ(call("GetGroupProperties", {QVariant::fromValue(QList<int>{}), everything}).signature(),
+              QStringLiteral("a(ia{sv})"));
+    const QDBusMessage byDefault = call("GetProperty", {entries[0].id, "enabled"});
+    EXPECT_EQ(byDefault.arguments().value(0).value<QDBusVariant>().variant(), true);
+}
+
+TEST_F(DBusMenuTest, IsFilledAnewForEachShowing) {
+    content = {item("a", "A")};
+    EXPECT_EQ(call("AboutToShow", {0}).arguments(), QVariantList{true});
+    EXPECT_EQ(call("AboutToShow", {0}).arguments(), QVariantList{false}) << "nothing is new to the host";
+    content.push_back(item("b", "B"));
+    const QDBusMessage group = call("AboutToShowGroup", {QVariant::fromValue(QList<int>{0, 77})});
+    EXPECT_EQ(qdbus_cast<QList<int>>(group.arguments().value(0)), QList<int>{0});
+    EXPECT_EQ(qdbus_cast<QList<int>>(group.arguments().value(1)), QList<int>{77});
+    EXPECT_EQ(fills, 3);
+}
+
+TEST_F(DBusMenuTest, TellsOfLaterChangesAndKeepsTheNumbersOfWhatStays) {
+    content = {item("a", "A"), item("b", "B")};
+    const auto before = shown();
+    const Signals signals(host, agent.baseService());
+    menu.setEntries({item("c", "C"), item("b", "later")});
+    EXPECT_TRUE(waitUntil([&] { return signals.revision > revision; }));
+    EXPECT_TRUE(waitUntil([&] { return signals.propertiesSignature == QStringLiteral("a(ia{sv})a(ias)"); }));
+    EXPECT_EQ(idOf(QStringLiteral("later")), before[1].id);
+    EXPECT_EQ(revision, signals.revision);
+    EXPECT_TRUE(fails("Event", event(before[0].id, "clicked")));
+    call("Event", event(before[1].id, "clicked"));
+    EXPECT_TRUE(waitUntil([&] { return !chosen.empty(); }));
+    EXPECT_THAT(chosen, ElementsAre("b")) << "what stands where another stood is not chosen for it";
+}
+
+TEST_F(DBusMenuTest, DoesWhatIsChosenInOrderAndRefusesWhatMakesNoSense) {
+    content = {item("a", "A"), item("b", "B"), {Kind::Item, "c", "C", nullptr}};
+    const auto entries = shown();
+    const auto happened = [](int id, const char* type) {
+        return DBusMenuEvent{id, QString::fromLatin1(type), QDBusVariant(0), 0};
+    };
+    const QDBusMessage reply = call(
+        "EventGroup",
+        {QVariant::fromValue(QList{happened(entries[1].id, "clicked"), happened(-1, "clicked"),
+                                   happened(entries[2].id, "clicked"), happened(entries[0].id, "hovered"),
+                                   happened(0, "opened"), happened(entries[0].id, "clicked")})});
+    EXPECT_EQ(qdbus_cast<QList<int>>(reply.arguments().value(0)), QList<int>{-1});
+    EXPECT_TRUE(waitUntil([&] { return chosen.size() >= 2; }));
+    EXPECT_THAT(chosen, ElementsAre("b", "a"));
+
+    const QVariant tooMany = QVariant::fromValue(QList<int>(1000, 0));
+    EXPECT_TRUE(fails("GetLayout", {99, -1, everything}));
+    EXPECT_TRUE(fails("GetProperty", {0, "icon-data"}));
+    EXPECT_TRUE(fails("GetGroupProperties", {tooMany, everything}));
+    EXPECT_TRUE(fails("AboutToShow", {99}));
+    EXPECT_TRUE(fails("AboutToShowGroup", {tooMany}));
+    EXPECT_TRUE(fails("EventGroup", {QVariant::fromValue(QList{happened(99, "clicked")})}));
+}
+
+} // namespace velloren
+
+#include "DBusMenuTests.moc"

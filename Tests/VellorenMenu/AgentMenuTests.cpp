@@ -1,0 +1,130 @@
+#include "Platform/Foundation/Bundle.h"
+#include "Tests/Support/AgentTest.h"
+#include "VellorenMenu/MainViewController.h"
+#include "VellorenMenu/MenuAppDelegate.h"
+
+#include <gmock/gmock.h>
+
+namespace velloren {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class AgentMenuTest : public AgentTest {
+  protected:
+    AgentMenuTest() {
+        application.setDelegate(&delegate);
+        delegate.applicationDidFinishLaunching();
+        loop().runPending();
+        log.clear();
+    }
+
+    static Dictionary answered(const std::string& id) {
+        Dictionary dictionary;
+        dictionary.emplace("id", id);
+        dictionary.emplace("title", "Title " + id);
+        return dictionary;
+    }
+
+    /// The titles; one that cannot be chosen in parentheses, a separator as "---".
+    [[nodiscard]] std::vector<std::string> titles() const {
+        std::vector<std::string> titles;
+        for (const StatusMenuEntry& entry : menu.entries()) {
+            if (entry.kind == StatusMenuEntry::Kind::Separator)
+                titles.emplace_back("---");
+            else
+                titles.push_back(entry.action ? entry.title : "(" + entry.title + ")");
+        }
+        return titles;
+    }
+
+    void choose(const std::string& title) {
+        for (const StatusMenuEntry& entry : std::vector(menu.entries())) {
+            if (entry.title == title)
+                entry.action();
+        }
+    }
+
+    MenuAppDelegate delegate{link};
+    StatusMenu& menu = *statusBar.latestMenu;
+};
+
+} // namespace
+
+TEST_F(AgentMenuTest, ListsWhatThePopoverShows) {
+    const std::string start = "2031-03-07T14:05:00Z";
+    store.meetings = std::vector<Meeting>{{"1", "One", start},
+                                          {"2", std::nullopt, start},
+                                          {std::nullopt, "Three", std::nullopt},
+                                          {"4", "Four", start}};
+    EXPECT_THAT(titles(), IsEmpty()) << "nobody asked yet";
+    menu.aboutToShow();
+    EXPECT_THAT(log.messages(), IsEmpty());
+    const std::string time = *UpcommingMeetingItemView::relativeDateFromDateString(start);
+    const auto controller = MainViewController::controller();
+    EXPECT_THAT(titles(), ElementsAre(time + " – One", time, "(Three)", "Create a new meeting", "---",
+                                      "Support", "Help Center", "Quit"));
+    store.meetings.reset();
+    menu.aboutToShow();
+    EXPECT_EQ(titles()[0], "(" + controller->noMeetingView->titleLabel->stringValue().toStdString() + ")");
+    EXPECT_EQ(titles()[1], controller->createMeetingView->titleLabel->stringValue().toStdString());
+}
+
+TEST_F(AgentMenuTest, OffersOnlyTheActionsToSomebodyWhoIsNotLoggedIn) {
+    startMainApp();
+    store.meetings = std::vector<Meeting>{{"1", "One", std::nullopt}};
+    for (const auto stored : {FakeUserManager::Stored::Nobody, FakeUserManager::Stored::LoggedOut}) {
+        users.stored = stored;
+        menu.aboutToShow();
+        loop().runPending();
+        EXPECT_THAT(titles(), ElementsAre("(No upcoming meetings)", "---", "Support", "Help Center", "Quit"));
+    }
+    EXPECT_THAT(mainAppObject.requests, IsEmpty());
+}
+
+TEST_F(AgentMenuTest, ShowsTheStoreUntilTheMainAppAnswersTheLatestShowing) {
+    store.meetings = std::vector<Meeting>{{"s", "Stored", std::nullopt}};
+    workspace.instances[mainApp] = 1;
+    menu.aboutToShow();
+    EXPECT_EQ(titles()[0], "Stored") << "the main app runs and is not connected";
+    startMainApp();
+    mainAppObject.withholds = true;
+    menu.aboutToShow();
+    menu.aboutToShow();
+    EXPECT_EQ(titles()[0], "Stored");
+    mainAppObject.withheld[1](std::vector{answered("late")});
+    mainAppObject.withheld[0](std::vector{answered("later still")});
+    EXPECT_EQ(titles()[0], "Stored") << "the answer is taken on the main loop";
+    loop().runPending();
+    EXPECT_EQ(titles()[0], "Title late");
+    users.stored = FakeUserManager::Stored::LoggedOut;
+    mainAppObject.withheld.clear();
+    menu.aboutToShow();
+    EXPECT_EQ(titles()[0], "(No upcoming meetings)");
+}
+
+TEST_F(AgentMenuTest, DoesWhatThePopoverDoesAndClosesItButToQuit) {
+    SharedInstance<Bundle>::provide([] { return Bundle::inFolder("/nowhere"); });
+    startMainApp();
+    mainAppObject.meetings = std::vector{answered("m1")};
+    menu.aboutToShow();
+    loop().runPending();
+    for (const char* title : {"Title m1", "Create a new meeting", "Support", "Help Center"}) {
+        delegate.showPopover(nullptr);
+        choose(title);
+        EXPECT_FALSE(delegate.popover().isShown()) << title;
+    }
+    std::erase(mainAppObject.requests, "fetch");
+    EXPECT_THAT(mainAppObject.requests, ElementsAre("open m1", "create"));
+    EXPECT_THAT(workspace.openedURLs,
+                ElementsAre(::testing::StartsWith("mailto:"), "https://help.velloren.example"));
+    delegate.showPopover(nullptr);
+    choose("Quit");
+    EXPECT_TRUE(delegate.popover().isShown());
+    EXPECT_EQ(log.messages().back(), "applicationWillTerminate");
+    SharedInstance<Bundle>::reset();
+}
+
+} // namespace velloren
