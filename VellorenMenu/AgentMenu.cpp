@@ -15,7 +15,7 @@ std::string textOf(const Meeting& meeting) {
     const auto time = meeting.startTime
                           ? UpcommingMeetingItemView::relativeDateFromDateString(*meeting.startTime)
                           : std::nullopt;
-    const std::string title = meeting.title.value_or("");
+    std::string title = meeting.title.value_or("");
     if (!time)
         return title;
     return title.empty() ? *time : *time + " – " + title;

@@ -20,8 +20,6 @@ const QStringList everything;
 
 /// A host on a connection of its own, as a plain client of the bus.
 class DBusMenuTest : public QtTest {
-    using Calls = std::vector<std::string>;
-
   protected:
     DBusMenuTest() {
         menu.setAboutToShowHandler([this] {
@@ -64,14 +62,6 @@ class DBusMenuTest : public QtTest {
         return entries;
     }
 
-    int idOf(const QString& label) {
-        for (const DBusMenuLayout& entry : shown()) {
-            if (entry.properties.value(QStringLiteral("label")) == label)
-                return entry.id;
-        }
-        return -1;
-    }
-
     static QVariantList event(int id, const char* type) {
         return {id, QString::fromLatin1(type), QVariant::fromValue(QDBusVariant(0)), 0U};
     }
@@ -86,7 +76,7 @@ class DBusMenuTest : public QtTest {
     std::vector<StatusMenuEntry> content;
     int fills = 0;
     uint revision = 0;
-    Calls chosen;
+    std::vector<std::string> chosen;
 };
 
 /// Notices the menu's signals as a host does.
@@ -151,7 +141,7 @@ TEST_F(DBusMenuTest, TellsOfLaterChangesAndKeepsTheNumbersOfWhatStays) {
     menu.setEntries({item("c", "C"), item("b", "later")});
     EXPECT_TRUE(waitUntil([&] { return signals.revision > revision; }));
     EXPECT_TRUE(waitUntil([&] { return signals.propertiesSignature == QStringLiteral("a(ia{sv})a(ias)"); }));
-    EXPECT_EQ(idOf(QStringLiteral("later")), before[1].id);
+    EXPECT_EQ(shown()[1].id, before[1].id);
     EXPECT_EQ(revision, signals.revision);
     EXPECT_TRUE(fails("Event", event(before[0].id, "clicked")));
     call("Event", event(before[1].id, "clicked"));
