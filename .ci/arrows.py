@@ -18,6 +18,11 @@ ARROWS = {
     "Platform/Freedesktop/Windowing": ["Platform/Desktop"],
     "Platform/Freedesktop/Tray": ["Platform/Freedesktop/Windowing"],
     "Platform/Freedesktop/Session": ["Platform/Desktop"],
+    "Platform/Freedesktop/Backends": [
+        "Platform/Freedesktop/Session",
+        "Platform/Freedesktop/Tray",
+        "Platform/Freedesktop/Windowing",
+    ],
     "Services": ["Platform/Foundation"],
     "Services/Local": ["Services"],
     "Shared": ["Services", "Platform/Desktop", "Platform/Link"],

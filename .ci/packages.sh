@@ -2,9 +2,9 @@
 
 build_packages=(
     cmake g++ ninja-build pkg-config librsvg2-bin
-    qt6-base-dev qt6-base-dev-tools qt6-l10n-tools
+    qt6-base-dev qt6-base-dev-tools qt6-base-private-dev qt6-l10n-tools
     libbackward-cpp-dev libdw-dev libicu-dev libspdlog-dev libsqlite3-dev libsqlitecpp-dev libsystemd-dev
-    libxcb1-dev libxcb-xinput-dev
+    libwayland-dev libxcb1-dev libxcb-xinput-dev wayland-protocols
 )
 
 # A desktop to show itself on where there is none.
@@ -15,7 +15,7 @@ desktop_packages=(
 
 test_packages=(
     at-spi2-core clang-format clang-tidy gir1.2-atspi-2.0 gir1.2-glib-2.0 libbenchmark-dev libgmock-dev libgtest-dev
-    libxcb-xtest0-dev python3-gi trayer xdg-utils
+    libxcb-xtest0-dev python3-gi qt6-wayland sway trayer waybar xdg-utils
 )
 
 packaging_packages=(

@@ -6,15 +6,12 @@
 #include "Platform/Foundation/QtRunLoop.h"
 #include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Foundation/UserDefaults.h"
+#include "Platform/Freedesktop/Backends/SessionBackends.h"
 #include "Platform/Freedesktop/Bus/DBusLink.h"
 #include "Platform/Freedesktop/Session/DBusWorkspace.h"
 #include "Platform/Freedesktop/Session/DesktopApplication.h"
 #include "Platform/Freedesktop/Session/DesktopSettings.h"
 #include "Platform/Freedesktop/Session/TerminationSignals.h"
-#include "Platform/Freedesktop/Tray/StatusNotifierBar.h"
-#include "Platform/Freedesktop/Windowing/FocusEvents.h"
-#include "Platform/Freedesktop/Windowing/X11WindowServer.h"
-#include "Platform/Freedesktop/Windowing/XInputEvents.h"
 #include "Platform/Views/Accessibility.h"
 #include "Services/Local/LocalLogger.h"
 #include "Services/Local/LocalMeetingStore.h"
@@ -29,15 +26,16 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 using namespace velloren;
 
 namespace {
 
-/// The services of this process, from the desktop and the product's files; they go in the reverse order.
+/// The services of this process that the product's files give; they go in the reverse order.
 class ProcessServices {
   public:
-    explicit ProcessServices(const QDBusConnection& bus) {
+    ProcessServices() {
         SharedInstance<RunLoop>::provide([] { return std::make_unique<QtRunLoop>(); });
         SharedInstance<Logger>::provide(
             [] { return std::make_unique<LocalLogger>("menu.log", LocalCrashlytics::recordLine); });
@@ -47,27 +45,12 @@ class ProcessServices {
         SharedInstance<UserManager>::provide([] { return LocalUserManager::ofThisUser(); });
         SharedInstance<Bundle>::provide([] { return Bundle::inFolder(":/bundle"); });
         SharedInstance<UserDefaults>::provide([] { return std::make_unique<UserDefaults>(defaultsFile()); });
-        SharedInstance<Workspace>::provide([bus] {
-            return std::make_unique<DBusWorkspace>(
-                bus, std::vector{VApp(VApp::main).bundleIdentifier(), VApp(VApp::menu).bundleIdentifier()});
-        });
-        SharedInstance<WindowServer>::provide([] { return std::make_unique<X11WindowServer>(); });
-        SharedInstance<GlobalEvents>::provide(&globalEvents);
-        SharedInstance<StatusBar>::provide([bus] {
-            const auto& identifier = VApp(VApp::menu).bundleIdentifier();
-            return std::make_unique<StatusNotifierBar>(bus, QString::fromStdString(identifier),
-                                                       QStringLiteral("Velloren"));
-        });
     }
 
     ProcessServices(const ProcessServices&) = delete;
     ProcessServices& operator=(const ProcessServices&) = delete;
 
     ~ProcessServices() {
-        SharedInstance<StatusBar>::reset();
-        SharedInstance<GlobalEvents>::reset();
-        SharedInstance<WindowServer>::reset();
-        SharedInstance<Workspace>::reset();
         SharedInstance<UserDefaults>::reset();
         SharedInstance<Bundle>::reset();
         SharedInstance<UserManager>::reset();
@@ -79,12 +62,6 @@ class ProcessServices {
     }
 
   private:
-    static std::unique_ptr<GlobalEvents> globalEvents() {
-        if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
-            return std::make_unique<FocusEvents>();
-        return std::make_unique<XInputEvents>();
-    }
-
     static std::filesystem::path defaultsFile() {
         const auto folder = directories::configuration();
         return folder ? *folder / (VApp(VApp::menu).bundleIdentifier() + ".ini") : std::filesystem::path();
@@ -112,12 +89,14 @@ class SessionEnd final : public QObject {
     void busDisconnected() { QCoreApplication::exit(fail("the session bus went away")); }
 };
 
-int runAgent(TerminationSignals& signals) {
+int runAgent(TerminationSignals& signals, SessionDisplay display) {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     Application application;
-    const ProcessServices services(bus);
-    const SessionEnd sessionEnd(bus);
+    const ProcessServices services;
     const std::string& identifier = VApp(VApp::menu).bundleIdentifier();
+    const SessionBackends backends(
+        display, bus, {identifier, "Velloren", {VApp(VApp::main).bundleIdentifier(), identifier}});
+    const SessionEnd sessionEnd(bus);
     const DesktopApplication desktopApplication(bus, identifier, [&application] { application.reopen(); });
     const auto rank = announceRunning(bus, identifier);
     if (!rank)
@@ -148,18 +127,13 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN); // nobody may read standard error any more
     QCoreApplication::setApplicationName(QStringLiteral("velloren-menu"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Velloren"));
-    if (!qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY") &&
-        !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+    auto display = displayOfSession();
+    if (!display)
         return fail("there is no display to show anything on");
-
-    // A Wayland surface has no say in where it goes, and the popover belongs below its icon.
-    const bool prefersX11 =
-        qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
-    if (prefersX11)
-        qputenv("QT_QPA_PLATFORM", "xcb;wayland");
+    std::optional<DisplayChoice> choice(*display);
     const GuiApplication qtApplication(argc, argv);
-    if (prefersX11)
-        qunsetenv("QT_QPA_PLATFORM"); // the programs that links open make their own choice
+    display = choice->made();
+    choice.reset();
     if (!QDBusConnection::sessionBus().isConnected())
         return fail("there is no session bus; start this program from a desktop session");
     QTranslator translator;
@@ -168,7 +142,7 @@ int main(int argc, char** argv) {
     describeWidgetsToAssistivePrograms();
     QApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setDesktopFileName(QString::fromStdString(VApp(VApp::menu).bundleIdentifier()));
-    return runAgent(signals);
+    return runAgent(signals, *display);
 }
 
 #include "main.moc"

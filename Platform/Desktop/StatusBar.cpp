@@ -4,20 +4,9 @@
 #include "Platform/Views/WindowServer.h"
 
 #include <QEvent>
-#include <QGuiApplication>
 #include <QPainter>
-#include <QScreen>
 
 namespace velloren {
-
-namespace {
-
-QPoint placeOfUser() {
-    const auto pointer = WindowServer::shared().pointerLocation();
-    return pointer ? *pointer : QGuiApplication::primaryScreen()->availableGeometry().topRight();
-}
-
-} // namespace
 
 StatusBarButton::StatusBarButton(QSize size) {
     resize(size.expandedTo({1, 1}));
@@ -30,8 +19,11 @@ void StatusBarButton::press(QPoint position) {
 }
 
 QRect StatusBarButton::rectOnScreen(const QRect& rect) const {
+    const auto place = latestPress ? latestPress : WindowServer::shared().pointerLocation();
+    if (!place)
+        return {};
     QRect onScreen(QPoint(), rect.size());
-    onScreen.moveCenter(latestPress ? *latestPress : placeOfUser());
+    onScreen.moveCenter(*place);
     return onScreen;
 }
 

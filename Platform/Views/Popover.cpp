@@ -1,6 +1,7 @@
 #include "Platform/Views/Popover.h"
 
 #include "Platform/Views/PopoverWindow.h"
+#include "Platform/Views/WindowServer.h"
 
 namespace velloren {
 
@@ -20,17 +21,17 @@ void Popover::showRelativeToRect(const QRect& rect, const View& view, RectEdge) 
         return;
     const QRect anchor = view.rectOnScreen(rect);
     if (window) {
-        window->setAnchor(anchor);
+        window->showAt(anchor);
         return;
     }
     controller->viewWillAppear();
-    window = std::make_unique<PopoverWindow>(anchor);
+    window = std::make_unique<PopoverWindow>();
     window->setCloseRequestHandler([this] {
         if (closeRequested)
             closeRequested();
     });
     window->setContent(controller->view());
-    window->show();
+    window->showAt(anchor);
     activate();
     controller->viewDidAppear();
 }
@@ -45,7 +46,7 @@ void Popover::activate() {
 void Popover::performClose() {
     if (!window)
         return;
-    window->hide();
+    WindowServer::shared().hidePopover(*window);
     window->releaseContent();
     // A click on something inside may be what closes the popover: the window is still handling it.
     window.release()->deleteLater();

@@ -2,14 +2,12 @@
 
 #include "Platform/Views/BandedFill.h"
 #include "Platform/Views/PopoverSurroundings.h"
-#include "Platform/Views/WindowServer.h"
 
 #include <QAbstractButton>
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QScreen>
 
 namespace velloren {
 
@@ -101,8 +99,7 @@ void PopoverFrameView::updateShape() {
     shape = bubble.united(arrowShape);
 }
 
-PopoverWindow::PopoverWindow(const QRect& anchor)
-    : frame(this), anchor(anchor), composited(WindowServer::shared().isComposited()) {
+PopoverWindow::PopoverWindow() : frame(this), composited(WindowServer::shared().isComposited()) {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                    Qt::NoDropShadowWindowHint);
     setAttribute(Qt::WA_TranslucentBackground, composited);
@@ -116,7 +113,6 @@ void PopoverWindow::setContent(QWidget& view) {
     content->installEventFilter(this);
     moveToSuperview(*content, &frame);
     content->show();
-    place();
 }
 
 void PopoverWindow::releaseContent() {
@@ -125,24 +121,23 @@ void PopoverWindow::releaseContent() {
     content = nullptr;
 }
 
-void PopoverWindow::setAnchor(const QRect& rect) {
-    anchor = rect;
-    place();
+void PopoverWindow::showAt(const QRect& anchor) {
+    WindowServer::shared().findSite(*this, anchor, [this](const PopoverSite& found) {
+        site = found;
+        place();
+    });
 }
 
 void PopoverWindow::place() {
-    const QScreen* screen = QGuiApplication::screenAt(anchor.center());
-    if (!screen)
-        screen = QGuiApplication::primaryScreen();
+    if (!site)
+        return;
     const QSize size =
         content->sizeHint().expandedTo(content->minimumSize()).boundedTo(content->maximumSize());
-    const PopoverPlacement placement =
-        placePopover(anchor, size, screen->geometry(), screen->availableGeometry());
+    const PopoverPlacement placement = placePopover(site->anchor, size, site->screen, site->available);
 
     const QMargins margins = marginsAround(placement.arrowEdge, composited ? popoverShadowMargin : rimMargin);
     // A window that reaches over the screen's edge gets moved away, too.
-    const QRect geometry = placement.frame.marginsAdded(margins).intersected(screen->geometry());
-    WindowServer::shared().placePopover(*this, geometry);
+    const QRect geometry = placement.frame.marginsAdded(margins).intersected(site->screen);
     frame.setGeometry(placement.frame.translated(-geometry.topLeft()));
     frame.setArrow(placement.arrowEdge, placement.arrowCentre);
     content->setGeometry(frame.contentRect());
@@ -152,6 +147,7 @@ void PopoverWindow::place() {
         const QPainterPath outline = frame.outline()->translated(frame.pos());
         setMask(outline.united(rim.createStroke(outline)).toFillPolygon().toPolygon());
     }
+    WindowServer::shared().showPopover(*this, geometry);
 }
 
 void PopoverWindow::paintEvent(QPaintEvent*) {

@@ -2,6 +2,7 @@
 
 #include "Platform/Views/PopoverPlacement.h"
 #include "Platform/Views/View.h"
+#include "Platform/Views/WindowServer.h"
 
 #include <functional>
 
@@ -43,8 +44,7 @@ class PopoverWindow final : public Window {
     Q_OBJECT
 
   public:
-    /// `anchor` is what the arrow points at, on the screen.
-    explicit PopoverWindow(const QRect& anchor);
+    PopoverWindow();
 
     /// Takes the content in; `releaseContent` gives it back before the window goes.
     void setContent(QWidget& content);
@@ -54,7 +54,9 @@ class PopoverWindow final : public Window {
 
     [[nodiscard]] const PopoverFrameView& frameView() const { return frame; }
 
-    void setAnchor(const QRect& anchor);
+    /// Shows the window, or moves it. `anchor` is what the arrow points at, on the screen; an empty one
+    /// leaves that to the display.
+    void showAt(const QRect& anchor);
 
     void setCloseRequestHandler(std::function<void()> handler) { closeRequested = std::move(handler); }
 
@@ -69,7 +71,7 @@ class PopoverWindow final : public Window {
 
     PopoverFrameView frame;
     QWidget* content = nullptr;
-    QRect anchor;
+    std::optional<PopoverSite> site;
     bool composited;
     std::function<void()> closeRequested;
 };

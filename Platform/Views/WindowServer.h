@@ -1,13 +1,21 @@
 #pragma once
 
 #include <QPoint>
+#include <QRect>
 
+#include <functional>
 #include <optional>
 
-class QRect;
 class QWidget;
 
 namespace velloren {
+
+/// What a popover is placed by.
+struct PopoverSite {
+    QRect anchor;    ///< what its arrow points at
+    QRect screen;    ///< the screen that the anchor is on
+    QRect available; ///< what bars leave free of it, as far as that is known
+};
 
 /// What views need of the display that they are shown on. Lengths and places are in device-independent pixels
 /// of the whole desktop. Main thread only.
@@ -28,11 +36,19 @@ class WindowServer {
     /// translucent window shows black.
     [[nodiscard]] virtual bool isComposited() const = 0;
 
+    using SiteHandler = std::function<void(const PopoverSite&)>;
+
     /// Makes a window that was never shown a popover's: one that its owner alone places.
     virtual void preparePopover(QWidget& window) = 0;
 
-    /// Puts a popover's window at `frame`, at once or when it is shown.
-    virtual void placePopover(QWidget& window, const QRect& frame) = 0;
+    /// Calls `found` with the site of a popover at `anchor`, which is empty where nobody knows what the
+    /// popover belongs to. That is once, at once or a little later; never after the popover was hidden.
+    virtual void findSite(QWidget& window, const QRect& anchor, SiteHandler found) = 0;
+
+    /// Shows a popover's window at `frame`, at once or as soon as the display lets it, or moves it there.
+    virtual void showPopover(QWidget& window, const QRect& frame) = 0;
+
+    virtual void hidePopover(QWidget& window) = 0;
 };
 
 } // namespace velloren

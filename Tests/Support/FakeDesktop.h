@@ -5,6 +5,8 @@
 #include "Platform/Views/WindowServer.h"
 #include "Tests/Support/Installable.h"
 
+#include <QGuiApplication>
+#include <QScreen>
 #include <QWidget>
 
 #include <utility>
@@ -48,7 +50,17 @@ class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer
 
     void preparePopover(QWidget&) override {}
 
-    void placePopover(QWidget& window, const QRect& frame) override { window.setGeometry(frame); }
+    void findSite(QWidget&, const QRect& anchor, SiteHandler found) override {
+        const QScreen& screen = *QGuiApplication::primaryScreen();
+        found({anchor, screen.geometry(), screen.availableGeometry()});
+    }
+
+    void showPopover(QWidget& window, const QRect& frame) override {
+        window.setGeometry(frame);
+        window.show();
+    }
+
+    void hidePopover(QWidget& window) override { window.hide(); }
 };
 
 /// A bar whose item's button is a view nobody shows, or that gives its item no button at all.

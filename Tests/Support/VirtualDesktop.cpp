@@ -1,14 +1,10 @@
 #include "Tests/Support/VirtualDesktop.h"
 
-#include "Platform/Foundation/FatalError.h"
-
 #include <QRegularExpression>
 #include <QString>
 
-#include <chrono>
 #include <csignal>
 #include <fstream>
-#include <thread>
 
 namespace velloren {
 
@@ -38,38 +34,12 @@ constexpr auto panelSettings = R"(<?xml version="1.0" encoding="UTF-8"?>
 </channel>
 )";
 
-/// Waits for a part of the desktop; where it does not come, what `part` printed is the reason.
-void require(const std::function<bool()>& isThere, const char* what, const Process& part) {
-    if (!VirtualDesktop::waitUntil(isThere))
-        fatalError(std::string("the desktop in memory has no ") + what + "\n" + part.output());
-}
-
 } // namespace
 
 VirtualDesktop::VirtualDesktop() {
-    const auto setVariable = [this](const char* name, const std::optional<std::string>& value) {
-        environment.push_back(std::make_unique<EnvironmentVariable>(name, value));
-    };
-    // The bus hands its own environment to what it starts, so that has to be there first.
-    const std::filesystem::path folder = home.path();
-    for (const auto& [name, below] :
-         {std::pair("HOME", "home"), std::pair("XDG_DATA_HOME", "data"),
-          std::pair("XDG_CONFIG_HOME", "config"), std::pair("XDG_STATE_HOME", "state"),
-          std::pair("XDG_CACHE_HOME", "cache"), std::pair("XDG_RUNTIME_DIR", "runtime")}) {
-        std::filesystem::create_directories(folder / below);
-        setVariable(name, folder / below);
-    }
-    std::filesystem::permissions(folder / "runtime", std::filesystem::perms::owner_all);
-    for (const char* name :
-         {"WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORM", "LC_ALL", "LC_TIME"})
-        setVariable(name, std::nullopt);
-    setVariable("LANG", "C.UTF-8");
-    setVariable("NO_AT_BRIDGE", "1");
-    startDisplay();
-    const std::filesystem::path settings = folder / "config/xfce4/xfconf/xfce-perchannel-xml";
+    const std::filesystem::path settings = home / "config/xfce4/xfconf/xfce-perchannel-xml";
     std::filesystem::create_directories(settings);
     std::ofstream(settings / "xfce4-panel.xml") << panelSettings;
-    sessionBus = std::make_unique<PrivateBus>();
     windowManager = start("xfwm4", {"--compositor=on"});
     require(
         [this] {
@@ -79,36 +49,6 @@ VirtualDesktop::VirtualDesktop() {
         },
         "window manager", *windowManager);
     startPanel();
-}
-
-void VirtualDesktop::startDisplay() {
-    const auto numberFile = home / "number";
-    const std::string size = std::to_string(width) + "x" + std::to_string(height) + "x24";
-    const std::vector<std::string> command{"sh", "-c",
-                                           "exec Xvfb -displayfd 3 -nolisten tcp -noreset -screen 0 " + size +
-                                               " 3>" + numberFile.string()};
-    display = std::make_unique<Process>(command, Process::Environment(), home / "Xvfb");
-    std::string number;
-    require([&] { return static_cast<bool>(std::getline(std::ifstream(numberFile), number)); }, "X server",
-            *display);
-    environment.push_back(std::make_unique<EnvironmentVariable>("DISPLAY", ":" + number));
-}
-
-std::unique_ptr<Process> VirtualDesktop::start(const std::string& name,
-                                               const std::vector<std::string>& options) {
-    std::vector<std::string> arguments{name};
-    arguments.insert(arguments.end(), options.begin(), options.end());
-    const std::filesystem::path program(name);
-    return std::make_unique<Process>(arguments, Process::Environment(), folder() / program.filename());
-}
-
-int VirtualDesktop::run(const std::vector<std::string>& arguments, std::string* output) const {
-    const TemporaryDirectory temporary;
-    Process process(arguments, {}, temporary / "output");
-    const int status = process.wait();
-    if (output)
-        *output = process.output();
-    return status;
 }
 
 void VirtualDesktop::startPanel() {
@@ -135,19 +75,6 @@ int VirtualDesktop::itemCount() const {
          "string:org.kde.StatusNotifierWatcher", "string:RegisteredStatusNotifierItems"},
         &output);
     return int(QString::fromStdString(output).count(QStringLiteral("string \"")));
-}
-
-void VirtualDesktop::moveTo(QPoint place) const {
-    run({"xdotool", "mousemove", std::to_string(place.x()), std::to_string(place.y())});
-}
-
-void VirtualDesktop::click(QPoint place, int button) const {
-    run({"xdotool", "mousemove", std::to_string(place.x()), std::to_string(place.y()), "click",
-         std::to_string(button)});
-}
-
-void VirtualDesktop::type(const std::string& key) const {
-    run({"xdotool", "key", key});
 }
 
 std::optional<QRect> VirtualDesktop::popover() const {
@@ -186,29 +113,12 @@ bool VirtualDesktop::isViewable(const std::string& window) const {
     return state.find("IsViewable") != std::string::npos;
 }
 
-QImage VirtualDesktop::screen() const {
-    const TemporaryDirectory temporary;
-    const auto file = temporary / "screen.png";
-    run({"import", "-window", "root", file.string()});
-    return QImage(QString::fromStdString(file.string()));
-}
-
 bool VirtualDesktop::isHighlight(QColor color) {
     return color.blue() > 200 && color.red() < 100; // the panel blends it a little
 }
 
 bool VirtualDesktop::iconIsHighlighted() const {
     return isHighlight(screen().pixelColor(icon - aboveGlyph));
-}
-
-bool VirtualDesktop::waitUntil(const std::function<bool()>& condition) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > limit)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return true;
 }
 
 } // namespace velloren

@@ -3,6 +3,8 @@
 #include "Platform/Freedesktop/Windowing/X11Display.h"
 
 #include <QCursor>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QWidget>
 #include <xcb/xcb.h>
 
@@ -25,8 +27,22 @@ void X11WindowServer::preparePopover(QWidget& window) {
     window.setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
 }
 
-void X11WindowServer::placePopover(QWidget& window, const QRect& frame) {
+void X11WindowServer::findSite(QWidget&, const QRect& anchor, SiteHandler found) {
+    const QScreen* screen = QGuiApplication::screenAt(anchor.center());
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    const QRect available = screen->availableGeometry();
+    found({anchor.isEmpty() ? QRect(available.topRight(), QSize(1, 1)) : anchor, screen->geometry(),
+           available});
+}
+
+void X11WindowServer::showPopover(QWidget& window, const QRect& frame) {
     window.setGeometry(frame);
+    window.show();
+}
+
+void X11WindowServer::hidePopover(QWidget& window) {
+    window.hide();
 }
 
 } // namespace velloren

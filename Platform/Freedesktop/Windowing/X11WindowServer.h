@@ -11,7 +11,9 @@ class X11WindowServer final : public WindowServer {
     [[nodiscard]] std::optional<QPoint> pointerLocation() const override;
     [[nodiscard]] bool isComposited() const override;
     void preparePopover(QWidget& window) override;
-    void placePopover(QWidget& window, const QRect& frame) override;
+    void findSite(QWidget& window, const QRect& anchor, SiteHandler found) override;
+    void showPopover(QWidget& window, const QRect& frame) override;
+    void hidePopover(QWidget& window) override;
 };
 
 } // namespace velloren

@@ -1,0 +1,57 @@
+#include "Platform/Freedesktop/Backends/SessionDisplay.h"
+
+#include "Platform/Freedesktop/Windowing/LayerShell.h"
+
+#include <QGuiApplication>
+
+namespace velloren {
+
+namespace {
+
+constexpr std::chrono::milliseconds patienceWithCompositor{500};
+
+constexpr auto platformVariable = "QT_QPA_PLATFORM";
+// Has Qt keep in mind where on the desktop a window is, and its menus with it, once it was placed.
+constexpr auto positionsVariable = "QT_WAYLAND_DISABLE_FIXED_POSITIONS";
+
+bool isOnWayland(SessionDisplay display) {
+    return display == SessionDisplay::LayerShell || display == SessionDisplay::Wayland;
+}
+
+} // namespace
+
+std::optional<SessionDisplay> displayOfSession() {
+    const QByteArray usersPlatform = qgetenv(platformVariable);
+    const bool hasWayland = qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    const bool mayUseWayland = hasWayland && (usersPlatform.isEmpty() || usersPlatform.startsWith("wayland"));
+    if (mayUseWayland && compositorHasLayerShell(patienceWithCompositor))
+        return SessionDisplay::LayerShell;
+    if (mayUseWayland && (!usersPlatform.isEmpty() || !qEnvironmentVariableIsSet("DISPLAY")))
+        return SessionDisplay::Wayland;
+    if (!qEnvironmentVariableIsSet("DISPLAY") && usersPlatform.isEmpty())
+        return std::nullopt;
+    return hasWayland ? SessionDisplay::XWayland : SessionDisplay::X11;
+}
+
+DisplayChoice::DisplayChoice(SessionDisplay display)
+    : display(display), usersPlatform(qgetenv(platformVariable)) {
+    if (display == SessionDisplay::LayerShell)
+        qputenv(positionsVariable, "1");
+    if (usersPlatform.isEmpty())
+        qputenv(platformVariable, isOnWayland(display) ? "wayland;xcb" : "xcb;wayland");
+}
+
+DisplayChoice::~DisplayChoice() {
+    qunsetenv(positionsVariable);
+    if (usersPlatform.isEmpty())
+        qunsetenv(platformVariable);
+}
+
+SessionDisplay DisplayChoice::made() const {
+    const bool onWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+    if (onWayland == isOnWayland(display))
+        return display;
+    return onWayland ? SessionDisplay::Wayland : SessionDisplay::XWayland;
+}
+
+} // namespace velloren

@@ -1,0 +1,269 @@
+#include "Platform/Freedesktop/Windowing/LayerShell.h"
+
+#include "layer-shell-client-protocol.h"
+#include "viewporter-client-protocol.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWindow>
+#include <qpa/qplatformnativeinterface.h>
+
+#include <algorithm>
+#include <poll.h>
+#include <string_view>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <utility>
+#include <wayland-client.h>
+
+namespace velloren {
+
+namespace {
+
+constexpr std::uint32_t layerShellVersion = 4; // the first in which the keyboard can be taken on demand
+
+const char* nameOf(const wl_interface& interface) {
+    return interface.name;
+}
+
+template <class Object>
+Object* native(const char* what, QScreen* screen) {
+    return static_cast<Object*>(
+        QGuiApplication::platformNativeInterface()->nativeResourceForScreen(what, screen));
+}
+
+wl_display* displayOfQt() {
+    return static_cast<wl_display*>(
+        QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("wl_display"));
+}
+
+/// Reads what the compositor says within the limit; no more than one message's worth of patience.
+bool dispatchBefore(wl_display* display, std::chrono::steady_clock::time_point limit) {
+    while (wl_display_prepare_read(display) != 0) {
+        if (wl_display_dispatch_pending(display) < 0)
+            return false;
+    }
+    wl_display_flush(display);
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(limit - std::chrono::steady_clock::now());
+    pollfd descriptor{wl_display_get_fd(display), POLLIN, 0};
+    if (poll(&descriptor, 1, int(std::max<std::int64_t>(left.count(), 0))) <= 0) {
+        wl_display_cancel_read(display);
+        return false;
+    }
+    return wl_display_read_events(display) == 0 && wl_display_dispatch_pending(display) >= 0;
+}
+
+struct Question {
+    bool hasLayerShell = false;
+    bool answered = false;
+};
+
+/// Memory of one transparent pixel.
+WaylandOwned<wl_buffer> transparentBuffer(wl_shm& memory, QSize size) {
+    const int stride = size.width() * 4;
+    const int length = stride * size.height();
+    const int file = memfd_create("nothing", MFD_CLOEXEC);
+    if (file < 0 || ftruncate(file, length) != 0) {
+        close(file);
+        return nullptr;
+    }
+    wl_shm_pool* pool = wl_shm_create_pool(&memory, file, length);
+    WaylandOwned<wl_buffer> buffer(
+        wl_shm_pool_create_buffer(pool, 0, size.width(), size.height(), stride, WL_SHM_FORMAT_ARGB8888));
+    wl_shm_pool_destroy(pool);
+    close(file);
+    return buffer;
+}
+
+constexpr std::uint32_t largestLength = 0x7fff;
+
+constexpr std::uint32_t allEdges = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
+                                   ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
+
+} // namespace
+
+void WaylandRelease::operator()(wl_buffer* buffer) const {
+    wl_buffer_destroy(buffer);
+}
+
+void WaylandRelease::operator()(wl_compositor* compositor) const {
+    wl_compositor_destroy(compositor);
+}
+
+void WaylandRelease::operator()(wl_display* display) const {
+    wl_display_disconnect(display);
+}
+
+void WaylandRelease::operator()(wl_registry* registry) const {
+    wl_registry_destroy(registry);
+}
+
+void WaylandRelease::operator()(wl_shm* memory) const {
+    wl_shm_destroy(memory);
+}
+
+void WaylandRelease::operator()(wl_surface* surface) const {
+    wl_surface_destroy(surface);
+}
+
+void WaylandRelease::operator()(wp_viewport* viewport) const {
+    wp_viewport_destroy(viewport);
+}
+
+void WaylandRelease::operator()(wp_viewporter* viewporter) const {
+    wp_viewporter_destroy(viewporter);
+}
+
+void WaylandRelease::operator()(zwlr_layer_shell_v1* shell) const {
+    zwlr_layer_shell_v1_destroy(shell);
+}
+
+void WaylandRelease::operator()(zwlr_layer_surface_v1* surface) const {
+    zwlr_layer_surface_v1_destroy(surface);
+}
+
+bool compositorHasLayerShell(std::chrono::milliseconds limit) {
+    const WaylandOwned<wl_display> display(wl_display_connect(nullptr));
+    if (!display)
+        return false;
+    Question question;
+    static constexpr wl_registry_listener registryListener{
+        [](void* data, wl_registry*, std::uint32_t, const char* interface, std::uint32_t version) {
+            if (interface == std::string_view(nameOf(zwlr_layer_shell_v1_interface)))
+                static_cast<Question*>(data)->hasLayerShell = version >= layerShellVersion;
+        },
+        [](void*, wl_registry*, std::uint32_t) {}};
+    static constexpr wl_callback_listener answerListener{
+        [](void* data, wl_callback*, std::uint32_t) { static_cast<Question*>(data)->answered = true; }};
+    const WaylandOwned<wl_registry> registry(wl_display_get_registry(display.get()));
+    wl_registry_add_listener(registry.get(), &registryListener, &question);
+    wl_callback* answer = wl_display_sync(display.get());
+    wl_callback_add_listener(answer, &answerListener, &question);
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!question.answered && dispatchBefore(display.get(), end)) {
+    }
+    wl_callback_destroy(answer);
+    return question.answered && question.hasLayerShell;
+}
+
+LayerShell::LayerShell() : registry(wl_display_get_registry(displayOfQt())) {
+    static constexpr wl_registry_listener listener{
+        [](void* self, wl_registry*, std::uint32_t name, const char* interface, std::uint32_t version) {
+            static_cast<LayerShell*>(self)->bind(name, interface, version);
+        },
+        [](void*, wl_registry*, std::uint32_t) {}};
+    wl_registry_add_listener(registry.get(), &listener, this);
+}
+
+LayerShell::~LayerShell() = default;
+
+void LayerShell::bind(std::uint32_t name, std::string_view interface, std::uint32_t version) {
+    const auto take = [&]<class Object>(WaylandOwned<Object>& global, const wl_interface& wanted,
+                                        std::uint32_t wantedVersion) {
+        if (interface != wanted.name || version < wantedVersion)
+            return;
+        global.reset(static_cast<Object*>(wl_registry_bind(registry.get(), name, &wanted, wantedVersion)));
+    };
+    take(compositor, wl_compositor_interface, 4);
+    take(memory, wl_shm_interface, 1);
+    take(viewporter, wp_viewporter_interface, 1);
+    take(shell, zwlr_layer_shell_v1_interface, layerShellVersion);
+}
+
+WaylandOwned<wl_surface> LayerShell::newSurface() const {
+    return WaylandOwned<wl_surface>(wl_compositor_create_surface(compositor.get()));
+}
+
+std::shared_ptr<void> LayerShell::showNothing(wl_surface& surface, QSize size) const {
+    struct Shown {
+        WaylandOwned<wl_buffer> buffer;
+        WaylandOwned<wp_viewport> viewport;
+    };
+
+    // One pixel stands for all of them where the compositor can stretch it.
+    auto shown = std::make_shared<Shown>();
+    shown->buffer = transparentBuffer(*memory, viewporter ? QSize(1, 1) : size);
+    if (!shown->buffer)
+        return nullptr;
+    if (viewporter) {
+        shown->viewport.reset(wp_viewporter_get_viewport(viewporter.get(), &surface));
+        wp_viewport_set_destination(shown->viewport.get(), size.width(), size.height());
+    }
+    wl_surface_set_buffer_scale(&surface, 1);
+    wl_surface_attach(&surface, shown->buffer.get(), 0, 0);
+    wl_surface_damage(&surface, 0, 0, size.width(), size.height());
+    wl_surface_commit(&surface);
+    return shown;
+}
+
+void LayerShell::letThrough(wl_surface& surface, const QRegion& holes) const {
+    wl_region* region = wl_compositor_create_region(compositor.get());
+    wl_region_add(region, 0, 0, int(largestLength), int(largestLength));
+    for (const QRect& hole : holes)
+        wl_region_subtract(region, hole.left(), hole.top(), hole.width(), hole.height());
+    wl_surface_set_input_region(&surface, region);
+    wl_surface_commit(&surface);
+    wl_region_destroy(region);
+}
+
+wl_surface* surfaceOf(QWindow& window) {
+    window.create();
+    return static_cast<wl_surface*>(
+        QGuiApplication::platformNativeInterface()->nativeResourceForWindow("surface", &window));
+}
+
+LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Handlers handlers)
+    : surface(surface), handlers(std::move(handlers)),
+      role(zwlr_layer_shell_v1_get_layer_surface(shell.layerShell(), &surface,
+                                                 native<wl_output>("output", &screen),
+                                                 ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, "popover")) {
+    static constexpr zwlr_layer_surface_v1_listener listener{
+        &LayerSurface::configure, [](void* self, zwlr_layer_surface_v1*) {
+            if (const auto& closed = static_cast<LayerSurface*>(self)->handlers.closed)
+                closed();
+        }};
+    zwlr_layer_surface_v1_add_listener(role.get(), &listener, this);
+}
+
+LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Bars bars,
+                           Handlers handlers)
+    : LayerSurface(shell, surface, screen, std::move(handlers)) {
+    zwlr_layer_surface_v1_set_anchor(role.get(), allEdges);
+    zwlr_layer_surface_v1_set_exclusive_zone(role.get(), bars == Bars::Avoid ? 0 : -1);
+    wl_surface_commit(&surface);
+}
+
+LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, const QRect& frame,
+                           Handlers handlers)
+    : LayerSurface(shell, surface, screen, std::move(handlers)) {
+    zwlr_layer_surface_v1_set_anchor(role.get(),
+                                     ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT);
+    zwlr_layer_surface_v1_set_exclusive_zone(role.get(), -1);
+    zwlr_layer_surface_v1_set_keyboard_interactivity(role.get(),
+                                                     ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_ON_DEMAND);
+    moveTo(frame);
+}
+
+LayerSurface::~LayerSurface() = default;
+
+void LayerSurface::moveTo(const QRect& frame) {
+    if (std::exchange(placedAt, frame) == frame)
+        return;
+    zwlr_layer_surface_v1_set_margin(role.get(), frame.top(), 0, 0, frame.left());
+    zwlr_layer_surface_v1_set_size(role.get(), std::uint32_t(frame.width()), std::uint32_t(frame.height()));
+    wl_surface_commit(&surface);
+}
+
+void LayerSurface::configure(void* self, zwlr_layer_surface_v1* role, std::uint32_t serial,
+                             std::uint32_t width, std::uint32_t height) {
+    zwlr_layer_surface_v1_ack_configure(role, serial);
+    auto* const surface = static_cast<LayerSurface*>(self);
+    const QSize size(int(std::min(width, largestLength)), int(std::min(height, largestLength)));
+    if (surface->configuredSize == size)
+        return; // some compositors say so after every commit of whichever surface
+    surface->configuredSize = size;
+    surface->handlers.configured(size);
+}
+
+} // namespace velloren

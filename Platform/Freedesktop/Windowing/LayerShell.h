@@ -1,0 +1,120 @@
+#pragma once
+
+#include <QRect>
+#include <QRegion>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+class QScreen;
+class QWindow;
+struct wl_buffer;
+struct wl_compositor;
+struct wl_display;
+struct wl_registry;
+struct wl_shm;
+struct wl_surface;
+struct wp_viewport;
+struct wp_viewporter;
+struct zwlr_layer_shell_v1;
+struct zwlr_layer_surface_v1;
+
+namespace velloren {
+
+/// Deletes what the compositor keeps for this process.
+struct WaylandRelease {
+    void operator()(wl_buffer* buffer) const;
+    void operator()(wl_compositor* compositor) const;
+    void operator()(wl_display* display) const;
+    void operator()(wl_registry* registry) const;
+    void operator()(wl_shm* memory) const;
+    void operator()(wl_surface* surface) const;
+    void operator()(wp_viewport* viewport) const;
+    void operator()(wp_viewporter* viewporter) const;
+    void operator()(zwlr_layer_shell_v1* shell) const;
+    void operator()(zwlr_layer_surface_v1* surface) const;
+};
+
+template <class Object>
+using WaylandOwned = std::unique_ptr<Object, WaylandRelease>;
+
+/// Whether the compositor of this session lets programs place surfaces of the desktop's own kind. Asked on a
+/// connection of its own, before Qt has one; a compositor that does not answer within `limit` has not.
+[[nodiscard]] bool compositorHasLayerShell(std::chrono::milliseconds limit);
+
+/// What of the compositor that Qt is connected to makes surfaces and gives them roles. Qt has to be on
+/// Wayland. Main thread only.
+class LayerShell final {
+  public:
+    LayerShell();
+    LayerShell(const LayerShell&) = delete;
+    LayerShell& operator=(const LayerShell&) = delete;
+    ~LayerShell();
+
+    /// Whether the compositor has told of all that is needed here; it does so soon after the start.
+    [[nodiscard]] bool isReady() const { return compositor && memory && shell; }
+
+    [[nodiscard]] zwlr_layer_shell_v1* layerShell() const { return shell.get(); }
+
+    /// A surface that is not one of Qt's.
+    [[nodiscard]] WaylandOwned<wl_surface> newSurface() const;
+
+    /// Shows nothing, `size` large, on a surface that Qt never draws on; it takes the pointer all the same.
+    /// What is returned has to live as long as the surface shows that.
+    [[nodiscard]] std::shared_ptr<void> showNothing(wl_surface& surface, QSize size) const;
+
+    /// Has the surface take the pointer everywhere but there.
+    void letThrough(wl_surface& surface, const QRegion& holes) const;
+
+  private:
+    void bind(std::uint32_t name, std::string_view interface, std::uint32_t version);
+
+    WaylandOwned<wl_registry> registry;
+    WaylandOwned<wl_compositor> compositor;
+    WaylandOwned<wl_shm> memory;
+    WaylandOwned<wp_viewporter> viewporter;
+    WaylandOwned<zwlr_layer_shell_v1> shell;
+};
+
+/// The surface of a window whose flags have Qt::BypassWindowManagerHint, which Qt leaves without a role.
+[[nodiscard]] wl_surface* surfaceOf(QWindow& window);
+
+/// A surface in the role of a part of the desktop, above everything else on one screen. It is there once it
+/// was configured and something was drawn on it. Lives shorter than its wl_surface. Main thread only.
+class LayerSurface final {
+  public:
+    enum class Bars { Avoid, Ignore };
+
+    struct Handlers {
+        /// The compositor gives the surface this size; called again whenever it changes.
+        std::function<void(QSize)> configured;
+        /// The compositor has taken the surface away, with its screen for instance.
+        std::function<void()> closed;
+    };
+
+    /// One as large as the screen, or as what bars leave free of it.
+    LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Bars bars, Handlers handlers);
+    /// One at `frame`, from the screen's top left corner; it takes the keyboard when the user gives it.
+    LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, const QRect& frame,
+                 Handlers handlers);
+    LayerSurface(const LayerSurface&) = delete;
+    LayerSurface& operator=(const LayerSurface&) = delete;
+    ~LayerSurface();
+
+    void moveTo(const QRect& frame);
+
+  private:
+    LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Handlers handlers);
+
+    static void configure(void* self, zwlr_layer_surface_v1* role, std::uint32_t serial, std::uint32_t width,
+                          std::uint32_t height);
+
+    wl_surface& surface;
+    Handlers handlers;
+    QSize configuredSize;
+    QRect placedAt;
+    WaylandOwned<zwlr_layer_surface_v1> role;
+};
+
+} // namespace velloren

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Platform/Freedesktop/Windowing/LayerShell.h"
+#include "Platform/Views/WindowServer.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+
+#include <memory>
+#include <vector>
+
+namespace velloren {
+
+class PressCatcher;
+
+/// A Wayland compositor with a layer shell. Nobody tells there where the pointer is, and where the bars are,
+/// and what is pressed outside one's own surfaces. So a popover comes with a transparent surface over every
+/// screen: the compositor says where on it the pointer is, and gives it the presses, which therefore have no
+/// other effect than to close the popover. Losing the keyboard's focus would not do instead: on compositors
+/// where it follows the pointer it is lost on the way from the bar to the popover.
+///
+/// Known is thus the pointer, and the size of what the bars of a screen leave free; which side they are at is
+/// guessed (BarGuess). The pointer is believed first, as hosts count in whatever they like, within the icon
+/// even. The place of the latest press serves when there is none, and the pointer is somewhere else.
+///
+/// The popover stays on its screen when the workspace there changes. Qt's own pop-ups become parts of it.
+class LayerWindowServer final : public QObject, public WindowServer {
+    Q_OBJECT
+
+  public:
+    LayerWindowServer();
+    ~LayerWindowServer() override;
+
+    /// Is told of presses outside the popover's window while it is shown.
+    void setPressHandler(std::function<void(Qt::MouseButton, QPoint)> handler);
+
+    [[nodiscard]] std::optional<QPoint> pointerLocation() const override { return std::nullopt; }
+
+    [[nodiscard]] bool isComposited() const override { return true; }
+
+    void preparePopover(QWidget& window) override;
+    void findSite(QWidget& window, const QRect& anchor, SiteHandler found) override;
+    void showPopover(QWidget& window, const QRect& frame) override;
+    void hidePopover(QWidget& window) override;
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    struct ScreenView;
+
+    void lookAtScreen(QScreen& screen);
+    void answerWhenKnown();
+    void answer();
+    [[nodiscard]] PopoverSite site();
+    [[nodiscard]] std::optional<QPoint> placeOfUser(const QRect& anchor) const;
+    [[nodiscard]] bool isInBar(QPoint place) const;
+    [[nodiscard]] const ScreenView* viewAt(QPoint place) const;
+    void takeIn(QWidget& popUp);
+    void leaveOutOwnWindows();
+
+    LayerShell shell;
+    std::function<void(Qt::MouseButton, QPoint)> pressed;
+    std::vector<std::unique_ptr<ScreenView>> views;
+    QTimer patience;
+    QRect askedAnchor;
+    SiteHandler asked;
+    std::optional<QPoint> latestPlace;
+    QPointer<QWidget> popover;
+    std::vector<QPointer<QWidget>> popUps;
+    std::unique_ptr<LayerSurface> role;
+    bool takingIn = false;
+};
+
+} // namespace velloren

@@ -1,0 +1,70 @@
+#include "Platform/Freedesktop/Windowing/PressCatcher.h"
+
+#include <QEnterEvent>
+#include <QMouseEvent>
+#include <QScreen>
+
+#include <utility>
+
+namespace velloren {
+
+namespace {
+
+/// A window's surface needs its flags first. Never shown as Qt understands it, the window is never drawn on:
+/// a picture of the whole screen would be large.
+wl_surface& surfaceOver(QScreen& screen, QWindow& window) {
+    window.setFlags(Qt::FramelessWindowHint | Qt::BypassWindowManagerHint);
+    window.setGeometry(screen.geometry());
+    return *surfaceOf(window);
+}
+
+} // namespace
+
+PressCatcher::PressCatcher(const LayerShell& shell, QScreen& screen, Handlers handlers)
+    : QWindow(&screen), shell(shell), handlers(std::move(handlers)), surface(surfaceOver(screen, *this)),
+      role(std::make_unique<LayerSurface>(shell, surface, screen, LayerSurface::Bars::Ignore,
+                                          LayerSurface::Handlers{[this](QSize size) {
+                                                                     shown.reset(); // there may be one only
+                                                                     shown = this->shell.showNothing(surface,
+                                                                                                     size);
+                                                                 },
+                                                                 nullptr})) {}
+
+PressCatcher::~PressCatcher() {
+    // The roles have to go before the surface.
+    shown.reset();
+    role.reset();
+}
+
+void PressCatcher::leaveOut(const QRegion& places) {
+    shell.letThrough(surface, places.translated(-position()));
+}
+
+bool PressCatcher::event(QEvent* event) {
+    switch (event->type()) {
+    case QEvent::Enter:
+        pointerIsAt(static_cast<QEnterEvent*>(event)->position());
+        return true;
+    case QEvent::Leave:
+        pointerPlace.reset();
+        return true;
+    case QEvent::MouseButtonPress: {
+        const auto* press = static_cast<QMouseEvent*>(event);
+        handlers.pressed(press->button(), position() + press->position().toPoint());
+        return true;
+    }
+    case QEvent::TouchBegin:
+        handlers.pressed(Qt::LeftButton,
+                         position() + static_cast<QTouchEvent*>(event)->point(0).position().toPoint());
+        return true;
+    default:
+        return QWindow::event(event);
+    }
+}
+
+void PressCatcher::pointerIsAt(QPointF place) {
+    pointerPlace = position() + place.toPoint();
+    handlers.pointerKnown();
+}
+
+} // namespace velloren

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Platform/Freedesktop/Windowing/LayerShell.h"
+
+#include <QPoint>
+#include <QWindow>
+
+#include <functional>
+#include <optional>
+
+namespace velloren {
+
+/// A transparent surface over a whole screen, bars and fullscreen windows included. The compositor tells it
+/// where the pointer is, and gives it what is pressed there. Main thread only.
+class PressCatcher final : public QWindow {
+    Q_OBJECT
+
+  public:
+    struct Handlers {
+        std::function<void()> pointerKnown;
+        std::function<void(Qt::MouseButton, QPoint)> pressed; ///< touches are the left button's
+    };
+
+    PressCatcher(const LayerShell& shell, QScreen& screen, Handlers handlers);
+    ~PressCatcher() override;
+
+    /// Where the pointer is, on the whole desktop; none while it is not over this screen, as far as the
+    /// compositor has told.
+    [[nodiscard]] std::optional<QPoint> pointer() const { return pointerPlace; }
+
+    /// Leaves what is pressed there, on the whole desktop, to the surfaces that show something there: the
+    /// order of those that share a layer is the compositor's to choose.
+    void leaveOut(const QRegion& places);
+
+  protected:
+    bool event(QEvent* event) override;
+
+  private:
+    void pointerIsAt(QPointF place);
+
+    const LayerShell& shell;
+    Handlers handlers;
+    wl_surface& surface;
+    std::optional<QPoint> pointerPlace;
+    std::unique_ptr<LayerSurface> role;
+    std::shared_ptr<void> shown;
+};
+
+} // namespace velloren

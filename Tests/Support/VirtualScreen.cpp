@@ -1,0 +1,103 @@
+#include "Tests/Support/VirtualScreen.h"
+
+#include "Platform/Foundation/FatalError.h"
+
+#include <QString>
+
+#include <chrono>
+#include <fstream>
+#include <thread>
+
+namespace velloren {
+
+VirtualScreen::VirtualScreen() {
+    // The bus hands its own environment to what it starts, so that has to be there first.
+    const std::filesystem::path folder = home.path();
+    for (const auto& [name, below] :
+         {std::pair("HOME", "home"), std::pair("XDG_DATA_HOME", "data"),
+          std::pair("XDG_CONFIG_HOME", "config"), std::pair("XDG_STATE_HOME", "state"),
+          std::pair("XDG_CACHE_HOME", "cache"), std::pair("XDG_RUNTIME_DIR", "runtime")}) {
+        std::filesystem::create_directories(folder / below);
+        setVariable(name, folder / below);
+    }
+    std::filesystem::permissions(folder / "runtime", std::filesystem::perms::owner_all);
+    for (const char* name :
+         {"WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORM", "LC_ALL", "LC_TIME"})
+        setVariable(name, std::nullopt);
+    setVariable("LANG", "C.UTF-8");
+    setVariable("NO_AT_BRIDGE", "1");
+    startDisplay();
+    sessionBus = std::make_unique<PrivateBus>();
+}
+
+void VirtualScreen::setVariable(const char* name, const std::optional<std::string>& value) {
+    environment.push_back(std::make_unique<EnvironmentVariable>(name, value));
+}
+
+void VirtualScreen::require(const std::function<bool()>& isThere, const char* what, const Process& part) {
+    if (!waitUntil(isThere))
+        fatalError(std::string("the desktop in memory has no ") + what + "\n" + part.output());
+}
+
+void VirtualScreen::startDisplay() {
+    const auto numberFile = home / "number";
+    const std::string size = std::to_string(width) + "x" + std::to_string(height) + "x24";
+    const std::vector<std::string> command{"sh", "-c",
+                                           "exec Xvfb -displayfd 3 -nolisten tcp -noreset -screen 0 " + size +
+                                               " 3>" + numberFile.string()};
+    display = std::make_unique<Process>(command, Process::Environment(), home / "Xvfb");
+    std::string number;
+    require([&] { return static_cast<bool>(std::getline(std::ifstream(numberFile), number)); }, "X server",
+            *display);
+    setVariable("DISPLAY", ":" + number);
+}
+
+std::unique_ptr<Process> VirtualScreen::start(const std::string& name,
+                                              const std::vector<std::string>& options,
+                                              const Process::Environment& changes) {
+    std::vector<std::string> arguments{name};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const std::filesystem::path program(name);
+    return std::make_unique<Process>(arguments, changes, folder() / program.filename());
+}
+
+int VirtualScreen::run(const std::vector<std::string>& arguments, std::string* output) const {
+    const TemporaryDirectory temporary;
+    Process process(arguments, {}, temporary / "output");
+    const int status = process.wait();
+    if (output)
+        *output = process.output();
+    return status;
+}
+
+void VirtualScreen::moveTo(QPoint place) const {
+    run({"xdotool", "mousemove", std::to_string(place.x()), std::to_string(place.y())});
+}
+
+void VirtualScreen::click(QPoint place, int button) const {
+    run({"xdotool", "mousemove", std::to_string(place.x()), std::to_string(place.y()), "click",
+         std::to_string(button)});
+}
+
+void VirtualScreen::type(const std::string& key) const {
+    run({"xdotool", "key", key});
+}
+
+QImage VirtualScreen::screen() const {
+    const TemporaryDirectory temporary;
+    const auto file = temporary / "screen.png";
+    run({"import", "-window", "root", file.string()});
+    return QImage(QString::fromStdString(file.string()));
+}
+
+bool VirtualScreen::waitUntil(const std::function<bool()>& condition) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > limit)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
+} // namespace velloren
