@@ -147,6 +147,19 @@ TEST_F(PopoverOnPanel, ClosesInAWaylandSessionWhenItLosesTheFocus) {
     EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.iconIsHighlighted(); }));
 }
 
+TEST_F(PopoverOnPanel, GoesAlongToAnotherWorkspace) {
+    desktop.run({"xdotool", "set_num_desktops", "2"});
+    startAgent();
+    openPopover();
+    desktop.run({"xdotool", "set_desktop", "1"});
+    ASSERT_TRUE(desktop.waitUntil([this] {
+        std::string current;
+        return desktop.run({"xdotool", "get_desktop"}, &current) == 0 && current == "1\n";
+    }));
+    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.popover().has_value(); }));
+    EXPECT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::icon); }));
+}
+
 TEST_F(PopoverOnPanel, HangsBelowThePanelWithItsArrowAtTheIcon) {
     startAgent();
     openPopover();

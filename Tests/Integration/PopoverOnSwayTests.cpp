@@ -12,7 +12,12 @@ constexpr QPoint elsewhere(300, 500);
 /// small.
 class PopoverOnSway : public ::testing::Test {
   protected:
-    void startDesktop(const SwayDesktop::Options& options = {}) {
+    ~PopoverOnSway() override {
+        if (HasFailure() && desktop)
+            desktop->screen().save(QStringLiteral("PopoverOnSway.png"));
+    }
+
+    void startDesktop(const SwayOptions& options = {}) {
         agent.reset();
         desktop.emplace(options);
         agent = desktop->start(VELLOREN_BINARIES "/velloren-menu");
@@ -51,7 +56,7 @@ class PopoverOnSway : public ::testing::Test {
 
 TEST_F(PopoverOnSway, StandsAtTheBarWithItsArrowAtTheIcon) {
     struct Case {
-        SwayDesktop::Options options;
+        SwayOptions options;
         int scale;
         QPoint towardsPopover;
     };

@@ -13,14 +13,16 @@ namespace fs = std::filesystem;
 
 constexpr uid_t nobody = 65534;
 constexpr QRgb popoverGrey = qRgb(236, 236, 236);
+constexpr QRgb barGreen = qRgb(0, 160, 0);
 
-/// What of the picture has one of the colours; none where nothing has.
-template <class Predicate>
-std::optional<QRect> boundsOf(const QImage& picture, Predicate has) {
+enum class Colored { Like, Unlike };
+
+/// Where the picture has that colour, or any other one; none where nothing has.
+std::optional<QRect> boundsOf(const QImage& picture, QRgb color, Colored colored) {
     QRect bounds;
     for (int y = 0; y < picture.height(); ++y) {
         for (int x = 0; x < picture.width(); ++x) {
-            if (has(picture.pixel(x, y)))
+            if ((picture.pixel(x, y) == color) == (colored == Colored::Like))
                 bounds |= QRect(x, y, 1, 1);
         }
     }
@@ -29,7 +31,7 @@ std::optional<QRect> boundsOf(const QImage& picture, Predicate has) {
 
 } // namespace
 
-SwayDesktop::SwayDesktop(const Options& options) {
+SwayDesktop::SwayDesktop(const SwayOptions& options) {
     startCompositor(options.configuration);
     startBar(options.barSide);
 }
@@ -73,20 +75,21 @@ void SwayDesktop::startBar(const std::string& side) {
     std::ofstream(file) << R"({"layer": "top", "position": ")" << side << R"(", ")"
                         << (upright ? "width" : "height") << R"(": )" << barThickness
                         << R"(, "modules-center": ["tray"], "tray": {"icon-size": 22}})";
-    std::ofstream(style) << "window { background: #202020; min-height: 0; min-width: 0; }";
+    std::ofstream(style) << "window { background: #00a000; min-height: 0; min-width: 0; }";
     bar = start("waybar", {"-c", file, "-s", style});
 }
 
 std::optional<QRect> SwayDesktop::icon() const {
-    // The glyph's own black, or the blue of its highlight.
-    const auto found = boundsOf(screen(), [](QRgb pixel) {
-        return pixel == qRgb(0, 0, 0) || (qBlue(pixel) > 240 && qRed(pixel) < 20);
-    });
-    return found && found->width() < 40 ? found : std::nullopt;
+    const QImage picture = screen();
+    const auto barArea = boundsOf(picture, barGreen, Colored::Like);
+    if (!barArea)
+        return std::nullopt;
+    const auto inBar = boundsOf(picture.copy(*barArea), barGreen, Colored::Unlike);
+    return inBar ? std::optional(inBar->translated(barArea->topLeft())) : std::nullopt;
 }
 
 std::optional<QRect> SwayDesktop::popover() const {
-    const auto found = boundsOf(screen(), [](QRgb pixel) { return (pixel | 0xff000000) == popoverGrey; });
+    const auto found = boundsOf(screen(), popoverGrey, Colored::Like);
     return found && found->width() > 300 ? found : std::nullopt;
 }
 

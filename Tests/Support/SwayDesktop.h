@@ -6,18 +6,18 @@
 
 namespace velloren {
 
+struct SwayOptions {
+    std::string barSide = "top"; ///< or "bottom", "left", "right"
+    std::string configuration{}; ///< more lines of the compositor's
+};
+
 /// A Wayland desktop within a virtual screen, whose pointer and keyboard are its own: a compositor that has a
 /// layer shell, and a bar with the tray in its middle.
 class SwayDesktop : public VirtualScreen {
   public:
-    struct Options {
-        std::string barSide = "top"; ///< or "bottom", "left", "right"
-        std::string configuration{}; ///< more lines of the compositor's
-    };
-
     static constexpr int barThickness = 30;
 
-    explicit SwayDesktop(const Options& options = {});
+    explicit SwayDesktop(const SwayOptions& options = {});
     ~SwayDesktop();
 
     /// The tray's icon, as the screen shows it; none while there is none.

@@ -23,7 +23,9 @@ void provideDisplay(SessionDisplay display) {
         Events::provide([&server] { return std::make_unique<LayerEvents>(server); });
         return;
     }
-    Server::provide([] { return std::make_unique<X11WindowServer>(); });
+    using Pointer = X11WindowServer::Pointer;
+    const Pointer pointer = display == SessionDisplay::X11 ? Pointer::Known : Pointer::Outdated;
+    Server::provide([pointer] { return std::make_unique<X11WindowServer>(pointer); });
     if (display == SessionDisplay::X11)
         Events::provide([] { return std::make_unique<XInputEvents>(); });
     else

@@ -8,7 +8,8 @@ namespace velloren {
 
 namespace {
 
-constexpr std::chrono::milliseconds patienceWithCompositor{500};
+// A compositor is busy while a session starts, and what was chosen then stays.
+constexpr std::chrono::seconds patienceWithCompositor{5};
 
 constexpr auto platformVariable = "QT_QPA_PLATFORM";
 // Has Qt keep in mind where on the desktop a window is, and its menus with it, once it was placed.

@@ -15,7 +15,7 @@ enum class SessionDisplay {
 };
 
 /// The best display of this session; none without any. Asks the compositor, if there is one, and waits for it
-/// for half a second at most. The user's QT_QPA_PLATFORM holds.
+/// for a few seconds at most. The user's QT_QPA_PLATFORM holds.
 [[nodiscard]] std::optional<SessionDisplay> displayOfSession();
 
 /// Has Qt choose that display for an application object that is made while this lives. Then the environment

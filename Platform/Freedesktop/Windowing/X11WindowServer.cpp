@@ -11,7 +11,7 @@
 namespace velloren {
 
 std::optional<QPoint> X11WindowServer::pointerLocation() const {
-    return x11::connection() ? std::optional(QCursor::pos()) : std::nullopt;
+    return pointer == Pointer::Known && x11::connection() ? std::optional(QCursor::pos()) : std::nullopt;
 }
 
 bool X11WindowServer::isComposited() const {
@@ -38,6 +38,12 @@ void X11WindowServer::findSite(QWidget&, const QRect& anchor, SiteHandler found)
 
 void X11WindowServer::showPopover(QWidget& window, const QRect& frame) {
     window.setGeometry(frame);
+    if (xcb_connection_t* connection = x11::connection(); connection && !window.isVisible()) {
+        // Window managers read it when the window comes.
+        constexpr std::uint32_t everyWorkspace = 0xffffffff;
+        xcb_change_property(connection, XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
+                            x11::atomNamed("_NET_WM_DESKTOP"), XCB_ATOM_CARDINAL, 32, 1, &everyWorkspace);
+    }
     window.show();
 }
 
