@@ -31,8 +31,7 @@ int centredWithin(int centre, int length, int first, int last) {
 }
 
 int tipWithin(int tip, int length) {
-    const int margin = PopoverMetrics::cornerRadius + PopoverMetrics::arrowHalfWidth;
-    return std::clamp(tip, margin, std::max(margin, length - margin));
+    return std::clamp(tip, 1, length - 1);
 }
 
 } // namespace

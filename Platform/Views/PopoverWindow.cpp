@@ -9,6 +9,8 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace velloren {
 
 namespace {
@@ -34,6 +36,16 @@ QMargins marginsAround(ArrowEdge arrowEdge, int margin) {
         break;
     }
     return margins;
+}
+
+/// How far the middle of the arrow's foot is from its tip, along the arrow as it is drawn for a top edge.
+double arrowLean(ArrowEdge edge, int tip, QSize frame) {
+    constexpr int margin = PopoverMetrics::cornerRadius + PopoverMetrics::arrowHalfWidth;
+    const bool horizontal = edge == ArrowEdge::Top || edge == ArrowEdge::Bottom;
+    const int length = horizontal ? frame.width() : frame.height();
+    const int lean = std::clamp(tip, margin, std::max(margin, length - margin)) - tip;
+    // The turn to these two edges reverses the direction.
+    return edge == ArrowEdge::Bottom || edge == ArrowEdge::Left ? -lean : lean;
 }
 
 } // namespace
@@ -68,13 +80,15 @@ void PopoverFrameView::resizeEvent(QResizeEvent* event) {
 void PopoverFrameView::updateShape() {
     constexpr double halfWidth = PopoverMetrics::arrowHalfWidth;
     constexpr double length = PopoverMetrics::arrowLength;
-    // Drawn as the arrow of a top edge, its tip at the origin, then turned to the edge it stands on.
+    // Drawn as the arrow of a top edge, its tip at the origin, then turned to the edge it stands on. Near a
+    // corner it leans: its foot keeps clear of the rounding.
+    const double foot = arrowLean(arrowEdge, arrowCentre, size());
     QPainterPath arrow;
-    arrow.moveTo(-halfWidth, length + 1);
-    arrow.lineTo(-halfWidth, length);
-    arrow.cubicTo(-halfWidth / 2, length, -halfWidth / 4, 0, 0, 0);
-    arrow.cubicTo(halfWidth / 4, 0, halfWidth / 2, length, halfWidth, length);
-    arrow.lineTo(halfWidth, length + 1);
+    arrow.moveTo(foot - halfWidth, length + 1);
+    arrow.lineTo(foot - halfWidth, length);
+    arrow.cubicTo(foot - halfWidth / 2, length, -halfWidth / 4, 0, 0, 0);
+    arrow.cubicTo(halfWidth / 4, 0, foot + halfWidth / 2, length, foot + halfWidth, length);
+    arrow.lineTo(foot + halfWidth, length + 1);
     arrow.closeSubpath();
 
     QTransform toEdge;
@@ -103,7 +117,11 @@ PopoverWindow::PopoverWindow() : frame(this), composited(WindowServer::shared().
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                    Qt::NoDropShadowWindowHint);
     setAttribute(Qt::WA_TranslucentBackground, composited);
-    WindowServer::shared().preparePopover(*this);
+    WindowServer::shared().preparePopover(*this, [this] {
+        // A window made without an alpha channel stays so.
+        composited = composited && WindowServer::shared().isComposited();
+        place();
+    });
     setWindowTitle(QGuiApplication::applicationDisplayName());
     setFocus(); // else the first button has it, and looks pressed to somebody with a mouse
 }
@@ -129,7 +147,7 @@ void PopoverWindow::showAt(const QRect& anchor) {
 }
 
 void PopoverWindow::place() {
-    if (!site)
+    if (!site || !content)
         return;
     const QSize size =
         content->sizeHint().expandedTo(content->minimumSize()).boundedTo(content->maximumSize());

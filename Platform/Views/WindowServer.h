@@ -36,10 +36,12 @@ class WindowServer {
     /// translucent window shows black.
     [[nodiscard]] virtual bool isComposited() const = 0;
 
+    using ChangeHandler = std::function<void()>;
     using SiteHandler = std::function<void(const PopoverSite&)>;
 
-    /// Makes a window that was never shown a popover's: one that its owner alone places.
-    virtual void preparePopover(QWidget& window) = 0;
+    /// Makes a window that was never shown a popover's: one that its owner alone places. `compositingChanged`
+    /// is called, while it is shown, when the display starts or ceases to be composited.
+    virtual void preparePopover(QWidget& window, ChangeHandler compositingChanged) = 0;
 
     /// Calls `found` with the site of a popover at `anchor`, which is empty where nobody knows what the
     /// popover belongs to. That is once, at once or a little later; never after the popover was hidden.

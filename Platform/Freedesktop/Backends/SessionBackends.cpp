@@ -23,9 +23,9 @@ void provideDisplay(SessionDisplay display) {
         Events::provide([&server] { return std::make_unique<LayerEvents>(server); });
         return;
     }
-    using Pointer = X11WindowServer::Pointer;
-    const Pointer pointer = display == SessionDisplay::X11 ? Pointer::Known : Pointer::Outdated;
-    Server::provide([pointer] { return std::make_unique<X11WindowServer>(pointer); });
+    using Session = X11WindowServer::Session;
+    const Session session = display == SessionDisplay::X11 ? Session::X11 : Session::Wayland;
+    Server::provide([session] { return std::make_unique<X11WindowServer>(session); });
     if (display == SessionDisplay::X11)
         Events::provide([] { return std::make_unique<XInputEvents>(); });
     else

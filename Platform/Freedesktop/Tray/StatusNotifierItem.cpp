@@ -1,15 +1,14 @@
 #include "Platform/Freedesktop/Tray/StatusNotifierItem.h"
 
 #include "Platform/Desktop/GlobalEvents.h"
+#include "Platform/Freedesktop/Windowing/ScreenPixels.h"
+#include "Platform/Views/WindowServer.h"
 
-#include <QCursor>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QGuiApplication>
-#include <QScreen>
 #include <QtEndian>
 
 #include <array>
@@ -34,17 +33,6 @@ StatusNotifierPixmap pixmapOf(const QImage& image) {
     pixmap.pixels.resize(count * qsizetype{sizeof(quint32)});
     qToBigEndian<quint32>(image.constBits(), count, pixmap.pixels.data());
     return pixmap;
-}
-
-/// Hosts tell the place in the screen's own pixels; views count in device-independent ones.
-QPoint deviceIndependent(QPoint native) {
-    for (const QScreen* screen : QGuiApplication::screens()) {
-        const QRect logical = screen->geometry();
-        const double ratio = screen->devicePixelRatio();
-        if (QRect(logical.topLeft(), (QSizeF(logical.size()) * ratio).toSize()).contains(native))
-            return logical.topLeft() + ((native - logical.topLeft()).toPointF() / ratio).toPoint();
-    }
-    return native;
 }
 
 } // namespace
@@ -198,9 +186,10 @@ void StatusNotifierItem::pressed(int x, int y) {
     // The press of this very click has closed the popover already: it must not open it again.
     if (GlobalEvents::shared().takeClickSeenByMonitor())
         return;
-    // Hosts that do not know the place say the origin.
-    const QPoint native(x, y);
-    itemButton.press(native.isNull() ? QCursor::pos() : deviceIndependent(native));
+    // The pointer is on the icon, whatever unit the host counts in, and whatever it takes for the place.
+    const auto pointer = WindowServer::shared().pointerLocation();
+    const QPoint told(x, y);
+    itemButton.press(pointer ? *pointer : pixels::toDeviceIndependent(told, pixels::screenAt(told)));
 }
 
 } // namespace velloren

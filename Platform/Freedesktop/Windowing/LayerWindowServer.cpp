@@ -51,7 +51,7 @@ void LayerWindowServer::setPressHandler(std::function<void(Qt::MouseButton, QPoi
     pressed = std::move(handler);
 }
 
-void LayerWindowServer::preparePopover(QWidget& window) {
+void LayerWindowServer::preparePopover(QWidget& window, ChangeHandler) {
     window.setWindowFlag(Qt::BypassWindowManagerHint);
 }
 

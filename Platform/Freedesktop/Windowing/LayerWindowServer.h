@@ -39,7 +39,7 @@ class LayerWindowServer final : public QObject, public WindowServer {
 
     [[nodiscard]] bool isComposited() const override { return true; }
 
-    void preparePopover(QWidget& window) override;
+    void preparePopover(QWidget& window, ChangeHandler compositingChanged) override;
     void findSite(QWidget& window, const QRect& anchor, SiteHandler found) override;
     void showPopover(QWidget& window, const QRect& frame) override;
     void hidePopover(QWidget& window) override;

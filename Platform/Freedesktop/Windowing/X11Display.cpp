@@ -24,4 +24,8 @@ xcb_connection_t* connection() {
     return application ? application->connection() : nullptr;
 }
 
+const xcb_screen_t& screen() {
+    return *xcb_setup_roots_iterator(xcb_get_setup(connection())).data;
+}
+
 } // namespace velloren::x11

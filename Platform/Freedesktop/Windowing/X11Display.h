@@ -6,12 +6,16 @@
 #include <string_view>
 
 struct xcb_connection_t;
+struct xcb_screen_t;
 
 /// The X display that Qt is connected to. Main thread only.
 namespace velloren::x11 {
 
 /// None when this process shows itself on something else.
 [[nodiscard]] xcb_connection_t* connection();
+
+/// Its first screen, which holds all its outputs. Only while there is a connection.
+[[nodiscard]] const xcb_screen_t& screen();
 
 /// The atom of that name, asked for once; 0 when the server does not answer.
 [[nodiscard]] std::uint32_t atomNamed(std::string_view name);

@@ -1,17 +1,110 @@
 #include "Platform/Freedesktop/Windowing/X11WindowServer.h"
 
+#include "Platform/Freedesktop/Windowing/ScreenPixels.h"
+#include "Platform/Freedesktop/Windowing/X11Bars.h"
 #include "Platform/Freedesktop/Windowing/X11Display.h"
 
 #include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
-#include <QWidget>
 #include <xcb/xcb.h>
+#include <xcb/xfixes.h>
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <utility>
 
 namespace velloren {
 
+namespace {
+
+constexpr auto compositorSelection = "_NET_WM_CM_S0";
+
+/// What the desktop keeps free on the screen; all of it where a bar on an inner edge leaves nothing.
+QRect availableOn(const QScreen& screen) {
+    const QRect available = screen.availableGeometry();
+    return available.isEmpty() ? screen.geometry() : available;
+}
+
+/// The strip of the screen beside its available area that `place` lies in; empty where it lies in none.
+QRect stripAround(QPoint place, const QRect& screen, const QRect& available) {
+    if (place.y() < available.top())
+        return {screen.topLeft(), QPoint(screen.right(), available.top() - 1)};
+    if (place.y() > available.bottom())
+        return {QPoint(screen.left(), available.bottom() + 1), screen.bottomRight()};
+    if (place.x() < available.left())
+        return {screen.topLeft(), QPoint(available.left() - 1, screen.bottom())};
+    if (place.x() > available.right())
+        return {QPoint(available.right() + 1, screen.top()), screen.bottomRight()};
+    return {};
+}
+
+/// `area` without the side of it that `bar` covers.
+QRect without(const QRect& bar, QRect area) {
+    const QPoint fromCentre = bar.center() - area.center();
+    if (bar.width() >= bar.height() && fromCentre.y() < 0)
+        area.setTop(std::max(area.top(), bar.bottom() + 1));
+    else if (bar.width() >= bar.height())
+        area.setBottom(std::min(area.bottom(), bar.top() - 1));
+    else if (fromCentre.x() < 0)
+        area.setLeft(std::max(area.left(), bar.right() + 1));
+    else
+        area.setRight(std::min(area.right(), bar.left() - 1));
+    return area;
+}
+
+QRect spanning(const QRect& bar, const QRect& anchor) {
+    return bar.width() >= bar.height() ? QRect(anchor.x(), bar.y(), anchor.width(), bar.height())
+                                       : QRect(bar.x(), anchor.y(), bar.width(), anchor.height());
+}
+
+PopoverSite siteAt(const QRect& anchor, const QScreen& screen) {
+    const QRect whole = screen.geometry();
+    const QRect available = availableOn(screen);
+    const QPoint place = pixels::fromDeviceIndependent(anchor.center(), screen);
+    const auto window = x11::barAt(place);
+    const QRect bar = window ? pixels::toDeviceIndependent(*window, screen) & whole
+                             : stripAround(anchor.center(), whole, available);
+    if (bar.isEmpty())
+        return {anchor, whole, available};
+    const auto drawn = x11::drawnAround(window ? *window : pixels::fromDeviceIndependent(bar, screen), place);
+    return {drawn ? pixels::toDeviceIndependent(*drawn, screen) & whole : spanning(bar, anchor), whole,
+            without(bar, available)};
+}
+
+void setNumbers(const QWidget& window, const char* property, std::span<const std::uint32_t> numbers) {
+    xcb_change_property(x11::connection(), XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
+                        x11::atomNamed(property), XCB_ATOM_CARDINAL, 32, std::uint32_t(numbers.size()),
+                        numbers.data());
+}
+
+void declareForEveryWorkspace(const QWidget& window) {
+    setNumbers(window, "_NET_WM_DESKTOP", std::array{0xffffffffU});
+}
+
+/// The window's shadow is its own: compositors that draw one around others leave it out.
+void declareShadow(const QWidget& window) {
+    setNumbers(window, "_GTK_FRAME_EXTENTS", std::array{1U, 1U, 1U, 1U});
+}
+
+} // namespace
+
+X11WindowServer::X11WindowServer(Session session) : session(session) {
+    if (!x11::connection())
+        return;
+    // Qt has asked for the events of this selection already.
+    const auto* extension = xcb_get_extension_data(x11::connection(), &xcb_xfixes_id);
+    if (!extension || !extension->present)
+        return;
+    selectionNotify = std::uint8_t(extension->first_event + XCB_XFIXES_SELECTION_NOTIFY);
+    qApp->installNativeEventFilter(this);
+}
+
+X11WindowServer::~X11WindowServer() = default;
+
 std::optional<QPoint> X11WindowServer::pointerLocation() const {
-    return pointer == Pointer::Known && x11::connection() ? std::optional(QCursor::pos()) : std::nullopt;
+    return session == Session::X11 && x11::connection() ? std::optional(QCursor::pos()) : std::nullopt;
 }
 
 bool X11WindowServer::isComposited() const {
@@ -19,36 +112,60 @@ bool X11WindowServer::isComposited() const {
     if (!connection)
         return true;
     const auto reply = x11::owned(xcb_get_selection_owner_reply(
-        connection, xcb_get_selection_owner(connection, x11::atomNamed("_NET_WM_CM_S0")), nullptr));
+        connection, xcb_get_selection_owner(connection, x11::atomNamed(compositorSelection)), nullptr));
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
-void X11WindowServer::preparePopover(QWidget& window) {
-    window.setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
+void X11WindowServer::preparePopover(QWidget& window, ChangeHandler changed) {
+    if (!x11::connection())
+        return;
+    if (session == Session::X11)
+        window.setWindowFlag(Qt::BypassWindowManagerHint);
+    else
+        declareForEveryWorkspace(window);
+    declareShadow(window);
+    popover = &window;
+    compositingChanged = std::move(changed);
 }
 
 void X11WindowServer::findSite(QWidget&, const QRect& anchor, SiteHandler found) {
-    const QScreen* screen = QGuiApplication::screenAt(anchor.center());
-    if (!screen)
-        screen = QGuiApplication::primaryScreen();
-    const QRect available = screen->availableGeometry();
-    found({anchor.isEmpty() ? QRect(available.topRight(), QSize(1, 1)) : anchor, screen->geometry(),
-           available});
+    if (anchor.isEmpty()) {
+        const QScreen& screen = *QGuiApplication::primaryScreen();
+        const QRect available = availableOn(screen);
+        found({QRect(available.topRight(), QSize(1, 1)), screen.geometry(), available});
+        return;
+    }
+    const QScreen& screen = pixels::screenAtDeviceIndependent(anchor.center());
+    const bool seesBars = x11::connection() && session == Session::X11;
+    found(seesBars ? siteAt(anchor, screen) : PopoverSite{anchor, screen.geometry(), availableOn(screen)});
 }
 
 void X11WindowServer::showPopover(QWidget& window, const QRect& frame) {
     window.setGeometry(frame);
-    if (xcb_connection_t* connection = x11::connection(); connection && !window.isVisible()) {
-        // Window managers read it when the window comes.
-        constexpr std::uint32_t everyWorkspace = 0xffffffff;
-        xcb_change_property(connection, XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
-                            x11::atomNamed("_NET_WM_DESKTOP"), XCB_ATOM_CARDINAL, 32, 1, &everyWorkspace);
-    }
+    if (window.isVisible())
+        return;
     window.show();
+    if (!x11::connection() || session != Session::X11)
+        return;
+    // No window manager does it, and Qt would say a time before the click that is meant.
+    xcb_set_input_focus(x11::connection(), XCB_INPUT_FOCUS_PARENT, xcb_window_t(window.winId()),
+                        XCB_CURRENT_TIME);
+    xcb_flush(x11::connection());
 }
 
 void X11WindowServer::hidePopover(QWidget& window) {
+    popover = nullptr;
     window.hide();
+}
+
+bool X11WindowServer::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
+    if (!popover || eventType != "xcb_generic_event_t")
+        return false;
+    const auto* event = static_cast<const xcb_xfixes_selection_notify_event_t*>(message);
+    if ((event->response_type & 0x7f) == selectionNotify &&
+        event->selection == x11::atomNamed(compositorSelection))
+        QMetaObject::invokeMethod(popover, compositingChanged, Qt::QueuedConnection);
+    return false;
 }
 
 } // namespace velloren
