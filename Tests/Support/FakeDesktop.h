@@ -41,14 +41,16 @@ class FakeGlobalEvents final : public Installable<FakeGlobalEvents, GlobalEvents
     GlobalEventMonitors monitors;
 };
 
-/// A display with a compositor that does not tell where the pointer is.
+/// A display with a compositor, whose pointer is where the test says.
 class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer> {
   public:
-    std::optional<QPoint> pointerLocation() const override { return std::nullopt; }
+    std::optional<QPoint> pointer;
+
+    std::optional<QPoint> pointerLocation() const override { return pointer; }
 
     bool isComposited() const override { return true; }
 
-    void preparePopover(QWidget&) override {}
+    void preparePopover(QWidget&, ChangeHandler) override {}
 
     void findSite(QWidget&, const QRect& anchor, SiteHandler found) override {
         const QScreen& screen = *QGuiApplication::primaryScreen();

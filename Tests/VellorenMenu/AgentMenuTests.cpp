@@ -17,7 +17,7 @@ class AgentMenuTest : public AgentTest {
     AgentMenuTest() {
         application.setDelegate(&delegate);
         delegate.applicationDidFinishLaunching();
-        loop().runPending();
+        loop.runPending();
         log.clear();
     }
 
@@ -85,7 +85,7 @@ TEST_F(AgentMenuTest, ShowsTheStoreUntilTheMainAppAnswersTheLatestShowing) {
     mainAppObject.withheld[1](std::vector{answered("late")});
     mainAppObject.withheld[0](std::vector{answered("later still")});
     EXPECT_EQ(titles()[0], "Stored") << "the answer is taken on the main loop";
-    loop().runPending();
+    loop.runPending();
     EXPECT_EQ(titles()[0], "Title late");
     users.stored = FakeUserManager::Stored::LoggedOut;
     menu.aboutToShow();
@@ -98,7 +98,7 @@ TEST_F(AgentMenuTest, DoesWhatThePopoverDoesAndClosesItButToQuit) {
     startMainApp();
     mainAppObject.meetings = std::vector{answered("m1")};
     menu.aboutToShow();
-    loop().runPending();
+    loop.runPending();
     for (const char* title : {"Title m1", "Create a new meeting", "Support", "Help Center"}) {
         delegate.showPopover(nullptr);
         choose(title);

@@ -62,6 +62,7 @@ class StatusNotifierItemTest : public QtTest {
     ~StatusNotifierItemTest() override {
         item.reset();
         SharedInstance<GlobalEvents>::reset();
+        SharedInstance<WindowServer>::reset();
         QDBusConnection::disconnectFromBus(QStringLiteral("agent"));
     }
 
@@ -86,6 +87,7 @@ class StatusNotifierItemTest : public QtTest {
 
     PrivateBus bus;
     Watcher watcher{bus, "first"};
+    FakeWindowServer& display = FakeWindowServer::install();
     FakeGlobalEvents& events = FakeGlobalEvents::install();
     StatusNotifierBar bar{
         QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("agent")),
@@ -151,6 +153,8 @@ TEST_F(StatusNotifierItemTest, HandsOnPressesWithTheirPlaceButNotTheOnesTheMonit
     EXPECT_EQ(placeAfter("Activate", {500, 12}), QPoint(310, 12)) << "that very click closed the popover";
     EXPECT_EQ(placeAfter("SecondaryActivate", {500, 12}), QPoint(310, 12));
     EXPECT_EQ(placeAfter("Scroll", {1, QStringLiteral("vertical")}), QPoint(310, 12));
+    display.pointer = QPoint(700, 9);
+    EXPECT_EQ(placeAfter("Activate", {0, 27}), QPoint(700, 9)) << "where the pointer is, the icon is";
 }
 
 } // namespace velloren

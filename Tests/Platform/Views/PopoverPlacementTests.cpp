@@ -4,7 +4,7 @@
 
 namespace velloren {
 
-TEST(PopoverPlacement, StandsBesideItsIconInsideTheScreenWithItsArrowOffTheCorners) {
+TEST(PopoverPlacement, StandsBesideItsIconInsideTheScreenWithItsArrowAtTheIcon) {
     using enum ArrowEdge;
     constexpr QRect screen(0, 0, 1280, 800);
     constexpr QRect second(1280, 0, 1920, 1080);
@@ -23,11 +23,11 @@ TEST(PopoverPlacement, StandsBesideItsIconInsideTheScreenWithItsArrowOffTheCorne
         {"panel at the bottom", {640, 785}, screen, {0, 0, 1280, 770}, Bottom, {480, 492, 320, 278}, 160},
         {"panel at the left", {20, 400}, screen, {40, 0, 1240, 800}, Left, {40, 265, 328, 270}, 135},
         {"panel at the right", {1260, 400}, screen, {0, 0, 1240, 800}, Right, {912, 265, 328, 270}, 135},
-        {"corner of a top panel", {1265, 10}, screen, {0, 30, 1280, 770}, Top, {956, 30, 320, 278}, 302},
-        {"corner of a left panel", {20, 10}, screen, {40, 0, 1240, 800}, Left, {40, 4, 328, 270}, 18},
-        {"bottom corner, no panel", {13, 789}, screen, screen, Bottom, {4, 501, 320, 278}, 18},
+        {"corner of a top panel", {1265, 10}, screen, {0, 30, 1280, 770}, Top, {956, 30, 320, 278}, 309},
+        {"corner of a left panel", {20, 10}, screen, {40, 0, 1240, 800}, Left, {40, 4, 328, 270}, 6},
+        {"bottom corner, no panel", {13, 789}, screen, screen, Bottom, {4, 501, 320, 278}, 9},
         {"upper half, no panel", {640, 100}, screen, screen, Top, {480, 112, 320, 278}, 160},
-        {"second screen", {1290, 15}, second, {1280, 30, 1920, 1050}, Top, {1284, 30, 320, 278}, 18},
+        {"second screen", {1290, 15}, second, {1280, 30, 1920, 1050}, Top, {1284, 30, 320, 278}, 6},
         {"too small a screen", {190, 10}, tiny, tiny, Top, {4, 22, 320, 278}, 186},
     };
 
