@@ -16,8 +16,9 @@ ARROWS = {
     "Platform/Desktop": ["Platform/Views"],
     "Platform/Freedesktop/Bus": ["Platform/Link"],
     "Platform/Freedesktop/Windowing": ["Platform/Desktop"],
-    "Platform/Freedesktop/Tray": ["Platform/Freedesktop/Windowing"],
-    "Platform/Freedesktop/Session": ["Platform/Desktop"],
+    "Platform/Freedesktop/SessionBus": ["Platform/Foundation"],
+    "Platform/Freedesktop/Tray": ["Platform/Freedesktop/Windowing", "Platform/Freedesktop/SessionBus"],
+    "Platform/Freedesktop/Session": ["Platform/Desktop", "Platform/Freedesktop/SessionBus"],
     "Platform/Freedesktop/Backends": [
         "Platform/Freedesktop/Session",
         "Platform/Freedesktop/Tray",

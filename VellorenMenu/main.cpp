@@ -12,6 +12,7 @@
 #include "Platform/Freedesktop/Session/DesktopApplication.h"
 #include "Platform/Freedesktop/Session/DesktopSettings.h"
 #include "Platform/Freedesktop/Session/TerminationSignals.h"
+#include "Platform/Freedesktop/SessionBus/BusSignal.h"
 #include "Platform/Views/Accessibility.h"
 #include "Services/Local/LocalLogger.h"
 #include "Services/Local/LocalMeetingStore.h"
@@ -78,10 +79,11 @@ class SessionEnd final : public QObject {
     Q_OBJECT
 
   public:
-    explicit SessionEnd(QDBusConnection bus) {
-        bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                    QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
-                    SLOT(busDisconnected()));
+    explicit SessionEnd(const QDBusConnection& bus) {
+        followSignal(bus,
+                     {QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                      QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected")},
+                     *this, SLOT(busDisconnected()));
     }
 
   private Q_SLOTS:

@@ -3,15 +3,22 @@
 #include <QGuiApplication>
 #include <QPalette>
 
-#include <utility>
+#include <algorithm>
+#include <array>
 
 namespace velloren {
 
 namespace {
 
-std::optional<std::string>& toldByDesktop() {
-    static std::optional<std::string> name;
-    return name;
+using NamesBySource = std::array<std::optional<std::string>, 4>;
+
+NamesBySource& told() {
+    static NamesBySource names;
+    return names;
+}
+
+std::optional<std::string>& toldBy(AppearanceSource source) {
+    return told().at(std::size_t(source));
 }
 
 bool paletteIsDark() {
@@ -25,13 +32,23 @@ const std::string Appearance::vibrantDark = "NSAppearanceNameVibrantDark";
 const std::string Appearance::vibrantLight = "NSAppearanceNameVibrantLight";
 
 const std::string& Appearance::currentName() {
-    if (const auto& name = toldByDesktop())
-        return *name;
+    const auto& names = told();
+    const auto first =
+        std::find_if(names.begin(), names.end(), [](const auto& name) { return name.has_value(); });
+    if (first != names.end())
+        return **first;
     return paletteIsDark() ? vibrantDark : vibrantLight;
 }
 
-void Appearance::setCurrentName(std::optional<std::string> name) {
-    toldByDesktop() = std::move(name);
+bool Appearance::isSeen() {
+    return toldBy(AppearanceSource::Pixels).has_value();
+}
+
+bool Appearance::setName(AppearanceSource source, const std::optional<std::string>& name) {
+    const std::string formerName = currentName();
+    const bool wasSeen = isSeen();
+    toldBy(source) = name;
+    return currentName() != formerName || isSeen() != wasSeen;
 }
 
 } // namespace velloren

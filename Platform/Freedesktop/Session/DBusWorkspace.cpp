@@ -1,5 +1,7 @@
 #include "Platform/Freedesktop/Session/DBusWorkspace.h"
 
+#include "Platform/Freedesktop/SessionBus/BusSignal.h"
+
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusReply>
@@ -27,9 +29,10 @@ QDBusMessage callToDaemon(const QString& method, const QVariantList& arguments) 
 DBusWorkspace::DBusWorkspace(const QDBusConnection& sessionBus, const std::vector<std::string>& watched)
     : bus(sessionBus) {
     for (const std::string& identifier : watched)
-        bus.connect(daemonService, daemonPath, daemonService, QStringLiteral("NameOwnerChanged"),
-                    {QString::fromStdString(identifier)}, QStringLiteral("sss"), this,
-                    SLOT(nameOwnerChanged(QString, QString, QString)));
+        followSignal(bus,
+                     {daemonService, daemonPath, daemonService, QStringLiteral("NameOwnerChanged"),
+                      QString::fromStdString(identifier)},
+                     *this, SLOT(nameOwnerChanged(QString, QString, QString)));
 }
 
 Subscription DBusWorkspace::addObserver(Notice notice, Observer observer) {

@@ -2,10 +2,12 @@
 
 #include "Platform/Desktop/Appearance.h"
 #include "Platform/Foundation/CurrentLocale.h"
+#include "Platform/Freedesktop/SessionBus/BusSignal.h"
 
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 
+#include <algorithm>
 #include <utility>
 
 namespace velloren {
@@ -33,25 +35,47 @@ QVariant unwrapped(QVariant value) {
     return value;
 }
 
-std::optional<bool> isDark(uint scheme) {
-    switch (scheme) {
+/// None where there is no preference.
+std::optional<std::string> appearanceOf(const QVariant& scheme) {
+    if (scheme.userType() != QMetaType::UInt)
+        return std::nullopt;
+    switch (scheme.toUInt()) {
     case 1:
-        return true;
+        return Appearance::vibrantDark;
     case 2:
-        return false;
+        return Appearance::vibrantLight;
     default:
-        return std::nullopt; // no preference
+        return std::nullopt;
     }
 }
 
-HourCycle hourCycleOf(const QString& format) {
+HourCycle hourCycleOf(const QVariant& format) {
     if (format == QStringLiteral("12h"))
         return HourCycle::TwelveHour;
     return format == QStringLiteral("24h") ? HourCycle::TwentyFourHour : HourCycle::FromLocale;
 }
 
-bool desktopIs(const char* name) {
-    return qgetenv("XDG_CURRENT_DESKTOP").toUpper().split(':').contains(name);
+QByteArrayList desktopNames() {
+    return qgetenv("XDG_CURRENT_DESKTOP").toUpper().split(':');
+}
+
+bool hasAnyName(std::initializer_list<const char*> names) {
+    const QByteArrayList own = desktopNames();
+    return std::any_of(names.begin(), names.end(), [&own](const char* name) { return own.contains(name); });
+}
+
+bool ownsClockFormat() {
+    return hasAnyName({"GNOME", "CINNAMON", "X-CINNAMON", "BUDGIE", "UNITY"});
+}
+
+/// Whether the bar is dark beside light applications as well, as long as nobody gave it another theme.
+/// Relatives of GNOME (GNOME-Flashback:GNOME, Budgie:GNOME) have bars of their own.
+bool comesWithDarkBar() {
+    const QByteArrayList names = desktopNames();
+    const bool isRelative = std::any_of(names.begin(), names.end(), [](const QByteArray& name) {
+        return name.startsWith("GNOME-") || name.startsWith("BUDGIE");
+    });
+    return hasAnyName({"CINNAMON", "X-CINNAMON", "SWAY"}) || (names.contains("GNOME") && !isRelative);
 }
 
 } // namespace
@@ -60,15 +84,13 @@ DesktopSettings::DesktopSettings(const QDBusConnection& sessionBus, std::functio
     : bus(sessionBus), changed(std::move(changed)) {
     followPortal();
     followXfcePanel();
-    if (desktopIs("GNOME")) {
-        panelIsDark = true; // whatever the colour scheme
-        applyAppearance();
-    }
+    if (comesWithDarkBar() && Appearance::setName(AppearanceSource::CustomaryBar, Appearance::vibrantDark))
+        this->changed();
 }
 
 void DesktopSettings::followPortal() {
-    bus.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"), this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
+    followSignal(bus, {portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged")}, *this,
+                 SLOT(settingChanged(QString, QString, QDBusVariant)));
     for (const auto& [group, key] :
          {std::pair(appearanceGroup, colorScheme), std::pair(interfaceGroup, clockFormat)}) {
         auto question = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
@@ -81,11 +103,13 @@ void DesktopSettings::followPortal() {
 }
 
 void DesktopSettings::followXfcePanel() {
-    bus.connect(xfconf, xfconfPath, xfconf, QStringLiteral("PropertyChanged"), this,
-                SLOT(panelSettingChanged(QString, QString, QDBusVariant)));
+    followSignal(bus, {xfconf, xfconfPath, xfconf, QStringLiteral("PropertyChanged"), xfcePanel}, *this,
+                 SLOT(panelSettingChanged(QString, QString, QDBusVariant)));
+    followSignal(bus, {xfconf, xfconfPath, xfconf, QStringLiteral("PropertyRemoved"), xfcePanel}, *this,
+                 SLOT(panelSettingRemoved(QString, QString)));
     auto question = QDBusMessage::createMethodCall(xfconf, xfconfPath, xfconf, QStringLiteral("GetProperty"));
     question << xfcePanel << panelDarkMode;
-    question.setAutoStartService(desktopIs("XFCE"));
+    question.setAutoStartService(hasAnyName({"XFCE"}));
     ask(question,
         [this](const QDBusVariant& value) { panelSettingChanged(xfcePanel, panelDarkMode, value); });
 }
@@ -103,10 +127,10 @@ void DesktopSettings::ask(const QDBusMessage& question, std::function<void(const
 void DesktopSettings::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
     const QVariant setting = unwrapped(value.variant());
     if (group == appearanceGroup && key == colorScheme) {
-        schemeIsDark = isDark(setting.toUInt());
-        applyAppearance();
-    } else if (group == interfaceGroup && key == clockFormat) {
-        CurrentLocale::setHourCycle(hourCycleOf(setting.toString()));
+        Appearance::setName(AppearanceSource::ColorScheme, appearanceOf(setting));
+        changed();
+    } else if (group == interfaceGroup && key == clockFormat && ownsClockFormat()) {
+        CurrentLocale::setHourCycle(hourCycleOf(setting));
     }
 }
 
@@ -114,15 +138,16 @@ void DesktopSettings::panelSettingChanged(const QString& channel, const QString&
                                           const QDBusVariant& value) {
     if (channel != xfcePanel || property != panelDarkMode)
         return;
-    panelIsDark = unwrapped(value.variant()).toBool();
-    applyAppearance();
+    // Without it the panel has the desktop's theme, and that may be dark as well.
+    const QVariant mode = unwrapped(value.variant());
+    const bool isDark = mode.userType() == QMetaType::Bool && mode.toBool();
+    Appearance::setName(AppearanceSource::BarSetting,
+                        isDark ? std::optional(Appearance::vibrantDark) : std::nullopt);
+    changed();
 }
 
-void DesktopSettings::applyAppearance() {
-    const std::optional<bool> dark = panelIsDark ? panelIsDark : schemeIsDark;
-    Appearance::setCurrentName(
-        dark ? std::optional(*dark ? Appearance::vibrantDark : Appearance::vibrantLight) : std::nullopt);
-    changed();
+void DesktopSettings::panelSettingRemoved(const QString& channel, const QString& property) {
+    panelSettingChanged(channel, property, QDBusVariant(false));
 }
 
 } // namespace velloren
