@@ -1,5 +1,6 @@
 #include "Platform/Views/Image.h"
 
+#include <QDir>
 #include <QHash>
 #include <QPainter>
 
@@ -9,9 +10,23 @@ namespace velloren {
 
 namespace {
 
-QString resourcePath(const QString& name, int scale) {
-    const QString suffix = scale == 1 ? QString() : QStringLiteral("@%1x").arg(scale);
-    return QStringLiteral(":/images/%1%2.png").arg(name, suffix);
+/// The scale of the bitmap whose file's name ends so after the picture's name; none where it is no such end.
+std::optional<double> scaleOf(QStringView end, int widthInPoints) {
+    const bool isWidth = end.endsWith(u"px.png");
+    if (!end.startsWith(u'@') || !end.endsWith(u"x.png"))
+        return std::nullopt;
+    bool isNumber = false;
+    const int number = end.mid(1).chopped(isWidth ? 6 : 5).toInt(&isNumber);
+    if (!isNumber)
+        return std::nullopt;
+    return isWidth ? double(number) / widthInPoints : number;
+}
+
+QImage bitmapIn(const QString& file) {
+    QImage bitmap(QStringLiteral(":/images/") + file);
+    // Qt applies an "@2x" by itself when it reads the file; sizes here are always in pixels.
+    bitmap.setDevicePixelRatio(1);
+    return bitmap.convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
 } // namespace
@@ -21,28 +36,30 @@ std::optional<Image> Image::named(const QString& name) {
     if (const auto known = loaded.constFind(name); known != loaded.constEnd())
         return Image(name, *known);
 
-    auto bitmaps = std::make_shared<Bitmaps>();
-    for (const int scale : {1, 2, 3}) {
-        QImage bitmap(resourcePath(name, scale));
-        if (bitmap.isNull())
-            continue;
-        // Qt applies an "@2x" by itself when it reads the file; sizes here are always in pixels.
-        bitmap.setDevicePixelRatio(1);
-        bitmaps->emplace(scale, bitmap.convertToFormat(QImage::Format_ARGB32_Premultiplied));
-    }
-    if (bitmaps->empty())
+    const QImage original = bitmapIn(name + QStringLiteral(".png"));
+    if (original.isNull())
         return std::nullopt;
+    auto bitmaps = std::make_shared<Bitmaps>();
+    bitmaps->emplace(1, original);
+    for (const QString& file : QDir(QStringLiteral(":/images")).entryList()) {
+        if (!file.startsWith(name))
+            continue;
+        const auto scale = scaleOf(QStringView(file).mid(name.size()), original.width());
+        const QImage bitmap = scale ? bitmapIn(file) : QImage();
+        if (!bitmap.isNull())
+            bitmaps->emplace(*scale, bitmap);
+    }
     loaded.insert(name, bitmaps);
     return Image(name, bitmaps);
 }
 
 QSizeF Image::size() const {
-    const auto& [scale, bitmap] = *bitmaps->begin();
-    return QSizeF(bitmap.size()) / scale;
+    return bitmaps->at(1).size();
 }
 
 double Image::recommendedLayerContentsScale(double preferred) const {
-    const auto suitable = bitmaps->lower_bound(preferred);
+    constexpr double rounding = 0.001; // of the transform that it is reckoned from
+    const auto suitable = bitmaps->lower_bound(preferred - rounding);
     return suitable != bitmaps->end() ? suitable->first : bitmaps->rbegin()->first;
 }
 

@@ -13,8 +13,9 @@ class QPainter;
 
 namespace velloren {
 
-/// A picture of the application's resources with one bitmap per scale (`name.png`, `name@2x.png`,
-/// `name@3x.png`). Sizes are in points; a value that shares its bitmaps with its copies.
+/// A picture of the application's resources with one bitmap per scale: `name.png` as large as the picture,
+/// `name@2x.png` at twice that, `name@16px.png` drawn for 16 pixels across. Sizes are in points; a value that
+/// shares its bitmaps with its copies.
 class Image {
   public:
     /// Absence means that the resources hold no such picture, or one that cannot be read.

@@ -126,7 +126,7 @@ TEST_F(StatusNotifierItemTest, ShowsItsCentreInEachSizeAndTellsOfNewPicturesOnly
             EXPECT_EQ(picture.pixels, QByteArray::fromHex(pixel).repeated(count)) << "ARGB, high byte first";
             sides.push_back(picture.width);
         }
-        EXPECT_THAT(sides, ElementsAre(16, 22, 24, 32, 48, 64));
+        EXPECT_THAT(sides, ElementsAre(16, 22, 24, 32, 33, 44, 48, 64));
     };
     expectPictures("00000000");
     colour(edge, Qt::red);
