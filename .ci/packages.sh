@@ -15,7 +15,7 @@ desktop_packages=(
 
 test_packages=(
     at-spi2-core clang-format clang-tidy gir1.2-atspi-2.0 gir1.2-glib-2.0 libbenchmark-dev libgmock-dev libgtest-dev
-    libxcb-xtest0-dev python3-gi qt6-wayland sway trayer waybar xdg-utils
+    libxcb-xtest0-dev python3-gi qt6-wayland sway tint2 trayer waybar xdg-utils
 )
 
 packaging_packages=(

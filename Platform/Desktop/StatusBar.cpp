@@ -1,5 +1,6 @@
 #include "Platform/Desktop/StatusBar.h"
 
+#include "Platform/Desktop/Appearance.h"
 #include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Views/WindowServer.h"
 
@@ -7,6 +8,33 @@
 #include <QPainter>
 
 namespace velloren {
+
+namespace {
+
+constexpr int outlineShare = 22; // of the side of a picture goes to its outline
+
+/// The picture on a copy of its shape, `reach` pixels larger all round.
+QImage outlined(const QImage& picture, QColor color, int reach) {
+    QImage shape = picture;
+    QPainter filling(&shape);
+    filling.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    filling.fillRect(shape.rect(), color);
+    filling.end();
+
+    QImage result(picture.size(), picture.format());
+    result.fill(Qt::transparent);
+    QPainter painter(&result);
+    for (int y = -reach; y <= reach; ++y) {
+        for (int x = -reach; x <= reach; ++x) {
+            if (x * x + y * y <= reach * (reach + 1))
+                painter.drawImage(x, y, shape);
+        }
+    }
+    painter.drawImage(0, 0, picture);
+    return result;
+}
+
+} // namespace
 
 StatusBarButton::StatusBarButton(QSize size) {
     resize(size.expandedTo({1, 1}));
@@ -35,7 +63,16 @@ QImage StatusBarButton::picture(int side) {
     const double scale = double(side) / shown;
     painter.scale(scale, scale);
     render(&painter, QPoint((shown - width()) / 2, (shown - height()) / 2), QRegion(), DrawChildren);
-    return image;
+    painter.end();
+    if (Appearance::isSeen())
+        return image;
+    const bool isWhite = Appearance::currentName() == Appearance::vibrantDark;
+    return outlined(image, isWhite ? Qt::black : Qt::white, std::max(1, side / outlineShare));
+}
+
+void StatusBarButton::setSeenAppearance(const std::optional<std::string>& name) {
+    if (Appearance::setName(AppearanceSource::Pixels, name))
+        setNeedsDisplay();
 }
 
 void StatusBarButton::displayNeeded() {

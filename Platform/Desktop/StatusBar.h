@@ -5,6 +5,8 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 
 namespace velloren {
 
@@ -27,8 +29,12 @@ class StatusBarButton final : public View {
     /// that does not tell where the pointer is.
     [[nodiscard]] QRect rectOnScreen(const QRect& rect) const override;
 
-    /// A square picture of `side` pixels: the centre of the button.
+    /// A square picture of `side` pixels: the centre of the button. As long as nobody saw the bar, it has an
+    /// outline that tells it from a bar of the other kind.
     [[nodiscard]] QImage picture(int side);
+
+    /// What the bar was seen to look like, as `Appearance` calls it; none when it can no longer be seen.
+    void setSeenAppearance(const std::optional<std::string>& name);
 
     /// Called, at the earliest after the present event, when the picture may have changed.
     void setDisplayHandler(std::function<void()> handler) { display = std::move(handler); }

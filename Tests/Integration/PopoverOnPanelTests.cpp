@@ -1,5 +1,7 @@
 #include "Tests/Integration/MenuAgentTest.h"
 
+#include <fstream>
+
 namespace velloren {
 
 namespace {
@@ -46,9 +48,13 @@ TEST_F(IconInPanel, AppearsWhenThePanelDoesAndSurvivesItsCrash) {
 TEST_F(IconInPanel, StandsInATrayOfTheOlderKindWhereThereIsNoOther) {
     desktop.stopPanel();
     startAgent();
-    for (int round = 0; round < 2; ++round) {
-        const auto tray =
-            desktop.start("trayer", {"--edge", "bottom", "--align", "left", "--widthtype", "request"});
+    const auto settings = desktop.folder() / "tint2rc";
+    std::ofstream(settings) << "panel_items = SE\npanel_position = bottom left horizontal\n"
+                               "panel_size = 200 30\n";
+    for (const auto& command :
+         {std::vector<std::string>{"trayer", "--edge", "bottom", "--align", "left", "--widthtype", "request"},
+          std::vector<std::string>{"tint2", "-c", settings}}) {
+        const auto tray = desktop.start(command.front(), {command.begin() + 1, command.end()});
         ASSERT_TRUE(desktop.waitUntil([this] { return desktop.legacyIcon().has_value(); }));
         const QRect icon = *desktop.legacyIcon();
         EXPECT_TRUE(desktop.waitUntil([&] {

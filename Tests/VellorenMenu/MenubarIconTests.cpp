@@ -2,9 +2,15 @@
 #include "Tests/Support/AgentTest.h"
 #include "VellorenMenu/MenubarIcon.h"
 
+#include <gmock/gmock.h>
+
+#include <set>
+
 namespace velloren {
 
 namespace {
+
+using ::testing::SizeIs;
 
 using State = MenubarIcon::State;
 
@@ -15,11 +21,14 @@ class MenubarIconTest : public AgentTest {
         redrawUnder(Appearance::vibrantLight);
     }
 
-    ~MenubarIconTest() override { Appearance::setCurrentName(std::nullopt); }
+    ~MenubarIconTest() override {
+        for (const auto source : {AppearanceSource::BarSetting, AppearanceSource::Pixels})
+            Appearance::setName(source, std::nullopt);
+    }
 
     /// The bar's host asks for the picture.
     void redrawUnder(const std::string& appearance) {
-        Appearance::setCurrentName(appearance);
+        Appearance::setName(AppearanceSource::BarSetting, appearance);
         (void)button.picture(22);
     }
 
@@ -56,6 +65,37 @@ TEST_F(MenubarIconTest, IsWhiteOnBlueWhileHighlighted) {
     icon->setHighlighted(false);
     EXPECT_EQ(shown(), "menuIconBlackDefault");
     EXPECT_EQ(button.picture(22).pixelColor(0, 0).alpha(), 0);
+}
+
+TEST_F(MenubarIconTest, IsDrawnForThePixelsThatBarsShow) {
+    Appearance::setName(AppearanceSource::Pixels, Appearance::vibrantDark);
+    for (const int side : {16, 24, 32, 33, 48, 64}) {
+        const QImage drawn(QStringLiteral(":/images/menuIconWhiteDefault@%1px.png").arg(side));
+        EXPECT_EQ(button.picture(side), drawn.convertToFormat(QImage::Format_ARGB32)) << side;
+    }
+}
+
+TEST_F(MenubarIconTest, ReadsOnBarsOfBothKindsAsLongAsNobodySawTheBar) {
+    const auto tonesOf = [this](int side) {
+        std::set<int> tones;
+        const QImage picture = button.picture(side);
+        for (int y = 0; y < side; ++y) {
+            for (int x = 0; x < side; ++x) {
+                if (picture.pixelColor(x, y).alpha() == 255)
+                    tones.insert(picture.pixelColor(x, y).lightness() / 128);
+            }
+        }
+        return tones;
+    };
+    for (const auto& name : {Appearance::vibrantLight, Appearance::vibrantDark}) {
+        Appearance::setName(AppearanceSource::BarSetting, name);
+        for (const int side : {16, 22, 24, 32, 48}) {
+            EXPECT_THAT(tonesOf(side), SizeIs(2)) << side;
+            button.setSeenAppearance(name);
+            EXPECT_THAT(tonesOf(side), SizeIs(1)) << side;
+            button.setSeenAppearance(std::nullopt);
+        }
+    }
 }
 
 TEST_F(MenubarIconTest, BlinksEveryTwoSecondsWhileSyncing) {

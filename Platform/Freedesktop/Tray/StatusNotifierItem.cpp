@@ -1,7 +1,9 @@
 #include "Platform/Freedesktop/Tray/StatusNotifierItem.h"
 
 #include "Platform/Desktop/GlobalEvents.h"
+#include "Platform/Freedesktop/SessionBus/BusSignal.h"
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
+#include "Platform/Freedesktop/Windowing/X11Display.h"
 #include "Platform/Views/WindowServer.h"
 
 #include <QDBusConnectionInterface>
@@ -17,7 +19,8 @@ namespace velloren {
 
 namespace {
 
-constexpr std::array iconSides{16, 22, 24, 32, 48, 64};
+// Bars at twice the scale want 44, between the two 33.
+constexpr std::array iconSides{16, 22, 24, 32, 33, 44, 48, 64};
 
 // Panels have trays of both kinds, and offer the older one first when they start.
 constexpr std::chrono::seconds patienceForHost(2);
@@ -68,7 +71,8 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierToo
 StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, Identity identity, QSize size)
     : bus(bus), identity(std::move(identity)), itemButton(size), menuOnBus(bus, itemMenuPath, menu()),
       legacyIcon(itemButton, this->identity.title.toStdString(),
-                 [this](QPoint place) { pressed(place.x(), place.y()); }) {
+                 [this](QPoint place) { pressed(place.x(), place.y()); }),
+      barChanges([this] { lookAtBar(); }) {
     qDBusRegisterMetaType<StatusNotifierPixmap>();
     qDBusRegisterMetaType<StatusNotifierPixmaps>();
     qDBusRegisterMetaType<StatusNotifierToolTip>();
@@ -132,7 +136,8 @@ void StatusNotifierItem::followWatcher() {
                 askForHost();
             });
     const auto follow = [this](const char* signal, const char* slot) {
-        bus.connect(watcherService, watcherPath, watcherService, QString::fromLatin1(signal), this, slot);
+        followSignal(bus, {watcherService, watcherPath, watcherService, QString::fromLatin1(signal)}, *this,
+                     slot);
     };
     follow("StatusNotifierHostRegistered", SLOT(registerWithWatcher()));
     follow("StatusNotifierHostRegistered", SLOT(askForHost()));
@@ -149,6 +154,8 @@ void StatusNotifierItem::registerWithWatcher() {
     call << bus.baseService();
     call.setAutoStartService(false);
     bus.send(call);
+    lookAtBar();
+    barChanges.expect();
 }
 
 void StatusNotifierItem::askForHost() {
@@ -175,6 +182,7 @@ void StatusNotifierItem::hostKnown(bool hosted) {
 }
 
 void StatusNotifierItem::refreshIcon() {
+    barChanges.expect(); // what changes the icon may come with a change of the bar
     const StatusNotifierPixmaps shown = std::exchange(pixmaps, {});
     if (iconPixmap() == shown)
         return;
@@ -182,10 +190,23 @@ void StatusNotifierItem::refreshIcon() {
     legacyIcon.redraw();
 }
 
+void StatusNotifierItem::lookAtBar() {
+    if (legacyIcon.isInTray()) {
+        legacyIcon.redraw(); // sees what is behind it
+        return;
+    }
+    std::optional<std::string> seen;
+    if (iconPlace)
+        seen = x11::appearanceOfBarAt(*iconPlace);
+    itemButton.setSeenAppearance(seen ? seen : x11::appearanceOfBars());
+}
+
 void StatusNotifierItem::pressed(int x, int y) {
     // The press of this very click has closed the popover already: it must not open it again.
     if (GlobalEvents::shared().takeClickSeenByMonitor())
         return;
+    iconPlace = x11::pointerPlace();
+    barChanges.expect();
     // The pointer is on the icon, whatever unit the host counts in, and whatever it takes for the place.
     const auto pointer = WindowServer::shared().pointerLocation();
     const QPoint told(x, y);

@@ -3,6 +3,7 @@
 #include "Platform/Desktop/StatusBar.h"
 #include "Platform/Freedesktop/Tray/DBusMenu.h"
 #include "Platform/Freedesktop/Tray/XEmbedIcon.h"
+#include "Platform/Freedesktop/Windowing/BarPixels.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -102,6 +103,7 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     void hostKnown(bool hosted);
     void followWatcher();
     void refreshIcon();
+    void lookAtBar();
     void pressed(int x, int y);
 
     QDBusConnection bus;
@@ -112,6 +114,8 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     QTimer hostMissing;
     XEmbedIcon legacyIcon;
     StatusNotifierPixmaps pixmaps;
+    std::optional<QPoint> iconPlace; ///< in the screen's own pixels; none until the icon was pressed
+    x11::BarChanges barChanges;
 };
 
 } // namespace velloren

@@ -1,6 +1,7 @@
 #include "Platform/Freedesktop/Tray/XEmbedIcon.h"
 
 #include "Platform/Desktop/StatusBar.h"
+#include "Platform/Freedesktop/Windowing/BarPixels.h"
 #include "Platform/Freedesktop/Windowing/X11Display.h"
 
 #include <QGuiApplication>
@@ -9,16 +10,17 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <utility>
 
 namespace velloren {
 
 namespace {
 
-constexpr std::uint16_t firstSide = 22; // trays resize what they take in
+constexpr double firstSide = 22; // points; trays resize what they take in
+constexpr int patienceWithTray = 3;
 constexpr std::uint8_t translucentDepth = 32;
 constexpr std::uint32_t requestDock = 0;
-// WM_NORMAL_HINTS with nothing but the least width and height.
-constexpr std::array<std::uint32_t, 18> sizeHints{1U << 4, 0, 0, 0, 0, firstSide, firstSide};
 constexpr std::array<std::uint32_t, 2> xembedInfo{0, 1}; // protocol version 0, to be mapped
 
 const xcb_screen_t& screen() {
@@ -85,6 +87,9 @@ void XEmbedIcon::redraw() {
     if (!window || size.isEmpty())
         return;
     QImage image = depth == translucentDepth ? transparent(size) : backgroundOf(window, size);
+    if (isEmbedded)
+        button.setSeenAppearance(depth == translucentDepth ? x11::appearanceOfBarAt(centreOnScreen())
+                                                           : x11::appearanceOf(image));
     const int side = std::min(size.width(), size.height());
     QPainter(&image).drawImage((size.width() - side) / 2, (size.height() - side) / 2, button.picture(side));
 
@@ -104,16 +109,18 @@ bool XEmbedIcon::nativeEventFilter(const QByteArray& eventType, void* message, q
     const auto* event = static_cast<const xcb_generic_event_t*>(message);
     switch (event->response_type & 0x7f) {
     case XCB_CLIENT_MESSAGE: // a new tray tells the root window of itself
-        if (static_cast<const xcb_client_message_event_t*>(message)->type == x11::atomNamed("MANAGER") &&
-            isWanted && !window)
-            dock();
+        if (static_cast<const xcb_client_message_event_t*>(message)->type == x11::atomNamed("MANAGER"))
+            trayChanged();
         break;
     case XCB_DESTROY_NOTIFY:
         if (const auto gone = static_cast<const xcb_destroy_notify_event_t*>(message)->window;
-            tray && gone == tray) {
-            undock();
-            dock();
-        }
+            gone == tray || gone == window)
+            trayChanged();
+        break;
+    case XCB_REPARENT_NOTIFY:
+        if (const auto* change = static_cast<const xcb_reparent_notify_event_t*>(message);
+            window && change->window == window)
+            reparented(change->parent);
         break;
     case XCB_CONFIGURE_NOTIFY:
         if (const auto* change = static_cast<const xcb_configure_notify_event_t*>(message);
@@ -142,6 +149,21 @@ void XEmbedIcon::buttonPressed(unsigned which, QPoint place) {
     // Later: while a filter runs, Qt may read on and come by this event once more.
     QMetaObject::invokeMethod(
         &button, [this, place] { pressed(place); }, Qt::QueuedConnection);
+}
+
+void XEmbedIcon::trayChanged() {
+    timesPutOut = 0;
+    undock();
+    if (isWanted)
+        dock();
+}
+
+void XEmbedIcon::reparented(std::uint32_t parent) {
+    isEmbedded = parent != screen().root;
+    if (isEmbedded || ++timesPutOut > patienceWithTray)
+        return;
+    undock();
+    dock();
 }
 
 void XEmbedIcon::dock() {
@@ -173,17 +195,29 @@ void XEmbedIcon::undock() {
     if (!window)
         return;
     xcb_destroy_window(x11::connection(), window); // gone already where it went with its tray
+    xcb_free_colormap(x11::connection(), colormap);
     xcb_flush(x11::connection());
     window = 0;
     tray = 0;
+    if (std::exchange(isEmbedded, false))
+        button.setSeenAppearance(std::nullopt);
+}
+
+QPoint XEmbedIcon::centreOnScreen() const {
+    const auto corner = x11::owned(xcb_translate_coordinates_reply(
+        x11::connection(), xcb_translate_coordinates(x11::connection(), window, screen().root, 0, 0),
+        nullptr));
+    const QPoint centre(size.width() / 2, size.height() / 2);
+    return corner ? QPoint(corner->dst_x, corner->dst_y) + centre : centre;
 }
 
 void XEmbedIcon::createWindow() {
     xcb_connection_t* connection = x11::connection();
     const xcb_visualid_t visual = visualOfTray();
     depth = depthOf(visual);
-    size = {firstSide, firstSide};
-    const xcb_colormap_t colormap = xcb_generate_id(connection);
+    const auto side = std::uint16_t(std::lround(firstSide * qApp->devicePixelRatio()));
+    size = {side, side};
+    colormap = xcb_generate_id(connection);
     xcb_create_colormap(connection, XCB_COLORMAP_ALLOC_NONE, colormap, screen().root, visual);
     xcb_create_window_value_list_t values{};
     values.background_pixmap =
@@ -193,15 +227,15 @@ void XEmbedIcon::createWindow() {
         XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_BUTTON_PRESS;
     values.colormap = colormap;
     window = xcb_generate_id(connection);
-    xcb_create_window_aux(connection, depth, window, screen().root, 0, 0, firstSide, firstSide, 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
-                          XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
-                          &values);
-    xcb_free_colormap(connection, colormap); // the window keeps it
+    xcb_create_window_aux(
+        connection, depth, window, screen().root, 0, 0, side, side, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
+        XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP, &values);
 
     const std::string program = QCoreApplication::applicationName().toStdString();
     setText(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, program + '\0' + program + '\0');
     setText(window, x11::atomNamed("_NET_WM_NAME"), x11::atomNamed("UTF8_STRING"), title);
+    // WM_NORMAL_HINTS with nothing but the least width and height.
+    const std::array<std::uint32_t, 18> sizeHints{1U << 4, 0, 0, 0, 0, side, side};
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS,
                         XCB_ATOM_WM_SIZE_HINTS, 32, sizeHints.size(), sizeHints.data());
     const xcb_atom_t info = x11::atomNamed("_XEMBED_INFO");

@@ -12,9 +12,10 @@ namespace velloren {
 
 class StatusBarButton;
 
-/// A status item in a tray of the older kind, which takes in windows (XEmbed). It stands there while it is
-/// wanted and such a tray exists, and moves on to the tray that follows. Without an X display there is none.
-/// Main thread only.
+/// A status item in a tray of the older kind, which takes in windows (XEmbed). It stands there, in the size
+/// that the tray gives it, while it is wanted and such a tray exists, and moves on to the tray that follows.
+/// A tray that refuses it or puts it out is asked again a few times at most. It tells the button what it sees
+/// of the bar. Without an X display there is none. Main thread only.
 class XEmbedIcon final : private QAbstractNativeEventFilter {
   public:
     /// `pressed` is told of presses of the left and the right button, by their place on the screen in the
@@ -24,14 +25,19 @@ class XEmbedIcon final : private QAbstractNativeEventFilter {
 
     void setWanted(bool wanted);
 
+    [[nodiscard]] bool isInTray() const { return isEmbedded; }
+
     /// The picture of the button may have changed.
     void redraw();
 
   private:
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
     void buttonPressed(unsigned which, QPoint place);
+    void trayChanged();
+    void reparented(std::uint32_t parent);
     void dock();
     void undock();
+    [[nodiscard]] QPoint centreOnScreen() const;
     void createWindow();
     [[nodiscard]] std::uint32_t visualOfTray() const;
 
@@ -41,6 +47,10 @@ class XEmbedIcon final : private QAbstractNativeEventFilter {
     bool isWanted = false;
     std::uint32_t tray = 0;   ///< the window that owns the tray's selection; 0 while there is none
     std::uint32_t window = 0; ///< the icon's; 0 while it is in no tray
+    std::uint32_t colormap =
+        0; ///< of the window, and as long as it: freed earlier, the window is left without
+    bool isEmbedded = false;
+    int timesPutOut = 0; ///< by the present tray
     std::uint8_t depth = 0;
     QSize size;
 };

@@ -28,4 +28,12 @@ const xcb_screen_t& screen() {
     return *xcb_setup_roots_iterator(xcb_get_setup(connection())).data;
 }
 
+std::optional<QPoint> pointerPlace() {
+    if (!connection())
+        return std::nullopt;
+    const auto pointer =
+        owned(xcb_query_pointer_reply(connection(), xcb_query_pointer(connection(), screen().root), nullptr));
+    return pointer ? std::optional(QPoint(pointer->root_x, pointer->root_y)) : std::nullopt;
+}
+
 } // namespace velloren::x11

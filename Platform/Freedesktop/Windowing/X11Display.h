@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QPoint>
+
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 struct xcb_connection_t;
@@ -19,6 +22,9 @@ namespace velloren::x11 {
 
 /// The atom of that name, asked for once; 0 when the server does not answer.
 [[nodiscard]] std::uint32_t atomNamed(std::string_view name);
+
+/// Where the pointer is, in the screen's own pixels; none where the server does not tell.
+[[nodiscard]] std::optional<QPoint> pointerPlace();
 
 /// Owns a reply of the X server; none when there was none.
 template <class Reply>

@@ -1,0 +1,196 @@
+#include "Platform/Freedesktop/Windowing/BarPixels.h"
+
+#include "Platform/Desktop/Appearance.h"
+#include "Platform/Freedesktop/Windowing/X11Display.h"
+
+#include <QCoreApplication>
+#include <QPainter>
+#include <QRect>
+#include <xcb/xcb.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+namespace velloren::x11 {
+
+namespace {
+
+constexpr std::chrono::seconds timeToSettle(1);
+constexpr int leastThickness = 12;  // less is what an auto-hidden bar leaves at the edge of the screen
+constexpr int greatestLength = 512; // of what is looked at, to each side of the icon
+
+const xcb_screen_t& screen() {
+    return *xcb_setup_roots_iterator(xcb_get_setup(connection())).data;
+}
+
+/// Under a Wayland compositor an X screen shows nothing of the desktop.
+bool showsItself() {
+    return connection() && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+}
+
+template <class Value>
+std::vector<Value> valuesOf(xcb_window_t window, const char* property, xcb_atom_t type) {
+    constexpr std::uint32_t limit = 4096; // in units of four bytes
+    const auto reply = owned(xcb_get_property_reply(
+        connection(), xcb_get_property(connection(), false, window, atomNamed(property), type, 0, limit),
+        nullptr));
+    if (!reply || reply->format != 8 * sizeof(Value))
+        return {};
+    const auto* first = static_cast<const Value*>(xcb_get_property_value(reply.get()));
+    return {first, first + reply->value_len};
+}
+
+bool isDock(xcb_window_t window) {
+    const auto types = valuesOf<xcb_atom_t>(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM);
+    return std::find(types.begin(), types.end(), atomNamed("_NET_WM_WINDOW_TYPE_DOCK")) != types.end();
+}
+
+/// Where the window is on the screen; empty where it is gone.
+QRect placeOf(xcb_window_t window) {
+    const auto size =
+        owned(xcb_get_geometry_reply(connection(), xcb_get_geometry(connection(), window), nullptr));
+    const auto corner = owned(xcb_translate_coordinates_reply(
+        connection(), xcb_translate_coordinates(connection(), window, screen().root, 0, 0), nullptr));
+    if (!size || !corner)
+        return {};
+    return {corner->dst_x, corner->dst_y, size->width, size->height};
+}
+
+/// The topmost window inside `outer` at that place of the screen; none where there is none.
+xcb_window_t windowAt(QPoint place, xcb_window_t outer) {
+    const auto found = owned(xcb_translate_coordinates_reply(
+        connection(),
+        xcb_translate_coordinates(connection(), screen().root, outer, std::int16_t(place.x()),
+                                  std::int16_t(place.y())),
+        nullptr));
+    return found ? found->child : xcb_window_t{XCB_WINDOW_NONE};
+}
+
+/// The bar that can be seen at that place; empty where something else is.
+QRect barAt(QPoint place) {
+    for (xcb_window_t window = windowAt(place, screen().root); window != XCB_WINDOW_NONE;
+         window = windowAt(place, window)) {
+        if (isDock(window))
+            return placeOf(window);
+    }
+    return {};
+}
+
+/// What the screen shows there; empty where it does not tell.
+QImage shownAt(const QRect& place) {
+    if (place.isEmpty())
+        return {};
+    QImage picture(place.size(), QImage::Format_RGB32);
+    const auto shown = owned(
+        xcb_get_image_reply(connection(),
+                            xcb_get_image(connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, screen().root,
+                                          std::int16_t(place.x()), std::int16_t(place.y()),
+                                          std::uint16_t(place.width()), std::uint16_t(place.height()), ~0U),
+                            nullptr));
+    if (!shown || xcb_get_image_data_length(shown.get()) != picture.sizeInBytes())
+        return {};
+    std::copy_n(xcb_get_image_data(shown.get()), picture.sizeInBytes(), picture.bits());
+    return picture;
+}
+
+/// Of a bar, the part around the icon but for the icon itself, which may be highlighted.
+QImage shownAround(QPoint icon, const QRect& bar) {
+    const int thickness = std::min(bar.width(), bar.height());
+    if (thickness < leastThickness)
+        return {};
+    const QRect visible = bar.intersected({0, 0, screen().width_in_pixels, screen().height_in_pixels});
+    const bool runsAcross = bar.width() >= bar.height();
+    const QPoint reach = runsAcross ? QPoint(greatestLength, thickness) : QPoint(thickness, greatestLength);
+    const QRect near = QRect(icon - reach, icon + reach).intersected(visible);
+    QRect before = near;
+    QRect after = near;
+    if (runsAcross) {
+        before.setRight(icon.x() - thickness);
+        after.setLeft(icon.x() + thickness);
+    } else {
+        before.setBottom(icon.y() - thickness);
+        after.setTop(icon.y() + thickness);
+    }
+    const auto length = [](const QRect& part) { return std::max(part.width(), part.height()); };
+    return shownAt(length(before) > length(after) ? before : after);
+}
+
+double luminanceOf(QRgb color) {
+    const auto linear = [](int component) {
+        const double value = component / 255.0;
+        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(qRed(color)) + 0.7152 * linear(qGreen(color)) + 0.0722 * linear(qBlue(color));
+}
+
+} // namespace
+
+std::optional<std::string> appearanceOf(const QImage& picture) {
+    // As many pixels as tell: text and other icons are the lesser part of a bar.
+    constexpr int samplesEachWay = 64;
+    std::vector<double> luminances;
+    const int stepDown = std::max(1, picture.height() / samplesEachWay);
+    const int stepAcross = std::max(1, picture.width() / samplesEachWay);
+    for (int y = 0; y < picture.height(); y += stepDown) {
+        for (int x = 0; x < picture.width(); x += stepAcross)
+            luminances.push_back(luminanceOf(picture.pixel(x, y)));
+    }
+    if (luminances.empty())
+        return std::nullopt;
+    const auto middle = luminances.begin() + std::ptrdiff_t(luminances.size() / 2);
+    std::nth_element(luminances.begin(), middle, luminances.end());
+    // White and black contrast with this alike: (1 + 0.05) / (L + 0.05) = (L + 0.05) / 0.05.
+    const double evenContrast = std::sqrt(1.05 * 0.05) - 0.05;
+    return *middle < evenContrast ? Appearance::vibrantDark : Appearance::vibrantLight;
+}
+
+std::optional<std::string> appearanceOfBarAt(QPoint icon) {
+    return showsItself() ? appearanceOf(shownAround(icon, barAt(icon))) : std::nullopt;
+}
+
+std::optional<std::string> appearanceOfBars() {
+    if (!showsItself())
+        return std::nullopt;
+    std::optional<std::string> common;
+    for (const xcb_window_t window :
+         valuesOf<xcb_window_t>(screen().root, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW)) {
+        if (!isDock(window))
+            continue;
+        const QRect bar = placeOf(window);
+        const auto look = appearanceOfBarAt(bar.center());
+        if (look && common && *common != *look)
+            return std::nullopt;
+        if (look)
+            common = look;
+    }
+    return common;
+}
+
+BarChanges::BarChanges(std::function<void()> settled) {
+    settling.setSingleShot(true);
+    settling.setTimerType(Qt::VeryCoarseTimer);
+    settling.setInterval(timeToSettle);
+    settling.callOnTimeout([settled = std::move(settled)] { settled(); });
+    if (showsItself())
+        qApp->installNativeEventFilter(this);
+}
+
+BarChanges::~BarChanges() = default;
+
+void BarChanges::expect() {
+    if (showsItself() && !settling.isActive())
+        settling.start();
+}
+
+bool BarChanges::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
+    // Qt has the X server tell of these changes in any case.
+    const auto* event = static_cast<const xcb_property_notify_event_t*>(message);
+    if (eventType == "xcb_generic_event_t" && (event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY &&
+        (event->atom == atomNamed("_XSETTINGS_SETTINGS") || event->atom == atomNamed("_XROOTPMAP_ID")))
+        expect();
+    return false;
+}
+
+} // namespace velloren::x11
