@@ -5,6 +5,7 @@
 #include "Tests/Support/QtTest.h"
 
 #include <QDBusConnectionInterface>
+#include <QDBusContext>
 
 #include <map>
 
@@ -90,6 +91,7 @@ class DesktopSettingsTest : public QtTest {
              {AppearanceSource::BarSetting, AppearanceSource::CustomaryBar, AppearanceSource::ColorScheme})
             Appearance::setName(source, std::nullopt);
         CurrentLocale::setHourCycle(HourCycle::FromLocale);
+        name.reset();
     }
 
     static bool isDark() { return Appearance::currentName() == Appearance::vibrantDark; }
