@@ -94,6 +94,11 @@ void StatusBarButton::changeEvent(QEvent* event) {
         displayNeeded();
 }
 
+void StatusBarButton::childEvent(QChildEvent* event) {
+    View::childEvent(event);
+    displayNeeded(); // a host may have asked for the picture before there was anything on it
+}
+
 StatusBar& StatusBar::systemStatusBar() {
     return SharedInstance<StatusBar>::get();
 }

@@ -42,6 +42,7 @@ class StatusBarButton final : public View {
   protected:
     void displayNeeded() override;
     void changeEvent(QEvent* event) override;
+    void childEvent(QChildEvent* event) override;
 
   private:
     std::function<void()> display;

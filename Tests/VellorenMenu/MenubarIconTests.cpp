@@ -140,6 +140,9 @@ TEST_F(MenubarIconTest, TellsTheBarOnlyOfWhatChangedItsPicture) {
     redrawUnder(Appearance::vibrantLight);
     runPendingEvents();
     EXPECT_EQ(displays, 1) << "drawing asks for no drawing";
+    (new MenubarIcon({0, 0, 28, 22}))->setParent(&button);
+    runPendingEvents();
+    EXPECT_EQ(displays, 2) << "what is put on it shows";
 }
 
 } // namespace velloren
