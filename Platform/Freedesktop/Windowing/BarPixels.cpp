@@ -18,6 +18,7 @@ namespace velloren::x11 {
 namespace {
 
 constexpr std::chrono::seconds timeToSettle(1);
+constexpr int looksAtMost = 3;      // on a busy machine bars take longer
 constexpr int leastThickness = 12;  // less is what an auto-hidden bar leaves at the edge of the screen
 constexpr int greatestLength = 512; // of what is looked at, to each side of the icon
 
@@ -139,11 +140,14 @@ std::optional<std::string> appearanceOf(const QImage& picture) {
     }
     if (luminances.empty())
         return std::nullopt;
-    const auto middle = luminances.begin() + std::ptrdiff_t(luminances.size() / 2);
-    std::nth_element(luminances.begin(), middle, luminances.end());
+    std::sort(luminances.begin(), luminances.end());
+    const double nearlyDarkest = luminances[luminances.size() / 5];
+    const double nearlyLightest = luminances[luminances.size() * 4 / 5];
     // White and black contrast with this alike: (1 + 0.05) / (L + 0.05) = (L + 0.05) / 0.05.
     const double evenContrast = std::sqrt(1.05 * 0.05) - 0.05;
-    return *middle < evenContrast ? Appearance::vibrantDark : Appearance::vibrantLight;
+    if (nearlyLightest < evenContrast)
+        return Appearance::vibrantDark;
+    return nearlyDarkest >= evenContrast ? std::optional(Appearance::vibrantLight) : std::nullopt;
 }
 
 std::optional<std::string> appearanceOfBarAt(QPoint icon) {
@@ -172,7 +176,11 @@ BarChanges::BarChanges(std::function<void()> settled) {
     settling.setSingleShot(true);
     settling.setTimerType(Qt::VeryCoarseTimer);
     settling.setInterval(timeToSettle);
-    settling.callOnTimeout([settled = std::move(settled)] { settled(); });
+    settling.callOnTimeout([this, settled = std::move(settled)] {
+        if (--looksLeft > 0)
+            settling.start();
+        settled();
+    });
     if (showsItself())
         qApp->installNativeEventFilter(this);
 }
@@ -180,8 +188,10 @@ BarChanges::BarChanges(std::function<void()> settled) {
 BarChanges::~BarChanges() = default;
 
 void BarChanges::expect() {
-    if (showsItself() && !settling.isActive())
-        settling.start();
+    if (!showsItself())
+        return;
+    looksLeft = looksAtMost;
+    settling.start();
 }
 
 bool BarChanges::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
