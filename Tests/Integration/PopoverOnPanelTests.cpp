@@ -1,5 +1,7 @@
 #include "Tests/Integration/MenuAgentTest.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <fstream>
 
 namespace velloren {
@@ -45,6 +47,26 @@ TEST_F(IconInPanel, AppearsWhenThePanelDoesAndSurvivesItsCrash) {
     EXPECT_TRUE(agent->isRunning());
 }
 
+TEST_F(IconInPanel, FollowsThePanelBetweenLightAndDark) {
+    startAgent();
+    for (const char* isDark : {"true", "false", "true"}) {
+        desktop.run({"xfconf-query", "-c", "xfce4-panel", "-p", "/panels/dark-mode", "-n", "-t", "bool", "-s",
+                     isDark});
+        EXPECT_TRUE(desktop.waitUntil([this] {
+            const QImage screen = desktop.screen();
+            const int bar =
+                screen.pixelColor(VirtualDesktop::width / 2, VirtualDesktop::icon.y()).lightness();
+            int contrast = 0;
+            for (int x = -11; x <= 11; ++x) {
+                const int glyph = screen.pixelColor(VirtualDesktop::icon + QPoint(x, 0)).lightness();
+                contrast = std::max(contrast, std::abs(glyph - bar));
+            }
+            return contrast > 150;
+        })) << "dark: "
+            << isDark;
+    }
+}
+
 TEST_F(IconInPanel, StandsInATrayOfTheOlderKindWhereThereIsNoOther) {
     desktop.stopPanel();
     startAgent();
@@ -56,6 +78,13 @@ TEST_F(IconInPanel, StandsInATrayOfTheOlderKindWhereThereIsNoOther) {
           std::vector<std::string>{"tint2", "-c", settings}}) {
         const auto tray = desktop.start(command.front(), {command.begin() + 1, command.end()});
         ASSERT_TRUE(desktop.waitUntil([this] { return desktop.legacyIcon().has_value(); }));
+        desktop.run({"sh", "-c",
+                     "xdotool windowreparent $(xdotool search --name '^Velloren$') "
+                     "$(xwininfo -root -int | awk '/Window id/ {print $4}')"});
+        ASSERT_TRUE(desktop.waitUntil([this] {
+            const auto place = desktop.legacyIcon();
+            return place && place->top() > VirtualDesktop::height / 2;
+        })) << "put out, it asks the tray again";
         const QRect icon = *desktop.legacyIcon();
         EXPECT_TRUE(desktop.waitUntil([&] {
             desktop.click(icon.center());
