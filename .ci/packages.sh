@@ -35,7 +35,7 @@ install_missing() {
     [ ${#missing[@]} -eq 0 ] && return
     echo "Installing with apt-get: ${missing[*]}"
     as_root apt-get update -qq
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600 install -y -qq --no-install-recommends "${missing[@]}"
 }
 
 # configure PRESET [OPTION...]: makes the build folder of that preset, with ccache where it is installed.

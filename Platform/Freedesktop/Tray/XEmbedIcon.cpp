@@ -23,18 +23,14 @@ constexpr std::uint8_t translucentDepth = 32;
 constexpr std::uint32_t requestDock = 0;
 constexpr std::array<std::uint32_t, 2> xembedInfo{0, 1}; // protocol version 0, to be mapped
 
-const xcb_screen_t& screen() {
-    return *xcb_setup_roots_iterator(xcb_get_setup(x11::connection())).data;
-}
-
 std::uint8_t depthOf(xcb_visualid_t visual) {
-    for (auto depth = xcb_screen_allowed_depths_iterator(&screen()); depth.rem; xcb_depth_next(&depth)) {
+    for (auto depth = xcb_screen_allowed_depths_iterator(&x11::screen()); depth.rem; xcb_depth_next(&depth)) {
         for (auto each = xcb_depth_visuals_iterator(depth.data); each.rem; xcb_visualtype_next(&each)) {
             if (each.data->visual_id == visual)
                 return depth.data->depth;
         }
     }
-    return screen().root_depth;
+    return x11::screen().root_depth;
 }
 
 void setText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, const std::string& text) {
@@ -50,16 +46,12 @@ QImage transparent(QSize size) {
 
 /// What shows through the window; black where it cannot be told.
 QImage backgroundOf(xcb_window_t window, QSize size) {
-    QImage background(size, QImage::Format_RGB32);
-    background.fill(Qt::black);
     xcb_clear_area(x11::connection(), false, window, 0, 0, 0, 0);
-    const auto shown = x11::owned(
-        xcb_get_image_reply(x11::connection(),
-                            xcb_get_image(x11::connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, window, 0, 0,
-                                          std::uint16_t(size.width()), std::uint16_t(size.height()), ~0U),
-                            nullptr));
-    if (shown && xcb_get_image_data_length(shown.get()) == background.sizeInBytes())
-        std::copy_n(xcb_get_image_data(shown.get()), background.sizeInBytes(), background.bits());
+    QImage background = x11::imageOf(window, QRect(QPoint(), size));
+    if (background.isNull()) {
+        background = QImage(size, QImage::Format_RGB32);
+        background.fill(Qt::black);
+    }
     return background;
 }
 
@@ -159,7 +151,7 @@ void XEmbedIcon::trayChanged() {
 }
 
 void XEmbedIcon::reparented(std::uint32_t parent) {
-    isEmbedded = parent != screen().root;
+    isEmbedded = parent != x11::screen().root;
     if (isEmbedded || ++timesPutOut > patienceWithTray)
         return;
     undock();
@@ -205,7 +197,7 @@ void XEmbedIcon::undock() {
 
 QPoint XEmbedIcon::centreOnScreen() const {
     const auto corner = x11::owned(xcb_translate_coordinates_reply(
-        x11::connection(), xcb_translate_coordinates(x11::connection(), window, screen().root, 0, 0),
+        x11::connection(), xcb_translate_coordinates(x11::connection(), window, x11::screen().root, 0, 0),
         nullptr));
     const QPoint centre(size.width() / 2, size.height() / 2);
     return corner ? QPoint(corner->dst_x, corner->dst_y) + centre : centre;
@@ -218,7 +210,7 @@ void XEmbedIcon::createWindow() {
     const auto side = std::uint16_t(std::lround(firstSide * qApp->devicePixelRatio()));
     size = {side, side};
     colormap = xcb_generate_id(connection);
-    xcb_create_colormap(connection, XCB_COLORMAP_ALLOC_NONE, colormap, screen().root, visual);
+    xcb_create_colormap(connection, XCB_COLORMAP_ALLOC_NONE, colormap, x11::screen().root, visual);
     xcb_create_window_value_list_t values{};
     values.background_pixmap =
         depth == translucentDepth ? XCB_BACK_PIXMAP_NONE : XCB_BACK_PIXMAP_PARENT_RELATIVE;
@@ -228,8 +220,8 @@ void XEmbedIcon::createWindow() {
     values.colormap = colormap;
     window = xcb_generate_id(connection);
     xcb_create_window_aux(
-        connection, depth, window, screen().root, 0, 0, side, side, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
-        XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP, &values);
+        connection, depth, window, x11::screen().root, 0, 0, side, side, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+        visual, XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP, &values);
 
     const std::string program = QCoreApplication::applicationName().toStdString();
     setText(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, program + '\0' + program + '\0');
@@ -250,7 +242,7 @@ std::uint32_t XEmbedIcon::visualOfTray() const {
                          XCB_ATOM_VISUALID, 0, 1),
         nullptr));
     if (!property || xcb_get_property_value_length(property.get()) != sizeof(xcb_visualid_t))
-        return screen().root_visual;
+        return x11::screen().root_visual;
     return *static_cast<const xcb_visualid_t*>(xcb_get_property_value(property.get()));
 }
 

@@ -1,6 +1,7 @@
 #include "Platform/Freedesktop/Windowing/BarPixels.h"
 
 #include "Platform/Desktop/Appearance.h"
+#include "Platform/Freedesktop/Windowing/X11Bars.h"
 #include "Platform/Freedesktop/Windowing/X11Display.h"
 
 #include <QCoreApplication>
@@ -22,78 +23,9 @@ constexpr int looksAtMost = 3;      // on a busy machine bars take longer
 constexpr int leastThickness = 12;  // less is what an auto-hidden bar leaves at the edge of the screen
 constexpr int greatestLength = 512; // of what is looked at, to each side of the icon
 
-const xcb_screen_t& screen() {
-    return *xcb_setup_roots_iterator(xcb_get_setup(connection())).data;
-}
-
 /// Under a Wayland compositor an X screen shows nothing of the desktop.
 bool showsItself() {
     return connection() && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
-}
-
-template <class Value>
-std::vector<Value> valuesOf(xcb_window_t window, const char* property, xcb_atom_t type) {
-    constexpr std::uint32_t limit = 4096; // in units of four bytes
-    const auto reply = owned(xcb_get_property_reply(
-        connection(), xcb_get_property(connection(), false, window, atomNamed(property), type, 0, limit),
-        nullptr));
-    if (!reply || reply->format != 8 * sizeof(Value))
-        return {};
-    const auto* first = static_cast<const Value*>(xcb_get_property_value(reply.get()));
-    return {first, first + reply->value_len};
-}
-
-bool isDock(xcb_window_t window) {
-    const auto types = valuesOf<xcb_atom_t>(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM);
-    return std::find(types.begin(), types.end(), atomNamed("_NET_WM_WINDOW_TYPE_DOCK")) != types.end();
-}
-
-/// Where the window is on the screen; empty where it is gone.
-QRect placeOf(xcb_window_t window) {
-    const auto size =
-        owned(xcb_get_geometry_reply(connection(), xcb_get_geometry(connection(), window), nullptr));
-    const auto corner = owned(xcb_translate_coordinates_reply(
-        connection(), xcb_translate_coordinates(connection(), window, screen().root, 0, 0), nullptr));
-    if (!size || !corner)
-        return {};
-    return {corner->dst_x, corner->dst_y, size->width, size->height};
-}
-
-/// The topmost window inside `outer` at that place of the screen; none where there is none.
-xcb_window_t windowAt(QPoint place, xcb_window_t outer) {
-    const auto found = owned(xcb_translate_coordinates_reply(
-        connection(),
-        xcb_translate_coordinates(connection(), screen().root, outer, std::int16_t(place.x()),
-                                  std::int16_t(place.y())),
-        nullptr));
-    return found ? found->child : xcb_window_t{XCB_WINDOW_NONE};
-}
-
-/// The bar that can be seen at that place; empty where something else is.
-QRect barAt(QPoint place) {
-    for (xcb_window_t window = windowAt(place, screen().root); window != XCB_WINDOW_NONE;
-         window = windowAt(place, window)) {
-        if (isDock(window))
-            return placeOf(window);
-    }
-    return {};
-}
-
-/// What the screen shows there; empty where it does not tell.
-QImage shownAt(const QRect& place) {
-    if (place.isEmpty())
-        return {};
-    QImage picture(place.size(), QImage::Format_RGB32);
-    const auto shown = owned(
-        xcb_get_image_reply(connection(),
-                            xcb_get_image(connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, screen().root,
-                                          std::int16_t(place.x()), std::int16_t(place.y()),
-                                          std::uint16_t(place.width()), std::uint16_t(place.height()), ~0U),
-                            nullptr));
-    if (!shown || xcb_get_image_data_length(shown.get()) != picture.sizeInBytes())
-        return {};
-    std::copy_n(xcb_get_image_data(shown.get()), picture.sizeInBytes(), picture.bits());
-    return picture;
 }
 
 /// Of a bar, the part around the icon but for the icon itself, which may be highlighted.
@@ -115,7 +47,7 @@ QImage shownAround(QPoint icon, const QRect& bar) {
         after.setTop(icon.y() + thickness);
     }
     const auto length = [](const QRect& part) { return std::max(part.width(), part.height()); };
-    return shownAt(length(before) > length(after) ? before : after);
+    return imageOf(screen().root, length(before) > length(after) ? before : after);
 }
 
 double luminanceOf(QRgb color) {
@@ -158,11 +90,7 @@ std::optional<std::string> appearanceOfBars() {
     if (!showsItself())
         return std::nullopt;
     std::optional<std::string> common;
-    for (const xcb_window_t window :
-         valuesOf<xcb_window_t>(screen().root, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW)) {
-        if (!isDock(window))
-            continue;
-        const QRect bar = placeOf(window);
+    for (const QRect& bar : bars()) {
         const auto look = appearanceOfBarAt(bar.center());
         if (look && common && *common != *look)
             return std::nullopt;

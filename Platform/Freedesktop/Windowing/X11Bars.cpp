@@ -2,12 +2,12 @@
 
 #include "Platform/Freedesktop/Windowing/X11Display.h"
 
+#include <QImage>
 #include <xcb/xcb.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <map>
-#include <span>
 #include <vector>
 
 namespace velloren::x11 {
@@ -16,52 +16,55 @@ namespace {
 
 constexpr int reach = 80;    // pixels to either side of the place that are looked at
 constexpr int widestGap = 1; // within an icon
-constexpr std::uint32_t colourBits = 0xffffff;
-constexpr std::uint32_t mostTypes = 8; // that a window may say it has
 
 /// What a bar shows at one place along it: its pixels across.
-using Slice = std::vector<std::uint32_t>;
+using Slice = std::vector<QRgb>;
 
-bool isBar(xcb_window_t window) {
-    const auto types = owned(
-        xcb_get_property_reply(connection(),
-                               xcb_get_property(connection(), false, window, atomNamed("_NET_WM_WINDOW_TYPE"),
-                                                XCB_ATOM_ATOM, 0, mostTypes),
-                               nullptr));
-    if (!types || types->format != 32)
-        return false;
-    const std::span atoms(static_cast<const xcb_atom_t*>(xcb_get_property_value(types.get())),
-                          types->value_len);
-    return std::find(atoms.begin(), atoms.end(), atomNamed("_NET_WM_WINDOW_TYPE_DOCK")) != atoms.end();
-}
-
-std::optional<QRect> placeOnScreen(xcb_window_t window) {
-    const auto sizeAsked = xcb_get_geometry(connection(), window);
-    const auto placeAsked = xcb_translate_coordinates(connection(), window, screen().root, 0, 0);
-    const auto size = owned(xcb_get_geometry_reply(connection(), sizeAsked, nullptr));
-    const auto place = owned(xcb_translate_coordinates_reply(connection(), placeAsked, nullptr));
-    if (!size || !place)
-        return std::nullopt;
-    return QRect(place->dst_x, place->dst_y, size->width, size->height);
-}
-
-/// One slice per pixel along a bar of which `part` is seen; empty when the display does not show its pixels.
-std::vector<Slice> slicesOf(const QRect& part, Qt::Orientation bar) {
-    const auto shown = owned(xcb_get_image_reply(
-        connection(),
-        xcb_get_image(connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, screen().root, std::int16_t(part.x()),
-                      std::int16_t(part.y()), std::uint16_t(part.width()), std::uint16_t(part.height()), ~0U),
+template <class Value>
+std::vector<Value> valuesOf(xcb_window_t window, const char* property, xcb_atom_t type) {
+    constexpr std::uint32_t limit = 4096; // in units of four bytes
+    const auto reply = owned(xcb_get_property_reply(
+        connection(), xcb_get_property(connection(), false, window, atomNamed(property), type, 0, limit),
         nullptr));
-    const auto count = std::size_t(part.width()) * std::size_t(part.height());
-    if (!shown || std::size_t(xcb_get_image_data_length(shown.get())) != count * sizeof(std::uint32_t))
+    if (!reply || reply->format != 8 * sizeof(Value))
         return {};
-    const auto* pixels = reinterpret_cast<const std::uint32_t*>(xcb_get_image_data(shown.get()));
+    const auto* first = static_cast<const Value*>(xcb_get_property_value(reply.get()));
+    return {first, first + reply->value_len};
+}
+
+bool isDock(xcb_window_t window) {
+    const auto types = valuesOf<xcb_atom_t>(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM);
+    return std::find(types.begin(), types.end(), atomNamed("_NET_WM_WINDOW_TYPE_DOCK")) != types.end();
+}
+
+/// Where the window is on the screen; empty where it is gone.
+QRect placeOf(xcb_window_t window) {
+    const auto size =
+        owned(xcb_get_geometry_reply(connection(), xcb_get_geometry(connection(), window), nullptr));
+    const auto corner = owned(xcb_translate_coordinates_reply(
+        connection(), xcb_translate_coordinates(connection(), window, screen().root, 0, 0), nullptr));
+    if (!size || !corner)
+        return {};
+    return {corner->dst_x, corner->dst_y, size->width, size->height};
+}
+
+/// The topmost window inside `outer` at that place of the screen; none where there is none.
+xcb_window_t windowAt(QPoint place, xcb_window_t outer) {
+    const auto found = owned(xcb_translate_coordinates_reply(
+        connection(),
+        xcb_translate_coordinates(connection(), screen().root, outer, std::int16_t(place.x()),
+                                  std::int16_t(place.y())),
+        nullptr));
+    return found ? found->child : xcb_window_t{XCB_WINDOW_NONE};
+}
+
+/// One slice per pixel along a bar of which the picture shows a part.
+std::vector<Slice> slicesOf(const QImage& picture, Qt::Orientation bar) {
     const bool horizontal = bar == Qt::Horizontal;
-    std::vector<Slice> slices(std::size_t(horizontal ? part.width() : part.height()));
-    for (std::size_t index = 0; index < count; ++index) {
-        const std::size_t column = index % std::size_t(part.width());
-        const std::size_t row = index / std::size_t(part.width());
-        slices[horizontal ? column : row].push_back(pixels[index] & colourBits);
+    std::vector<Slice> slices(std::size_t(horizontal ? picture.width() : picture.height()));
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x)
+            slices[std::size_t(horizontal ? x : y)].push_back(picture.pixel(x, y));
     }
     return slices;
 }
@@ -92,20 +95,27 @@ int endOfDrawn(const std::vector<bool>& drawn, int start, int step) {
 
 } // namespace
 
-std::optional<QRect> barAt(QPoint place) {
+QRect barAt(QPoint place) {
     if (!connection())
-        return std::nullopt;
-    for (xcb_window_t window = screen().root; window != XCB_WINDOW_NONE;) {
-        const auto reply = owned(xcb_translate_coordinates_reply(
-            connection(),
-            xcb_translate_coordinates(connection(), screen().root, window, std::int16_t(place.x()),
-                                      std::int16_t(place.y())),
-            nullptr));
-        window = reply ? reply->child : xcb_window_t{XCB_WINDOW_NONE};
-        if (window != XCB_WINDOW_NONE && isBar(window))
-            return placeOnScreen(window);
+        return {};
+    for (xcb_window_t window = windowAt(place, screen().root); window != XCB_WINDOW_NONE;
+         window = windowAt(place, window)) {
+        if (isDock(window))
+            return placeOf(window);
     }
-    return std::nullopt;
+    return {};
+}
+
+std::vector<QRect> bars() {
+    std::vector<QRect> found;
+    if (!connection())
+        return found;
+    for (const xcb_window_t window :
+         valuesOf<xcb_window_t>(screen().root, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW)) {
+        if (isDock(window))
+            found.push_back(placeOf(window));
+    }
+    return found;
 }
 
 std::optional<QRect> drawnAround(const QRect& bar, QPoint place) {
@@ -117,7 +127,8 @@ std::optional<QRect> drawnAround(const QRect& bar, QPoint place) {
                        QRect(0, 0, screen().width_in_pixels, screen().height_in_pixels);
     if (!connection() || part.isEmpty())
         return std::nullopt;
-    const auto drawn = drawnOn(slicesOf(part, horizontal ? Qt::Horizontal : Qt::Vertical));
+    const auto drawn =
+        drawnOn(slicesOf(imageOf(screen().root, part), horizontal ? Qt::Horizontal : Qt::Vertical));
     const int start = horizontal ? place.x() - part.x() : place.y() - part.y();
     if (start < 0 || start >= int(drawn.size()))
         return std::nullopt;

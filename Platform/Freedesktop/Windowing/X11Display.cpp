@@ -3,6 +3,7 @@
 #include <QGuiApplication>
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
 
@@ -34,6 +35,21 @@ std::optional<QPoint> pointerPlace() {
     const auto pointer =
         owned(xcb_query_pointer_reply(connection(), xcb_query_pointer(connection(), screen().root), nullptr));
     return pointer ? std::optional(QPoint(pointer->root_x, pointer->root_y)) : std::nullopt;
+}
+
+QImage imageOf(std::uint32_t window, const QRect& part) {
+    if (part.isEmpty())
+        return {};
+    QImage picture(part.size(), QImage::Format_RGB32);
+    const auto shown = owned(xcb_get_image_reply(
+        connection(),
+        xcb_get_image(connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, window, std::int16_t(part.x()),
+                      std::int16_t(part.y()), std::uint16_t(part.width()), std::uint16_t(part.height()), ~0U),
+        nullptr));
+    if (!shown || xcb_get_image_data_length(shown.get()) != picture.sizeInBytes())
+        return {};
+    std::copy_n(xcb_get_image_data(shown.get()), picture.sizeInBytes(), picture.bits());
+    return picture;
 }
 
 } // namespace velloren::x11

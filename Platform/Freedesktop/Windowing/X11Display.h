@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QImage>
 #include <QPoint>
+#include <QRect>
 
 #include <cstdint>
 #include <cstdlib>
@@ -25,6 +27,9 @@ namespace velloren::x11 {
 
 /// Where the pointer is, in the screen's own pixels; none where the server does not tell.
 [[nodiscard]] std::optional<QPoint> pointerPlace();
+
+/// What is shown in that part of a window, from the part's own corner; empty where it cannot be told.
+[[nodiscard]] QImage imageOf(std::uint32_t window, const QRect& part);
 
 /// Owns a reply of the X server; none when there was none.
 template <class Reply>

@@ -63,12 +63,13 @@ PopoverSite siteAt(const QRect& anchor, const QScreen& screen) {
     const QRect whole = screen.geometry();
     const QRect available = availableOn(screen);
     const QPoint place = pixels::fromDeviceIndependent(anchor.center(), screen);
-    const auto window = x11::barAt(place);
-    const QRect bar = window ? pixels::toDeviceIndependent(*window, screen) & whole
-                             : stripAround(anchor.center(), whole, available);
+    const QRect window = x11::barAt(place);
+    const QRect bar = window.isEmpty() ? stripAround(anchor.center(), whole, available)
+                                       : pixels::toDeviceIndependent(window, screen) & whole;
     if (bar.isEmpty())
         return {anchor, whole, available};
-    const auto drawn = x11::drawnAround(window ? *window : pixels::fromDeviceIndependent(bar, screen), place);
+    const auto drawn =
+        x11::drawnAround(window.isEmpty() ? pixels::fromDeviceIndependent(bar, screen) : window, place);
     return {drawn ? pixels::toDeviceIndependent(*drawn, screen) & whole : spanning(bar, anchor), whole,
             without(bar, available)};
 }

@@ -54,7 +54,7 @@ XInputEvents::XInputEvents() {
         return;
     connection = display;
     inputOpcode = extension->major_opcode;
-    rootWindow = xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
+    rootWindow = x11::screen().root;
     qApp->installNativeEventFilter(this);
 }
 
