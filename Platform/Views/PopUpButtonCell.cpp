@@ -12,8 +12,10 @@ QPoint menuCorner(const QRect& frame, QSize menu, RectEdge edge, const QRect& sc
     switch (edge) {
     case RectEdge::MinX:
         return {frame.left() - menu.width(), frame.top()};
-    case RectEdge::MinY:
-        return {left, frame.bottom() + 1};
+    case RectEdge::MinY: {
+        const int below = frame.bottom() + 1;
+        return {left, below + menu.height() <= screen.bottom() ? below : frame.top() - menu.height()};
+    }
     case RectEdge::MaxX:
         return {frame.right() + 1, frame.top()};
     case RectEdge::MaxY:

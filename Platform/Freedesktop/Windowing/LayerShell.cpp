@@ -20,7 +20,8 @@ namespace velloren {
 
 namespace {
 
-constexpr std::uint32_t layerShellVersion = 4; // the first in which the keyboard can be taken on demand
+constexpr std::uint32_t oldestLayerShell = 3; // that of KWin 5
+constexpr std::uint32_t keyboardOnDemandSince = 4;
 
 const char* nameOf(const wl_interface& interface) {
     return interface.name;
@@ -131,7 +132,7 @@ bool compositorHasLayerShell(std::chrono::milliseconds limit) {
     static constexpr wl_registry_listener registryListener{
         [](void* data, wl_registry*, std::uint32_t, const char* interface, std::uint32_t version) {
             if (interface == std::string_view(nameOf(zwlr_layer_shell_v1_interface)))
-                static_cast<Question*>(data)->hasLayerShell = version >= layerShellVersion;
+                static_cast<Question*>(data)->hasLayerShell = version >= oldestLayerShell;
         },
         [](void*, wl_registry*, std::uint32_t) {}};
     static constexpr wl_callback_listener answerListener{
@@ -160,15 +161,16 @@ LayerShell::~LayerShell() = default;
 
 void LayerShell::bind(std::uint32_t name, std::string_view interface, std::uint32_t version) {
     const auto take = [&]<class Object>(WaylandOwned<Object>& global, const wl_interface& wanted,
-                                        std::uint32_t wantedVersion) {
-        if (interface != wanted.name || version < wantedVersion)
+                                        std::uint32_t oldest, std::uint32_t newest) {
+        if (interface != wanted.name || version < oldest)
             return;
-        global.reset(static_cast<Object*>(wl_registry_bind(registry.get(), name, &wanted, wantedVersion)));
+        global.reset(
+            static_cast<Object*>(wl_registry_bind(registry.get(), name, &wanted, std::min(version, newest))));
     };
-    take(compositor, wl_compositor_interface, 4);
-    take(memory, wl_shm_interface, 1);
-    take(viewporter, wp_viewporter_interface, 1);
-    take(shell, zwlr_layer_shell_v1_interface, layerShellVersion);
+    take(compositor, wl_compositor_interface, 3, 4);
+    take(memory, wl_shm_interface, 1, 1);
+    take(viewporter, wp_viewporter_interface, 1, 1);
+    take(shell, zwlr_layer_shell_v1_interface, oldestLayerShell, keyboardOnDemandSince);
 }
 
 WaylandOwned<wl_surface> LayerShell::newSurface() const {
@@ -240,8 +242,11 @@ LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen
     zwlr_layer_surface_v1_set_anchor(role.get(),
                                      ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT);
     zwlr_layer_surface_v1_set_exclusive_zone(role.get(), -1);
-    zwlr_layer_surface_v1_set_keyboard_interactivity(role.get(),
-                                                     ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_ON_DEMAND);
+    // Before there was such a demand, the other kind was what compositors took for it on this layer.
+    const bool onDemand = zwlr_layer_surface_v1_get_version(role.get()) >= keyboardOnDemandSince;
+    zwlr_layer_surface_v1_set_keyboard_interactivity(
+        role.get(), onDemand ? ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_ON_DEMAND
+                             : ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_EXCLUSIVE);
     moveTo(frame);
 }
 
