@@ -7,8 +7,9 @@
 
 namespace velloren {
 
-/// Global events for Wayland sessions, where nobody is told of presses outside one's own windows: the loss of
-/// the keyboard's focus to another application stands for a press of the left button there.
+/// Global events for Wayland sessions whose compositor has no layer shell. Nobody is told there of presses
+/// outside one's own windows: the loss of the keyboard's focus to another application stands for a press of
+/// the left button. Presses that leave the focus where it is go unnoticed, as on the desktop itself.
 class FocusEvents final : public QObject, public GlobalEvents {
     Q_OBJECT
 

@@ -9,6 +9,7 @@
 #include <qpa/qplatformnativeinterface.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <poll.h>
 #include <string_view>
 #include <sys/mman.h>
@@ -38,7 +39,7 @@ wl_display* displayOfQt() {
         QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("wl_display"));
 }
 
-/// Reads what the compositor says within the limit; no more than one message's worth of patience.
+/// Waits until the compositor says something, and handles it. Whether there is any use in waiting on.
 bool dispatchBefore(wl_display* display, std::chrono::steady_clock::time_point limit) {
     while (wl_display_prepare_read(display) != 0) {
         if (wl_display_dispatch_pending(display) < 0)
@@ -48,9 +49,11 @@ bool dispatchBefore(wl_display* display, std::chrono::steady_clock::time_point l
     const auto left =
         std::chrono::duration_cast<std::chrono::milliseconds>(limit - std::chrono::steady_clock::now());
     pollfd descriptor{wl_display_get_fd(display), POLLIN, 0};
-    if (poll(&descriptor, 1, int(std::max<std::int64_t>(left.count(), 0))) <= 0) {
+    const int ready = poll(&descriptor, 1, int(std::max<std::int64_t>(left.count(), 0)));
+    if (ready <= 0) {
+        const bool interrupted = ready < 0 && errno == EINTR;
         wl_display_cancel_read(display);
-        return false;
+        return interrupted;
     }
     return wl_display_read_events(display) == 0 && wl_display_dispatch_pending(display) >= 0;
 }

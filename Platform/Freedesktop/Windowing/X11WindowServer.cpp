@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <array>
-#include <span>
 #include <utility>
 
 namespace velloren {
@@ -74,19 +73,12 @@ PopoverSite siteAt(const QRect& anchor, const QScreen& screen) {
             without(bar, available)};
 }
 
-void setNumbers(const QWidget& window, const char* property, std::span<const std::uint32_t> numbers) {
-    xcb_change_property(x11::connection(), XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
-                        x11::atomNamed(property), XCB_ATOM_CARDINAL, 32, std::uint32_t(numbers.size()),
-                        numbers.data());
-}
-
-void declareForEveryWorkspace(const QWidget& window) {
-    setNumbers(window, "_NET_WM_DESKTOP", std::array{0xffffffffU});
-}
-
 /// The window's shadow is its own: compositors that draw one around others leave it out.
 void declareShadow(const QWidget& window) {
-    setNumbers(window, "_GTK_FRAME_EXTENTS", std::array{1U, 1U, 1U, 1U});
+    constexpr std::array<std::uint32_t, 4> someOnEachSide{1, 1, 1, 1};
+    xcb_change_property(x11::connection(), XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
+                        x11::atomNamed("_GTK_FRAME_EXTENTS"), XCB_ATOM_CARDINAL, 32, someOnEachSide.size(),
+                        someOnEachSide.data());
 }
 
 } // namespace
@@ -122,8 +114,6 @@ void X11WindowServer::preparePopover(QWidget& window, ChangeHandler changed) {
         return;
     if (session == Session::X11)
         window.setWindowFlag(Qt::BypassWindowManagerHint);
-    else
-        declareForEveryWorkspace(window);
     declareShadow(window);
     popover = &window;
     compositingChanged = std::move(changed);
