@@ -16,6 +16,8 @@ namespace velloren {
 namespace {
 
 constexpr auto unit = "VellorenMenu/MainViewController";
+// Midnight, another time zone, the end of a suspension: nothing tells of them all.
+constexpr RunLoop::Seconds longestUntruth{1};
 
 template <class Row>
 Row& required(const QPointer<Row>& outlet) {
@@ -113,6 +115,12 @@ void MainViewController::viewDidAppear() {
         row.startActivity();
     else
         row.makeUptoDate();
+    passingTime = RunLoop::main().scheduleRepeating(longestUntruth, [this] { refreshRelativeDates(); });
+}
+
+void MainViewController::viewDidDisappear() {
+    passingTime->invalidate();
+    ViewController::viewDidDisappear();
 }
 
 bool MainViewController::showCreateRowForUser() {
@@ -152,6 +160,13 @@ void MainViewController::showNoMeetingsView() {
 
 void MainViewController::loadUpcoming(const std::optional<std::vector<Meeting>>& meetings) {
     layOut(meetings);
+}
+
+void MainViewController::refreshRelativeDates() {
+    for (const auto& row : {firstMeetingView, secondMeetingView, thridMeetingView}) {
+        if (!required(row).isItemHidden())
+            row->refreshRelativeDate();
+    }
 }
 
 void MainViewController::layOut(const std::optional<std::vector<Meeting>>& fetched) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/RunLoop.h"
 #include "Platform/Link/Link.h"
 #include "Platform/Views/ViewController.h"
 #include "Services/VModel.h"
@@ -32,6 +33,7 @@ class MainViewController final : public ViewController {
 
     void viewWillAppear() override;
     void viewDidAppear() override;
+    void viewDidDisappear() override;
 
     void showNoMeetingsView();
 
@@ -55,7 +57,10 @@ class MainViewController final : public ViewController {
     [[nodiscard]] bool showCreateRowForUser();
     void fetchThroughDelegate();
     void layOut(const std::optional<std::vector<Meeting>>& fetched);
+    void refreshRelativeDates();
 
+    /// Runs while the view is on the screen.
+    std::shared_ptr<RunLoop::Timer> passingTime;
     std::unique_ptr<MainContentView> rootView;
 };
 

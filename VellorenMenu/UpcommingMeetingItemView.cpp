@@ -14,15 +14,29 @@ void UpcommingMeetingItemView::awakeFromNib() {
 }
 
 void UpcommingMeetingItemView::configureForMeeting(const Meeting& meeting) {
-    const auto time = meeting.startTime ? relativeDateFromDateString(*meeting.startTime) : std::nullopt;
-    if (time && timeLabel)
-        timeLabel->setStringValue(*time);
-    if (meeting.title && titleLabel)
+    if (meeting.startTime)
+        showRelativeDate(*meeting.startTime);
+    if (meeting.title && titleLabel) {
         titleLabel->setStringValue(*meeting.title);
+        titleLabel->setVisible(!titleLabel->stringValue().trimmed().isEmpty()); // no gap above the time
+    }
     if (openButton && titleLabel)
         openButton->setAccessibleDescription(titleLabel->stringValue());
     if (meeting.id)
         meetingId = *meeting.id;
+}
+
+void UpcommingMeetingItemView::refreshRelativeDate() {
+    showRelativeDate(shownStartTime);
+}
+
+void UpcommingMeetingItemView::showRelativeDate(const std::string& startTime) {
+    const auto time = relativeDateFromDateString(startTime);
+    if (!time)
+        return;
+    shownStartTime = startTime;
+    if (timeLabel)
+        timeLabel->setStringValue(*time);
 }
 
 std::optional<std::string>

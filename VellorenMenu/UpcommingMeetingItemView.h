@@ -31,11 +31,20 @@ class UpcommingMeetingItemView final : public ItemView {
     /// Shows the meeting; a field that it lacks leaves the row's earlier value in place.
     void configureForMeeting(const Meeting& meeting);
 
+    /// Shows the start as it reads now: the day, the time zone or the clock may have changed since.
+    void refreshRelativeDate();
+
     /// The row's text for a start time. None when that cannot be read.
     [[nodiscard]] static std::optional<std::string> relativeDateFromDateString(const std::string& startTime);
 
     /// Closes the popover and opens the meeting in the main app.
     void openMeetingClicked();
+
+  private:
+    void showRelativeDate(const std::string& startTime);
+
+    /// Of the meeting whose time the row shows; empty before there was one.
+    std::string shownStartTime;
 };
 
 } // namespace velloren

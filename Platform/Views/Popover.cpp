@@ -50,6 +50,7 @@ void Popover::performClose() {
     window->releaseContent();
     // A click on something inside may be what closes the popover: the window is still handling it.
     window.release()->deleteLater();
+    controller->viewDidDisappear();
 }
 
 Window* Popover::contentWindow() const {

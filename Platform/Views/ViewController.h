@@ -4,7 +4,7 @@ class QWidget;
 
 namespace velloren {
 
-/// Owns one view and is told when it is about to appear and has appeared. Main thread only.
+/// Owns one view and is told when it is about to appear, has appeared and has gone again. Main thread only.
 class ViewController {
   public:
     ViewController() = default;
@@ -20,6 +20,8 @@ class ViewController {
     virtual void viewWillAppear() {}
 
     virtual void viewDidAppear() {}
+
+    virtual void viewDidDisappear() {}
 };
 
 } // namespace velloren

@@ -1,5 +1,6 @@
 #include "Platform/Views/PopoverWindow.h"
 #include "Tests/Support/AgentTest.h"
+#include "Tests/Support/EnvironmentVariable.h"
 #include "VellorenMenu/MainViewController.h"
 #include "VellorenMenu/MenuAppDelegate.h"
 
@@ -167,6 +168,21 @@ TEST_F(MainViewControllerTest, SetsTheUploadRowAtEachAppearance) {
                   syncing ? "Uploading meeting files" : "Up to date");
         EXPECT_EQ(controller->uploadItemView->imageView->image()->name(), syncing ? "sync" : "upToDate");
     }
+}
+
+TEST_F(MainViewControllerTest, KeepsTheTimesTrueForAsLongAsTheyShow) {
+    const EnvironmentVariable before("TZ", "UTC");
+    store.meetings = std::vector<Meeting>{{"1", "", "2031-03-07T14:05:00+00:00"}};
+    appear();
+    controller->viewDidAppear();
+    EXPECT_TRUE(controller->firstMeetingView->titleLabel->isHidden()) << "no gap where the title is empty";
+    const auto* time = controller->firstMeetingView->timeLabel.data();
+    EXPECT_TRUE(time->stringValue().contains("14:05"));
+    const EnvironmentVariable after("TZ", "Asia/Kolkata");
+    loop.advance(RunLoop::Seconds(1));
+    EXPECT_TRUE(time->stringValue().contains("19:35"));
+    controller->viewDidDisappear();
+    EXPECT_EQ(loop.pendingTimers(), 0u) << "nothing wakes up for what nobody sees";
 }
 
 TEST_F(MainViewControllerTest, SendsAClickedRowToTheMainAppAndClosesThePopoverFirst) {
