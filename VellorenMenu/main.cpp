@@ -139,7 +139,9 @@ int main(int argc, char** argv) {
     if (!QDBusConnection::sessionBus().isConnected())
         return fail("there is no session bus; start this program from a desktop session");
     QTranslator translator;
-    if (translator.load(QLocale(), QStringLiteral("velloren"), QStringLiteral("_"), QStringLiteral(":/i18n")))
+    // The first language alone: the next one down the user's list is worse than English beside English.
+    const QLocale language(QLocale().uiLanguages().value(0));
+    if (translator.load(language, QStringLiteral("velloren"), QStringLiteral("_"), QStringLiteral(":/i18n")))
         QCoreApplication::installTranslator(&translator);
     describeWidgetsToAssistivePrograms();
     QApplication::setQuitOnLastWindowClosed(false);
