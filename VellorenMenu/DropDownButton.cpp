@@ -1,12 +1,11 @@
 #include "VellorenMenu/DropDownButton.h"
 
 #include "Platform/Views/Image.h"
-#include "Platform/Views/WindowServer.h"
+#include "Platform/Views/PopUpMenu.h"
 #include "VellorenMenu/ActionItems.h"
 #include "VellorenMenu/ClosePopover.h"
 #include "VellorenMenu/Colors.h"
 
-#include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -16,21 +15,6 @@ namespace {
 
 constexpr QSize buttonSize(28, 22);
 constexpr double cornerRadius = 5;
-
-constexpr QLatin1String menuStyle(R"(
-QMenu { background: #ffffff; border: 1px solid rgba(0, 0, 0, 46); padding: 4px; font-size: 13px; }
-QMenu::item { padding: 4px 16px; color: #1d1d1f; border-radius: 4px; }
-QMenu::item:selected { background: #0050ff; color: #ffffff; }
-QMenu::separator { height: 1px; margin: 4px 8px; background: rgba(0, 0, 0, 26); }
-)");
-constexpr QLatin1String roundedMenuStyle("QMenu { border-radius: 8px; }");
-
-void styleMenu(QMenu& menu) {
-    const bool rounded = WindowServer::shared().isComposited();
-    menu.setWindowFlag(Qt::FramelessWindowHint);
-    menu.setAttribute(Qt::WA_TranslucentBackground, rounded);
-    menu.setStyleSheet(rounded ? menuStyle + roundedMenuStyle : QString(menuStyle));
-}
 
 /// None for the separator.
 void (DropDownButton::*selectorOf(ActionItem item))() {
@@ -60,8 +44,7 @@ DropDownButton::DropDownButton(QWidget* parent) : QPushButton(parent) {
 
 QMenu& DropDownButton::actionMenu() {
     if (!shownMenu) {
-        shownMenu = new QMenu(this);
-        styleMenu(*shownMenu);
+        shownMenu = new PopUpMenu(this);
         shownMenu->addAction(QString());
         for (const ActionItem item : actionItems) {
             if (const auto action = selectorOf(item))

@@ -3,6 +3,7 @@
 #include "VellorenMenu/Colors.h"
 
 #include <QEvent>
+#include <QToolTip>
 
 namespace velloren {
 
@@ -33,6 +34,8 @@ QPalette lightPalette() {
     palette.setColor(QPalette::Text, Qt::black);
     palette.setColor(QPalette::ButtonText, Qt::black);
     palette.setColor(QPalette::Base, Qt::white);
+    palette.setColor(QPalette::ToolTipBase, Qt::white);
+    palette.setColor(QPalette::ToolTipText, QColor(29, 29, 31));
     return palette;
 }
 
@@ -40,6 +43,7 @@ QPalette lightPalette() {
 
 MainContentView::MainContentView(QWidget* parent) : View(parent) {
     setPalette(lightPalette());
+    QToolTip::setPalette(lightPalette());
 }
 
 void MainContentView::viewDidMoveToWindow() {

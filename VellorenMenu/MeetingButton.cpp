@@ -16,8 +16,8 @@ constexpr double bezelRadius = 6;
 
 QColor bezelColor(const QPushButton& button) {
     if (button.isDown())
-        return {214, 214, 214};
-    return button.underMouse() ? QColor(242, 242, 242) : QColor(250, 250, 250);
+        return colors::bezelPressedFill;
+    return button.underMouse() ? colors::bezelHoverFill : colors::bezelFill;
 }
 
 } // namespace

@@ -7,9 +7,11 @@
 namespace velloren {
 
 void RowButton::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    if (isDown())
+        painter.fillRect(rect(), colors::pressedGrey);
     if (!hasFocus())
         return;
-    QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(colors::focusBlue, 2));
     painter.drawRoundedRect(QRectF(rect()).adjusted(5, 3, -5, -3), 6, 6);

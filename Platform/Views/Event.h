@@ -7,11 +7,7 @@
 namespace velloren {
 
 /// The kinds of event that views and monitors are told of.
-enum class EventType : std::uint8_t {
-    LeftMouseDown = 2,
-    RightMouseDown = 4,
-    OtherMouseDown = 25
-};
+enum class EventType : std::uint8_t { LeftMouseDown = 2, RightMouseDown = 4, OtherMouseDown = 25 };
 
 /// A set of event types: bit n stands for the type of value n.
 using EventMask = std::uint64_t;

@@ -14,10 +14,27 @@ namespace {
 constexpr qsizetype longestLine = 512;
 constexpr qsizetype longestToolTip = 2000;
 
+/// Tool tips wrap at blanks only: a word wider than any screen gets places to wrap at.
+QString wrappable(const QString& text) {
+    constexpr qsizetype longestWord = 48;
+    constexpr QChar invisibleBlank(0x200b);
+    QString result;
+    qsizetype length = 0;
+    for (const QChar unit : text) {
+        length = unit.isSpace() ? 0 : length + 1;
+        if (length > longestWord && !unit.isLowSurrogate()) {
+            result += invisibleBlank;
+            length = 1;
+        }
+        result += unit;
+    }
+    return result;
+}
+
 /// Tool tips take anything that looks like markup for markup.
 QString asToolTip(const QString& text) {
     return QStringLiteral("<p style='white-space: pre-wrap'>%1</p>")
-        .arg(cut(text, longestToolTip).toHtmlEscaped());
+        .arg(wrappable(cut(text, longestToolTip)).toHtmlEscaped());
 }
 
 } // namespace
@@ -27,6 +44,8 @@ Label::Label(QWidget* parent) : QWidget(parent) {
 }
 
 void Label::setStringValue(const QString& value) {
+    if (value == text)
+        return;
     text = value;
     line = asOneLine(value, longestLine);
     setAccessibleName(line);

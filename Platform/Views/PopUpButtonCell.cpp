@@ -34,7 +34,10 @@ void PopUpButtonCell::performClickWithFrame(const QRect& frame, QWidget& view) {
     // The press that dismisses the menu has had its effect: it may be on the button again.
     shownMenu->setAttribute(Qt::WA_NoMouseReplay);
     const QRect onScreen(view.mapToGlobal(frame.topLeft()), frame.size());
-    shownMenu->exec(menuCorner(onScreen, shownMenu->sizeHint(), edge, view.screen()->availableGeometry()));
+    const QMargins shadow = shownMenu->contentsMargins();
+    const QSize size = shownMenu->sizeHint().shrunkBy(shadow);
+    shownMenu->exec(menuCorner(onScreen, size, edge, view.screen()->availableGeometry()) -
+                    QPoint(shadow.left(), shadow.top()));
 }
 
 } // namespace velloren

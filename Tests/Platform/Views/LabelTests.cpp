@@ -55,12 +55,13 @@ TEST_F(LabelTest, StaysOneLineWhateverTheTextHolds) {
 TEST_F(LabelTest, TellsWhatDoesNotFitAndNothingElseInAToolTipThatFitsTheScreen) {
     show(QStringLiteral("Review"), 300);
     EXPECT_EQ(toolTip(), QString());
-    show(QStringLiteral("two words ").repeated(1000), 100);
+    for (const char* text : {"one_word", "two words "}) {
+        show(QString::fromLatin1(text).repeated(1000), 100);
+        EXPECT_TRUE(toolTip().contains(QString::fromLatin1(text).repeated(2)));
+        for (const QWidget* widget : QApplication::topLevelWidgets())
+            EXPECT_TRUE(label.screen()->geometry().contains(widget->geometry())) << text;
+    }
     const QImage elided = label.grab().toImage();
-    EXPECT_TRUE(toolTip().contains(QStringLiteral("two words two")));
-    for (const QWidget* widget : QApplication::topLevelWidgets())
-        EXPECT_TRUE(label.screen()->geometry().contains(widget->geometry()))
-            << widget->metaObject()->className();
     label.setStringValue(label.stringValue() + QStringLiteral("different at the end"));
     EXPECT_EQ(label.grab().toImage(), elided);
 }
