@@ -11,7 +11,7 @@ namespace velloren {
 
 namespace {
 
-constexpr QColor panelColor = Qt::white;
+constexpr QColor panelColor(255, 255, 255);
 constexpr QColor plainRim(209, 209, 209);
 
 constexpr QLatin1String menuStyle(R"(

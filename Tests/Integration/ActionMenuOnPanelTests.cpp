@@ -81,7 +81,7 @@ TEST_F(ActionMenuOnPanel, LeavesThePopoverOpenWhenItIsDismissed) {
 }
 
 TEST_F(ActionMenuOnPanel, IsInThePanelsOwnMenuOfTheIconAsWellBelowTheMeetings) {
-    installStandIn();
+    installMainApp();
     const auto panelMenuShows = [this] {
         constexpr QPoint belowIcon = VirtualDesktop::icon + QPoint(-40, 45);
         return !desktop.popover() && desktop.screen().pixelColor(belowIcon) != Qt::black;
@@ -94,7 +94,7 @@ TEST_F(ActionMenuOnPanel, IsInThePanelsOwnMenuOfTheIconAsWellBelowTheMeetings) {
         EXPECT_TRUE(desktop.waitUntil([&] { return !panelMenuShows(); }));
     };
     chooseWith("Down");
-    EXPECT_TRUE(waitForRequests({"open demo-1"}));
+    expectRequests({"open demo-1"});
     openPopover();
     chooseWith("Up");
     EXPECT_EQ(agent->wait(), 0);

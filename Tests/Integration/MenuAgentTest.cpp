@@ -61,11 +61,11 @@ void MenuAgentTest::installMainApp(Make make, const std::string& options) {
     desktop.bus().addService(mainAppName, "/bin/sh " + script.string());
 }
 
-void MenuAgentTest::openPopover() {
+void MenuAgentTest::openPopover(QPoint place) {
     ASSERT_FALSE(desktop.popover());
     // A panel that just got the item may not show it yet.
-    ASSERT_TRUE(desktop.waitUntil([this] {
-        desktop.click(VirtualDesktop::icon);
+    ASSERT_TRUE(desktop.waitUntil([this, place] {
+        desktop.click(place);
         for (int look = 0; look < 20; ++look) {
             if (desktop.popover())
                 return true;

@@ -32,7 +32,7 @@ class MenuAgentTest : public ::testing::Test {
     void installMainApp(Make make = Make::StandIn, const std::string& options = {});
 
     /// Clicks the icon until the popover is open.
-    void openPopover();
+    void openPopover(QPoint place = VirtualDesktop::icon);
     /// Whether what is typed comes to go to the popover.
     bool popoverGetsKeys();
     bool closesWithin(const std::function<void()>& action);

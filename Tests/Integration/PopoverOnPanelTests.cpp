@@ -195,22 +195,43 @@ TEST_F(PopoverOnPanel, GoesAlongToAnotherWorkspace) {
     EXPECT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::icon); }));
 }
 
-TEST_F(PopoverOnPanel, HangsBelowThePanelWithItsArrowAtTheIcon) {
+TEST_F(PopoverOnPanel, HangsBelowThePanelWithItsArrowAtTheIconWhereverInItTheClickWas) {
+    startAgent();
+    const int icon = VirtualDesktop::icon.y() - VirtualDesktop::aboveGlyph.y();
+    const auto isGrey = [](QColor color) { return color == QColor(236, 236, 236); };
+    for (const QPoint place : {QPoint(-9, -13), QPoint(0, 0), QPoint(9, 13)}) {
+        openPopover(VirtualDesktop::icon + place);
+        const auto window = desktop.popover();
+        ASSERT_TRUE(window);
+        EXPECT_NEAR(window->top(), 31, 1);
+        const int arrow = window->top() + 3;
+        QImage screen;
+        ASSERT_TRUE(desktop.waitUntil([&] {
+            screen = desktop.screen();
+            return middleOf(screen, icon, VirtualDesktop::isHighlight) > 0 &&
+                   middleOf(screen, arrow, isGrey) > 0;
+        }));
+        EXPECT_NEAR(middleOf(screen, arrow, isGrey), middleOf(screen, icon, VirtualDesktop::isHighlight), 1);
+        EXPECT_TRUE(closesOnClick());
+    }
+}
+
+TEST_F(PopoverOnPanel, IsNoTaskAndLeavesNoBlackMarginWhenTheCompositorEnds) {
     startAgent();
     openPopover();
-    const auto window = desktop.popover();
-    ASSERT_TRUE(window);
-    EXPECT_GE(window->top(), 30);
-    EXPECT_LE(window->top(), 34);
-    const int icon = VirtualDesktop::icon.y() - VirtualDesktop::aboveGlyph.y();
-    const int arrow = window->top() + 3;
-    const auto isGrey = [](QColor color) { return color == QColor(236, 236, 236); };
-    QImage screen;
-    ASSERT_TRUE(desktop.waitUntil([&] {
-        screen = desktop.screen();
-        return middleOf(screen, icon, VirtualDesktop::isHighlight) > 0 && middleOf(screen, arrow, isGrey) > 0;
+    std::string windows;
+    desktop.run({"xprop", "-root", "_NET_CLIENT_LIST"}, &windows);
+    EXPECT_EQ(
+        std::count(windows.begin(), windows.end(), '#') + std::count(windows.begin(), windows.end(), ','), 1)
+        << "the panel is the only one: " << windows;
+    const QPoint margin = desktop.popover()->bottomLeft() + QPoint(4, -4);
+    desktop.run(
+        {"xfconf-query", "-c", "xfwm4", "-p", "/general/use_compositing", "-n", "-t", "bool", "-s", "false"});
+    EXPECT_TRUE(desktop.waitUntil([&] {
+        const QImage screen = desktop.screen();
+        return screen.pixelColor(margin) == screen.pixelColor(VirtualDesktop::elsewhere);
     }));
-    EXPECT_NEAR(middleOf(screen, arrow, isGrey), middleOf(screen, icon, VirtualDesktop::isHighlight), 1);
+    EXPECT_TRUE(desktop.popover());
 }
 
 TEST_F(PopoverOnPanel, ShowsTheStoreOrThatThereIsNothing) {
