@@ -118,8 +118,8 @@ std::vector<QRect> bars() {
     return found;
 }
 
-std::optional<QRect> drawnAround(const QRect& bar, QPoint place) {
-    const bool horizontal = bar.width() >= bar.height();
+std::optional<QRect> drawnAround(const QRect& bar, Qt::Orientation runs, QPoint place) {
+    const bool horizontal = runs == Qt::Horizontal;
     const int thickness = horizontal ? bar.height() : bar.width();
     const QMargins around = horizontal ? QMargins(reach, thickness, reach, thickness)
                                        : QMargins(thickness, reach, thickness, reach);
@@ -127,8 +127,7 @@ std::optional<QRect> drawnAround(const QRect& bar, QPoint place) {
                        QRect(0, 0, screen().width_in_pixels, screen().height_in_pixels);
     if (!connection() || part.isEmpty())
         return std::nullopt;
-    const auto drawn =
-        drawnOn(slicesOf(imageOf(screen().root, part), horizontal ? Qt::Horizontal : Qt::Vertical));
+    const auto drawn = drawnOn(slicesOf(imageOf(screen().root, part), runs));
     const int start = horizontal ? place.x() - part.x() : place.y() - part.y();
     if (start < 0 || start >= int(drawn.size()))
         return std::nullopt;

@@ -39,12 +39,21 @@ QRect stripAround(QPoint place, const QRect& screen, const QRect& available) {
     return {};
 }
 
+/// Which way the bar runs. One in a corner may be as small as its icon: most of those are at the top or the
+/// bottom.
+Qt::Orientation orientationOf(const QRect& bar, const QRect& screen) {
+    const bool atSide = bar.left() <= screen.left() || bar.right() >= screen.right();
+    const bool atEnd = bar.top() <= screen.top() || bar.bottom() >= screen.bottom();
+    const int timesAsHigh = atSide && atEnd ? 2 : 1;
+    return bar.height() > timesAsHigh * bar.width() ? Qt::Vertical : Qt::Horizontal;
+}
+
 /// `area` without the side of it that `bar` covers.
-QRect without(const QRect& bar, QRect area) {
+QRect without(const QRect& bar, Qt::Orientation runs, QRect area) {
     const QPoint fromCentre = bar.center() - area.center();
-    if (bar.width() >= bar.height() && fromCentre.y() < 0)
+    if (runs == Qt::Horizontal && fromCentre.y() < 0)
         area.setTop(std::max(area.top(), bar.bottom() + 1));
-    else if (bar.width() >= bar.height())
+    else if (runs == Qt::Horizontal)
         area.setBottom(std::min(area.bottom(), bar.top() - 1));
     else if (fromCentre.x() < 0)
         area.setLeft(std::max(area.left(), bar.right() + 1));
@@ -53,9 +62,9 @@ QRect without(const QRect& bar, QRect area) {
     return area;
 }
 
-QRect spanning(const QRect& bar, const QRect& anchor) {
-    return bar.width() >= bar.height() ? QRect(anchor.x(), bar.y(), anchor.width(), bar.height())
-                                       : QRect(bar.x(), anchor.y(), bar.width(), anchor.height());
+QRect spanning(const QRect& bar, Qt::Orientation runs, const QRect& anchor) {
+    return runs == Qt::Horizontal ? QRect(anchor.x(), bar.y(), anchor.width(), bar.height())
+                                  : QRect(bar.x(), anchor.y(), bar.width(), anchor.height());
 }
 
 PopoverSite siteAt(const QRect& anchor, const QScreen& screen) {
@@ -67,10 +76,11 @@ PopoverSite siteAt(const QRect& anchor, const QScreen& screen) {
                                        : pixels::toDeviceIndependent(window, screen) & whole;
     if (bar.isEmpty())
         return {anchor, whole, available};
+    const Qt::Orientation runs = orientationOf(bar, whole);
     const auto drawn =
-        x11::drawnAround(window.isEmpty() ? pixels::fromDeviceIndependent(bar, screen) : window, place);
-    return {drawn ? pixels::toDeviceIndependent(*drawn, screen) & whole : spanning(bar, anchor), whole,
-            without(bar, available)};
+        x11::drawnAround(window.isEmpty() ? pixels::fromDeviceIndependent(bar, screen) : window, runs, place);
+    return {drawn ? pixels::toDeviceIndependent(*drawn, screen) & whole : spanning(bar, runs, anchor), whole,
+            without(bar, runs, available)};
 }
 
 /// The window's shadow is its own: compositors that draw one around others leave it out.
