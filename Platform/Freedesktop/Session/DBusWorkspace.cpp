@@ -66,9 +66,13 @@ bool DBusWorkspace::openURL(const URL& url) {
 }
 
 void DBusWorkspace::nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner) {
-    if (oldOwner.isEmpty() == newOwner.isEmpty())
-        return;
-    const Notice notice = oldOwner.isEmpty() ? Notice::DidLaunchApplication : Notice::DidTerminateApplication;
+    if (!oldOwner.isEmpty())
+        tell(Notice::DidTerminateApplication, name);
+    if (!newOwner.isEmpty())
+        tell(Notice::DidLaunchApplication, name);
+}
+
+void DBusWorkspace::tell(Notice notice, const QString& name) const {
     const Notification notification{
         Notification::Info{{"NSApplicationBundleIdentifier", name.toStdString()}}};
     std::vector<Observer> told; // an observer may end its own or another's subscription

@@ -10,7 +10,8 @@
 namespace velloren {
 
 /// The workspace as the session bus shows it: an application is launched when its bundle identifier gets an
-/// owner, and terminated when it loses the last one. Only the given applications are watched, so that the
+/// owner, and terminated when it loses one; where the next instance takes over, it is terminated and then
+/// launched. Only the given applications are watched, so that the
 /// rest of the session's comings and goings wake nobody.
 class DBusWorkspace final : public QObject, public Workspace {
     Q_OBJECT
@@ -28,6 +29,8 @@ class DBusWorkspace final : public QObject, public Workspace {
     void nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner);
 
   private:
+    void tell(Notice notice, const QString& name) const;
+
     struct Entry {
         Notice notice;
         Observer observer;
