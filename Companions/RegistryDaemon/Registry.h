@@ -2,19 +2,44 @@
 
 #include "Shared/EndPointHandling.h"
 
-#include <map>
+#include <list>
+#include <optional>
 #include <string>
+#include <sys/types.h>
+#include <vector>
 
 namespace velloren {
 
+/// Who has which name, as the registry needs to know it.
+class Processes {
+  public:
+    Processes() = default;
+    Processes(const Processes&) = delete;
+    Processes& operator=(const Processes&) = delete;
+    virtual ~Processes() = default;
+
+    /// The processes that have the identifier as their name: first its owner, then those that wait in line.
+    [[nodiscard]] virtual std::vector<pid_t> instancesOf(const std::string& identifier) = 0;
+
+    /// The process whose call is being served; none when it has gone.
+    [[nodiscard]] virtual std::optional<pid_t> caller() = 0;
+};
+
 /// Which process listens where, for as long as the daemon runs. Answers at once, on the calling thread.
+///
+/// While an identifier has an owner, only its instances register and remove under it, each an endpoint of its
+/// own, and the owner's is the one to be had. While it has none, anybody may, until the owner registers.
 class Registry final : public EndPointHandling {
   public:
     static constexpr std::size_t mostEntries = 64;
     static constexpr std::size_t longestIdentifier = 255;
 
-    /// A second registration under an identifier replaces the first. Refused when the identifier is empty or
-    /// too long, or when there are too many already.
+    /// `processes` outlives the registry.
+    explicit Registry(Processes& processes);
+
+    /// A second registration replaces the first. Refused when the identifier is empty or too long, when the
+    /// caller may not, or when there are too many already. Endpoints at which nobody listens make room, and
+    /// for the instances of an identifier those of identifiers without an owner do.
     void registerListenerEndpoint(const Endpoint& endpoint, const std::string& identifier,
                                   Stored completionHandler) override;
 
@@ -24,7 +49,19 @@ class Registry final : public EndPointHandling {
     void removeListenerEndpoint(const std::string& identifier) override;
 
   private:
-    std::map<std::string, Endpoint> endpoints;
+    struct Entry {
+        std::string identifier;
+        std::optional<pid_t> process; ///< none: registered while the identifier had no owner
+        Endpoint endpoint;
+    };
+
+    using Entries = std::list<Entry>;
+
+    [[nodiscard]] bool makeRoomFor(const Entry& entry);
+    [[nodiscard]] Entries::iterator find(const std::string& identifier);
+
+    Processes& processes;
+    Entries entries; ///< oldest first
 };
 
 } // namespace velloren

@@ -1,3 +1,4 @@
+#include "Companions/RegistryDaemon/BusProcesses.h"
 #include "Companions/RegistryDaemon/Registry.h"
 #include "Platform/Freedesktop/Bus/DBusExport.h"
 #include "Shared/VApp.h"
@@ -63,7 +64,8 @@ int main() {
     if (const int error = sd_bus_open_user(&session.bus); error < 0)
         return fail("there is no session bus", error);
 
-    Registry registry;
+    BusProcesses processes(session.bus);
+    Registry registry(processes);
     const auto atOnce = [](const auto& task) { task(); };
     const auto served = DBusExport::serve(session.bus, exportedEndPointHandling(registry), atOnce, atOnce);
     sd_bus_add_filter(session.bus, nullptr, endsWithTheBus, session.loop);

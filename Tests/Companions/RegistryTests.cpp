@@ -1,11 +1,29 @@
 #include "Companions/RegistryDaemon/Registry.h"
+#include "Platform/Foundation/SharedInstance.h"
+#include "Platform/Freedesktop/Bus/DBusLink.h"
 #include "Tests/Support/ManualRunLoop.h"
 #include "Tests/Support/PrivateBus.h"
 #include "Tests/Support/Socket.h"
 
+#include <gtest/gtest.h>
+#include <systemd/sd-bus.h>
+
+#include <atomic>
+
 namespace velloren {
 
 namespace {
+
+/// Who calls, and who has which name, as the test says.
+class SomeProcesses final : public Processes {
+  public:
+    std::map<std::string, std::vector<pid_t>> instances;
+    std::optional<pid_t> calling = 1;
+
+    std::vector<pid_t> instancesOf(const std::string& identifier) override { return instances[identifier]; }
+
+    std::optional<pid_t> caller() override { return calling; }
+};
 
 class RegistryTest : public ::testing::Test {
   protected:
@@ -24,7 +42,8 @@ class RegistryTest : public ::testing::Test {
     TemporaryDirectory folder;
     const std::string path = folder / "a.socket";
     const Endpoint endpoint = *Endpoint::ofSocketPath(path);
-    Registry registry;
+    SomeProcesses processes;
+    Registry registry{processes};
 };
 
 } // namespace
@@ -56,13 +75,86 @@ TEST_F(RegistryTest, ForgetsAnEndpointOnceItsProcessCrashedAndNotBefore) {
     EXPECT_FALSE(retrieve("app")) << "whoever comes back registers again";
 }
 
-TEST_F(RegistryTest, IsBounded) {
+TEST_F(RegistryTest, ListensToTheInstancesOfAnIdentifierAlone) {
+    const Socket first(path, 1);
+    const Socket second(folder / "b.socket", 1);
+    const auto other = *Endpoint::ofSocketPath((folder / "b.socket").string());
+    EXPECT_TRUE(store(other, "app")) << "nobody has the name yet";
+    processes.instances["app"] = {7, 8};
+    EXPECT_EQ(retrieve("app"), other);
+    for (const std::optional<pid_t> stranger : {std::optional<pid_t>(), std::optional<pid_t>(9)}) {
+        processes.calling = stranger;
+        EXPECT_FALSE(store(endpoint, "app"));
+        registry.removeListenerEndpoint("app");
+        EXPECT_EQ(retrieve("app"), other);
+    }
+    processes.calling = 7;
+    EXPECT_TRUE(store(endpoint, "app"));
+    EXPECT_EQ(retrieve("app"), endpoint);
+    processes.calling = 8;
+    EXPECT_TRUE(store(other, "app")) << "it waits for its turn";
+    EXPECT_EQ(retrieve("app"), endpoint);
+    processes.instances["app"] = {8};
+    EXPECT_EQ(retrieve("app"), other);
+    registry.removeListenerEndpoint("app");
+    EXPECT_FALSE(retrieve("app"));
+}
+
+TEST_F(RegistryTest, IsBoundedAndHasRoomForThoseWhoHaveANameAndForTheLiving) {
     EXPECT_FALSE(store(endpoint, ""));
     EXPECT_FALSE(store(endpoint, std::string(Registry::longestIdentifier + 1, 'a')));
+    std::optional<Socket> socket(std::in_place, path, int(Registry::mostEntries));
     for (std::size_t index = 0; index < Registry::mostEntries; ++index)
         EXPECT_TRUE(store(endpoint, std::to_string(index)));
     EXPECT_FALSE(store(endpoint, "one more"));
-    EXPECT_TRUE(store(endpoint, "0")) << "a known identifier may still move";
+    EXPECT_TRUE(store(endpoint, "1")) << "a known identifier may still move";
+    processes.instances["app"] = {1};
+    EXPECT_TRUE(store(endpoint, "app"));
+    EXPECT_TRUE(retrieve("app"));
+    socket.reset();
+    EXPECT_TRUE(store(endpoint, "one more")) << "nobody serves the others any more";
+}
+
+TEST(RegistryDaemon, KnowsWhoCallsFromTheBus) {
+    SharedInstance<RunLoop>::provide([] { return std::make_unique<ManualRunLoop>(); });
+    const std::string name = "com.velloren.velloren-mac";
+    PrivateBus bus;
+    bus.addService(name + ".agent", VELLOREN_AGENT);
+    const Socket socket(bus.folder() / "a.socket", 8);
+    const auto endpoint = *Endpoint::ofSocketPath((bus.folder() / "a.socket").string());
+    sd_bus* owner = nullptr;
+    ASSERT_GE(sd_bus_open_user(&owner), 0);
+    ASSERT_GE(sd_bus_request_name(owner, name.c_str(), 0), 0);
+    {
+        DBusLink link;
+        const auto connection = link.connectionToService(name + ".agent");
+        connection->setRemoteObjectInterface(endPointHandlingInterface());
+        connection->resume();
+        const auto registry = std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy());
+        std::atomic<int> answers = 0;
+        registry->registerListenerEndpoint(endpoint, name, [&](bool stored) { answers += stored ? 1 : 100; });
+        EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return answers == 1; }));
+
+        const auto callOfAnother = [&](const std::vector<std::string>& call) {
+            std::vector<std::string> command{"dbus-send", "--session", "--print-reply",
+                                             "--dest=" + name + ".agent", "/com/velloren/EndPointHandling"};
+            command.insert(command.end(), call.begin(), call.end());
+            Process another(command, {}, bus.folder() / "output");
+            EXPECT_EQ(another.wait(), 0) << another.output();
+            return another.output();
+        };
+        const std::string interface = "com.velloren.EndPointHandling.";
+        EXPECT_NE(callOfAnother(
+                      {interface + "registerListenerEndpoint", "string:unix:path=/tmp/x", "string:" + name})
+                      .find("boolean false"),
+                  std::string::npos);
+        callOfAnother({interface + "removeListenerEndpoint", "string:" + name});
+        registry->retrieveListenerEndpoint(
+            name, [&](const auto& found) { answers += found == endpoint ? 1 : 100; });
+        EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return answers == 2; }));
+    }
+    sd_bus_flush_close_unref(owner);
+    SharedInstance<RunLoop>::reset();
 }
 
 TEST(RegistryDaemon, EndsWithItsSessionAndSaysWhenThereIsNone) {
