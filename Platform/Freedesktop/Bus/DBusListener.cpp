@@ -10,12 +10,16 @@
 #include <systemd/sd-event.h>
 
 #include <atomic>
+#include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <map>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -25,6 +29,7 @@ namespace {
 
 constexpr int backlog = 16;
 constexpr std::size_t mostConnections = 32;
+constexpr std::uint64_t pauseLength = 500000; // microseconds
 
 /// Creates the folder for the user alone, or finds it to be just that.
 bool makePrivateFolder(const std::filesystem::path& folder) {
@@ -36,6 +41,23 @@ bool makePrivateFolder(const std::filesystem::path& folder) {
            (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
+/// Removes what processes that were killed left behind. Whoever listens has a socket file of that name only
+/// once it does.
+void sweepAbandonedSockets(const std::filesystem::path& folder) {
+    std::error_code trouble;
+    for (std::filesystem::directory_iterator entry(folder, trouble), end; !trouble && entry != end;
+         entry.increment(trouble)) {
+        const std::string name = entry->path().filename();
+        if (!name.starts_with("endpoint-") || !name.ends_with(".socket"))
+            continue;
+        std::error_code unknown;
+        const auto endpoint = Endpoint::ofSocketPath(entry->path().string());
+        if (entry->symlink_status(unknown).type() == std::filesystem::file_type::socket && endpoint &&
+            !isListening(*endpoint))
+            unlink(entry->path().c_str());
+    }
+}
+
 std::string freshSocketPath(const std::filesystem::path& folder) {
     static std::atomic<int> made = 0;
     return folder / ("endpoint-" + std::to_string(getpid()) + "-" + std::to_string(++made) + ".socket");
@@ -45,13 +67,16 @@ std::string freshSocketPath(const std::filesystem::path& folder) {
 int listeningSocket(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
+    const std::string unfinished = path + ".new";
+    if (unfinished.size() >= sizeof address.sun_path)
+        return -1;
     const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (descriptor < 0)
         return -1;
-    unlink(path.c_str()); // left behind by an earlier process of this number
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    unlink(unfinished.c_str()); // left behind by an earlier process of this number
+    std::memcpy(address.sun_path, unfinished.c_str(), unfinished.size() + 1);
     if (bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-        listen(descriptor, backlog) == 0)
+        listen(descriptor, backlog) == 0 && rename(unfinished.c_str(), path.c_str()) == 0)
         return descriptor;
     close(descriptor);
     return -1;
@@ -75,8 +100,8 @@ struct DBusListener::Door {
 /// The listening socket and the connections it led to, on the link's thread.
 class DBusListener::Server : public std::enable_shared_from_this<Server> {
   public:
-    Server(LinkThread& thread, int descriptor, std::weak_ptr<Door> door)
-        : thread(thread), descriptor(descriptor), door(std::move(door)) {}
+    Server(LinkThread& thread, RunLoop& mainLoop, int descriptor, std::weak_ptr<Door> door)
+        : thread(thread), mainLoop(mainLoop), descriptor(descriptor), door(std::move(door)) {}
 
     ~Server() {
         if (descriptor >= 0)
@@ -95,6 +120,7 @@ class DBusListener::Server : public std::enable_shared_from_this<Server> {
 
     void close() {
         arrival.reset();
+        pause.reset();
         peers.clear();
         ::close(std::exchange(descriptor, -1));
     }
@@ -122,6 +148,8 @@ class DBusListener::Server : public std::enable_shared_from_this<Server> {
 
     void accept() {
         const int accepted = accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+        if (accepted < 0 && (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM))
+            pauseAccepting();
         if (accepted < 0)
             return;
         if (!peerIsSameUser(accepted) || peers.size() >= mostConnections) {
@@ -130,9 +158,23 @@ class DBusListener::Server : public std::enable_shared_from_this<Server> {
         }
         const std::uint64_t number = ++latest;
         peers.emplace(number, std::make_unique<Peer>(*this, number)).first->second->descriptor = accepted;
-        RunLoop::main().post([server = shared_from_this(), door = door, number] {
+        mainLoop.post([server = shared_from_this(), door = door, number] {
             server->letDelegateDecide(door.lock(), number);
         });
+    }
+
+    /// Whoever knocks while descriptors are short would otherwise be reported again and again at once.
+    void pauseAccepting() {
+        const auto over = [](sd_event_source*, std::uint64_t, void* self) {
+            sd_event_source_set_enabled(static_cast<Server*>(self)->arrival.get(), SD_EVENT_ON);
+            return 0;
+        };
+        sd_event_source* source = nullptr;
+        if (sd_event_add_time_relative(thread.loop(), &source, CLOCK_MONOTONIC, pauseLength, 0, over, this) <
+            0)
+            return;
+        pause.reset(source);
+        sd_event_source_set_enabled(arrival.get(), SD_EVENT_OFF);
     }
 
     /// On the main thread.
@@ -161,7 +203,7 @@ class DBusListener::Server : public std::enable_shared_from_this<Server> {
         if (!exported)
             return;
         peer.exported = DBusExport::serve(
-            peer.bus, *exported, [](auto task) { RunLoop::main().post(std::move(task)); },
+            peer.bus, *exported, [&loop = mainLoop](auto task) { loop.post(std::move(task)); },
             [&thread = thread](auto task) { thread.post(std::move(task)); });
     }
 
@@ -187,9 +229,11 @@ class DBusListener::Server : public std::enable_shared_from_this<Server> {
     }
 
     LinkThread& thread;
+    RunLoop& mainLoop;
     int descriptor;
     std::weak_ptr<Door> door;
     wire::EventSource arrival;
+    wire::EventSource pause;
     std::map<std::uint64_t, std::unique_ptr<Peer>> peers;
     std::uint64_t latest = 0;
 };
@@ -218,8 +262,11 @@ void DBusListener::resume() {
         ownEndpoint.reset();
         return;
     }
-    server = std::make_shared<Server>(thread, descriptor, door);
-    thread.post([server = server] { server->start(); });
+    server = std::make_shared<Server>(thread, RunLoop::main(), descriptor, door);
+    thread.post([server = server, folder = *folder] {
+        server->start();
+        sweepAbandonedSockets(folder);
+    });
 }
 
 } // namespace velloren
