@@ -16,13 +16,13 @@ class CommunicationProxy final : public RemoteObject, public Communication {
   public:
     explicit CommunicationProxy(std::shared_ptr<Channel> channel) : channel(std::move(channel)) {}
 
-    void openMeetingWithId(const std::string& id) override { request("openMeetingWithId", {id}); }
+    void openMeetingWithId(const std::string& id) override { channel->request("openMeetingWithId", {id}); }
 
-    void createNewMeeting() override { request("createNewMeeting", {}); }
+    void createNewMeeting() override { channel->request("createNewMeeting", {}); }
 
-    void displaySyncing() override { request("displaySyncing", {}); }
+    void displaySyncing() override { channel->request("displaySyncing", {}); }
 
-    void displayNotSyncing() override { request("displayNotSyncing", {}); }
+    void displayNotSyncing() override { channel->request("displayNotSyncing", {}); }
 
     void fetchUpcomingMeetings(MeetingsReply reply) override {
         channel->call("fetchUpcomingMeetings", {}, [reply = std::move(reply)](Value value) {
@@ -32,11 +32,6 @@ class CommunicationProxy final : public RemoteObject, public Communication {
     }
 
   private:
-    /// The empty answer is awaited all the same: its absence is how a failure shows.
-    void request(const char* method, Arguments arguments) {
-        channel->call(method, std::move(arguments), [](const Value&) {});
-    }
-
     std::shared_ptr<Channel> channel;
 };
 
@@ -75,6 +70,13 @@ ExportedInterface exportedCommunication(Communication& implementation) {
              {"fetchUpcomingMeetings", fetch},
              {"displaySyncing", plain(&Communication::displaySyncing)},
              {"displayNotSyncing", plain(&Communication::displayNotSyncing)}}};
+}
+
+void repeatRequest(const Connection::Undelivered& request, Communication& target) {
+    const auto served = exportedCommunication(target);
+    const auto method = served.methods.find(request.method);
+    if (method != served.methods.end() && method->second.argumentCount == request.arguments.size())
+        method->second.handler(request.arguments, [](const Value&) {});
 }
 
 } // namespace velloren

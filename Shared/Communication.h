@@ -10,7 +10,8 @@
 namespace velloren {
 
 /// Served by the main app on its own listener. The calls return at once; what comes back comes on the link's
-/// thread.
+/// thread. Those that answer nothing are requests, which the connection gives back when they were not
+/// delivered.
 class Communication {
   public:
     /// Each dictionary has texts under "id", "title" and "startTime", in the order the main app chose.
@@ -37,5 +38,8 @@ class Communication {
 
 /// Serves `implementation`, which outlives the result, to incoming connections.
 [[nodiscard]] ExportedInterface exportedCommunication(Communication& implementation);
+
+/// Calls on `target` what a proxy was called for and its connection gave back.
+void repeatRequest(const Connection::Undelivered& request, Communication& target);
 
 } // namespace velloren

@@ -37,6 +37,31 @@ struct Sender {
 
 } // namespace
 
+/// Makes operations again of the requests that a connection gives back.
+class MainAppLink::GivenBack final : public Communication {
+  public:
+    std::deque<Operation> operations;
+
+    void openMeetingWithId(const std::string& id) override { operations.emplace_back(OpenMeeting{id}); }
+
+    void createNewMeeting() override { operations.emplace_back(CreateNewMeeting{}); }
+
+    void fetchUpcomingMeetings(MeetingsReply) override {}
+
+    void displaySyncing() override {}
+
+    void displayNotSyncing() override {}
+};
+
+void MainAppLink::takeBackUndelivered() {
+    if (!mainAppCallerConnection)
+        return;
+    GivenBack back;
+    for (const auto& request : mainAppCallerConnection->takeBack())
+        repeatRequest(request, back);
+    operationsQueue.insert(operationsQueue.begin(), back.operations.begin(), back.operations.end());
+}
+
 void MainAppLink::createNewMeeting() {
     const LogOrigin origin = delegateFunction("createNewMeeting()");
     if (mainAppCallerConnection) {

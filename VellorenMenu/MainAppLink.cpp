@@ -9,6 +9,7 @@
 #include "VellorenMenu/EndPointHandler.h"
 
 #include <limits>
+#include <utility>
 
 namespace velloren {
 
@@ -43,7 +44,10 @@ void MainAppLink::checkIfMainAppCallerConnectionEstablishedAndRetryIfNot() {
         fatalError("the count of connection attempts overflowed");
     ++autoRetryConnectionAttempt;
     setupMainAppCallerConnection([this] { sendDelayedOperationsToMainApp(); });
-    delay(retryDelay, [this] { checkIfMainAppCallerConnectionEstablishedAndRetryIfNot(); });
+    delay(retryDelay, [this, check = ++latestCheck] {
+        if (check == latestCheck)
+            checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
+    });
 }
 
 void MainAppLink::setupMainAppCallerConnection(Completion completion) {
@@ -75,7 +79,9 @@ void MainAppLink::setupMainAppCallerConnection(Completion completion) {
 
 void MainAppLink::connectToMainApp(const std::shared_ptr<EndPointHandler>& handler, const Endpoint& endpoint,
                                    const Completion& completion) {
+    takeBackUndelivered();
     mainAppCallerConnection = processLink.connectionToEndpoint(endpoint);
+    ++latestConnection;
     mainAppCallerConnection->setRemoteObjectInterface(communicationInterface());
     mainAppCallerProxy = std::dynamic_pointer_cast<Communication>(
         mainAppCallerConnection->remoteObjectProxyWithErrorHandler([](const std::string& error) {
@@ -83,13 +89,6 @@ void MainAppLink::connectToMainApp(const std::shared_ptr<EndPointHandler>& handl
                                            delegateFunction(setupFunction));
         }));
 
-    const auto clearUpAfter = [this](const char* event) {
-        return [this, event] {
-            Logger::sharedInstance().info(std::string("XPC mainAppCallerConnection is ") + event,
-                                          delegateFunction(setupFunction));
-            RunLoop::main().post([this] { clearUpMainAppCallerConnection(); });
-        };
-    };
     mainAppCallerConnection->setInterruptionHandler(clearUpAfter("interrupted"));
     mainAppCallerConnection->setInvalidationHandler(clearUpAfter("invalidated"));
     mainAppCallerConnection->resume();
@@ -97,9 +96,31 @@ void MainAppLink::connectToMainApp(const std::shared_ptr<EndPointHandler>& handl
     Logger::sharedInstance().info("Connection to main app established with handler=" +
                                       handler->description() + ", endPoint=" + endpoint.address(),
                                   delegateFunction(setupFunction));
-    autoRetryConnectionAttempt = 0;
+    attemptsBeforeConnection = std::exchange(autoRetryConnectionAttempt, 0);
     if (completion)
         completion();
+}
+
+Connection::Handler MainAppLink::clearUpAfter(const char* event) {
+    return [this, event, connection = latestConnection] {
+        Logger::sharedInstance().info(std::string("XPC mainAppCallerConnection is ") + event,
+                                      delegateFunction(setupFunction));
+        RunLoop::main().post([this, connection] {
+            // Another endpoint may have arrived meanwhile: its connection is none of this one's business.
+            if (mainAppCallerConnection && connection != latestConnection)
+                return;
+            // Its end comes with the attempts that were left, or one that never stands brings ten more each
+            // time.
+            if (mainAppCallerConnection)
+                autoRetryConnectionAttempt = attemptsBeforeConnection;
+            clearUpMainAppCallerConnection();
+        });
+    };
+}
+
+void MainAppLink::resetAttempts() {
+    autoRetryConnectionAttempt = 0;
+    attemptsBeforeConnection = 0;
 }
 
 void MainAppLink::clearUpMainAppCallerConnection() {
@@ -110,6 +131,7 @@ void MainAppLink::clearUpMainAppCallerConnection() {
         mainAppCallerConnection->setInvalidationHandler(nullptr);
         mainAppCallerConnection->setInterruptionHandler(nullptr);
     }
+    takeBackUndelivered();
     mainAppCallerConnection = nullptr;
 }
 

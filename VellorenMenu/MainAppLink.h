@@ -49,13 +49,14 @@ class MainAppLink {
     void fetchMeetings(MeetingsCompletion completion);
 
     /// Tries to connect now and every half second, until there is a connection or ten attempts were made
-    /// since the counter was last reset.
+    /// since the counter was last reset. Takes the place of the checks that are still to come.
     void checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
 
     /// Asks the registry for the main app's endpoint and connects to it. `completion`, which may be none,
     /// runs once the connection was made by this call; never when it was not.
     void setupMainAppCallerConnection(Completion completion);
 
+    /// Drops the connection. What it did not deliver waits again, before everything else.
     void clearUpMainAppCallerConnection();
 
     /// Sends the waiting requests, oldest first.
@@ -63,6 +64,9 @@ class MainAppLink {
 
   protected:
     [[nodiscard]] Link& link() const { return processLink; }
+
+    /// The next ten attempts are for a main app that was just launched.
+    void resetAttempts();
 
     /// None while not connected, and when the far end's proxy is no `Communication`.
     std::shared_ptr<Communication> mainAppCallerProxy;
@@ -73,11 +77,19 @@ class MainAppLink {
     std::int64_t autoRetryConnectionAttempt = 0;
 
   private:
+    class GivenBack;
+
     void connectToMainApp(const std::shared_ptr<EndPointHandler>& handler, const Endpoint& endpoint,
                           const Completion& completion);
+    Connection::Handler clearUpAfter(const char* event);
+    void takeBackUndelivered();
     void deferUntilMainAppRuns(Operation operation);
 
     Link& processLink;
+    std::uint64_t latestCheck = 0;
+    std::uint64_t latestConnection = 0;
+    /// What the counter was before the latest connection reset it.
+    std::int64_t attemptsBeforeConnection = 0;
 };
 
 } // namespace velloren

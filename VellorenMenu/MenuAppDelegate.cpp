@@ -75,7 +75,7 @@ void MenuAppDelegate::appLaunched(const Notification& notification) {
     if (!isAboutMainApp(notification))
         return;
     Logger::sharedInstance().info("Main app is launched", delegateFunction("appLaunched"));
-    autoRetryConnectionAttempt = 0;
+    resetAttempts();
     checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
 }
 

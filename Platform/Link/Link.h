@@ -22,7 +22,8 @@ namespace velloren {
 using Scalar = std::variant<std::monostate, bool, std::string>;
 using Dictionary = std::map<std::string, Scalar, std::less<>>;
 
-/// What a call answers with. Anything but these arrives as none; texts are valid UTF-8.
+/// What a call answers with. Anything but these arrives as none, and so does an answer that is too large or
+/// cannot be read to its end; texts are valid UTF-8, without noncharacters.
 using Value = std::variant<std::monostate, bool, std::string, std::vector<Dictionary>>;
 
 /// Base of every proxy that a connection hands out. Which interface it serves is asked with `dynamic_cast`.
@@ -35,7 +36,7 @@ class RemoteObject {
 };
 
 /// Carries calls to one object at the far end of a connection, in order. Proxies are written on top of it.
-/// Calls made before the connection stands are kept and go out once it does.
+/// Calls made before the far end has let this process in are kept and go out once it does.
 class Channel {
   public:
     using Arguments = std::vector<std::string>;
@@ -46,9 +47,15 @@ class Channel {
     Channel& operator=(const Channel&) = delete;
     virtual ~Channel() = default;
 
-    /// Calls `method`. `reply` runs once when the far end answers, and never when it does not: it is missing,
-    /// fails, takes too long, or the connection ends first. Such a failure goes to the proxy's error handler.
+    /// Asks `method`. `reply` runs once when the far end answers, and never when it does not: it is missing,
+    /// fails, takes too long, or the connection ends first. Such a failure goes to the proxy's error handler,
+    /// and so does an answer that cannot be read. Of the questions that wait for the connection to stand only
+    /// the latest few are kept.
     virtual void call(const std::string& method, Arguments arguments, Reply reply) = 0;
+
+    /// Asks for something to be done that must not get lost: until it was handed to the far end, it can be
+    /// taken back from the connection. Its failure after that goes to the proxy's error handler.
+    virtual void request(const std::string& method, Arguments arguments) = 0;
 
     /// Calls `method` and awaits no answer; failures are not reported.
     virtual void send(const std::string& method, Arguments arguments) = 0;
@@ -80,11 +87,19 @@ struct ExportedInterface {
     std::map<std::string, Method> methods;
 };
 
-/// A connection to a service or an endpoint. Releasing it never waits: calls already made still go out and
-/// their replies still arrive, then it closes; its interruption and invalidation handlers do not start to run
-/// afterwards.
+/// A connection to a service or an endpoint. While somebody listens at an endpoint and does not let this
+/// process in (is too busy to accept, keeps silent, hangs up), the connection goes on trying by itself.
+///
+/// Releasing it never waits: calls already made still go out and their replies still arrive, then it closes;
+/// its interruption and invalidation handlers do not start to run afterwards.
 class Connection {
   public:
+    /// A request that did not get to the far end.
+    struct Undelivered {
+        std::string method;
+        Channel::Arguments arguments;
+    };
+
     using Handler = std::function<void()>;
     using ErrorHandler = std::function<void(const std::string& error)>;
 
@@ -98,7 +113,7 @@ class Connection {
     /// Runs at most once: an established connection broke. Pass none to forget an earlier handler.
     virtual void setInterruptionHandler(Handler handler) = 0;
 
-    /// Runs at most once: the connection could not be made. Pass none to forget an earlier handler.
+    /// Runs at most once: there is nobody to connect to. Pass none to forget an earlier handler.
     virtual void setInvalidationHandler(Handler handler) = 0;
 
     /// Starts the connection; does nothing the second time. Handlers and interface are set before.
@@ -110,6 +125,11 @@ class Connection {
     /// The same, with a handler that is told of each call that fails.
     [[nodiscard]] virtual std::shared_ptr<RemoteObject>
     remoteObjectProxyWithErrorHandler(ErrorHandler handler) = 0;
+
+    /// The requests that were not handed to the far end, oldest first: those that wait for it to let this
+    /// process in, and those made after the connection broke. They will not go out any more; questions that
+    /// wait fail. What is not taken back before the release of a connection that has ended, fails.
+    [[nodiscard]] virtual std::vector<Undelivered> takeBack() = 0;
 
     /// A printed form for log lines.
     [[nodiscard]] virtual std::string description() const = 0;

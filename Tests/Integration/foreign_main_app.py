@@ -90,14 +90,31 @@ class MainApp:
             self.silent.bind(path)
             self.silent.listen(16)
             return "unix:path=" + path
+        late = self.options.serve_after > 0
+        served = path + ".late" if late else path
         observer = Gio.DBusAuthObserver()
         observer.connect("allow-mechanism", lambda _, mechanism: mechanism == "EXTERNAL")
         self.server = Gio.DBusServer.new_sync(
-            "unix:path=" + path, Gio.DBusServerFlags.NONE, Gio.dbus_generate_guid(), observer
+            "unix:path=" + served, Gio.DBusServerFlags.NONE, Gio.dbus_generate_guid(), observer
         )
         self.server.connect("new-connection", self.accepted)
         self.server.start()
+        if late:
+            self.turn_away(path)
+            GLib.timeout_add(int(1000 * self.options.serve_after), lambda: os.rename(served, path) or self.early.close())
         return "unix:path=" + path
+
+    def turn_away(self, path):
+        """Until it serves, whoever comes is hung up on, or finds the queue of connections full."""
+        self.early = socket.socket(socket.AF_UNIX)
+        self.early.bind(path)
+        if self.options.until_then == "full":
+            self.early.listen(0)
+            self.filler = socket.socket(socket.AF_UNIX)
+            self.filler.connect(path)
+            return
+        self.early.listen(16)
+        GLib.io_add_watch(self.early.fileno(), GLib.IO_IN, lambda *_: self.early.accept()[0].close() or True)
 
     def register(self, endpoint):
         stored = self.bus.call_sync(
@@ -126,4 +143,6 @@ parser = argparse.ArgumentParser()
 parser.add_argument("--log-requests", required=True)
 parser.add_argument("--reply", default="list", choices=["list", "wrong-type", "not-strings", "many", "never"])
 parser.add_argument("--never-authenticate", action="store_true")
+parser.add_argument("--serve-after", type=float, default=0, help="seconds after the registration")
+parser.add_argument("--until-then", default="hang-up", choices=["hang-up", "full"])
 MainApp(parser.parse_args()).run()

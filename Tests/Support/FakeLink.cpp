@@ -7,49 +7,99 @@ namespace velloren {
 /// A service or an endpoint, what it serves, and the connections to it.
 struct FakeLink::Far {
     std::optional<ExportedInterface> interface;
+    bool letsIn = true;
     std::vector<FakeConnection*> connected;
 };
 
-/// Outlives its connection, as the calls of a real one do.
-class FakeLink::FakeChannel final : public Channel {
-  public:
-    FakeChannel(std::shared_ptr<Far> far, std::string interface, Connection::ErrorHandler failed)
-        : far(std::move(far)), interface(std::move(interface)), failed(std::move(failed)) {}
+/// The calls of a connection; outlive it, as those of a real one do.
+struct FakeLink::Near {
+    struct Call {
+        Connection::Undelivered what;
+        bool isRequest;
+        Connection::ErrorHandler failed;
+        Channel::Reply reply;
+    };
 
-    void call(const std::string& method, Arguments arguments, Reply reply) override {
-        if (const std::string error = "org.freedesktop.DBus.Error."; !far->interface)
-            failed(error + "Disconnected: nobody is there");
-        else if (far->interface->name != interface || !far->interface->methods.contains(method))
-            failed(error + "UnknownMethod: no such method");
-        else
-            far->interface->methods.at(method).handler(arguments, reply);
+    std::shared_ptr<Far> far;
+    std::string interface {};
+    bool isResumed = false;
+    bool stands = false;
+    bool hasEnded = false;
+    bool isReleased = false;
+    std::vector<Call> waiting{};
+
+    void settle() {
+        if (hasEnded)
+            return fail([this](const Call& call) { return isReleased || !call.isRequest; });
+        stands = stands || (isResumed && far->letsIn);
+        while (stands && !waiting.empty()) {
+            const Call oldest = waiting.front();
+            waiting.erase(waiting.begin());
+            deliver(oldest);
+        }
     }
 
-    void send(const std::string& method, Arguments arguments) override {
-        FakeChannel(far, interface, [](const std::string&) {}).call(method, std::move(arguments), [](auto) {
+    void fail(const std::function<bool(const Call&)>& isHopeless) {
+        std::erase_if(waiting, [&](const Call& call) {
+            if (isHopeless(call))
+                call.failed("org.freedesktop.DBus.Error.Disconnected: nobody is there");
+            return isHopeless(call);
         });
     }
 
+    void deliver(const Call& call) const {
+        const auto& [method, arguments] = call.what;
+        if (far->interface->name != interface || !far->interface->methods.contains(method))
+            call.failed("org.freedesktop.DBus.Error.UnknownMethod: no such method");
+        else
+            far->interface->methods.at(method).handler(arguments, call.reply);
+    }
+};
+
+class FakeLink::FakeChannel final : public Channel {
+  public:
+    FakeChannel(std::shared_ptr<Near> near, Connection::ErrorHandler failed)
+        : near(std::move(near)), failed(std::move(failed)) {}
+
+    void call(const std::string& method, Arguments arguments, Reply reply) override {
+        add({{method, std::move(arguments)}, false, failed, std::move(reply)});
+    }
+
+    void request(const std::string& method, Arguments arguments) override {
+        add({{method, std::move(arguments)}, true, failed, [](auto) {}});
+    }
+
+    void send(const std::string& method, Arguments arguments) override {
+        add({{method, std::move(arguments)}, false, [](const std::string&) {}, [](auto) {}});
+    }
+
   private:
-    std::shared_ptr<Far> far;
-    std::string interface;
+    void add(Near::Call call) {
+        near->waiting.push_back(std::move(call));
+        near->settle();
+    }
+
+    std::shared_ptr<Near> near;
     Connection::ErrorHandler failed;
 };
 
 class FakeLink::FakeConnection final : public Connection {
   public:
     FakeConnection(FakeLink& link, const std::string& place)
-        : link(link), far(link.farEnd(place)), place(place) {
+        : link(link), near(std::make_shared<Near>(Near{link.farEnd(place)})), place(place) {
         ++link.openConnections;
     }
 
     ~FakeConnection() override {
-        std::erase(far->connected, this);
+        std::erase(near->far->connected, this);
+        near->isReleased = true;
+        near->settle();
         --link.openConnections;
     }
 
     void setRemoteObjectInterface(RemoteInterface newInterface) override {
         interface = std::move(newInterface);
+        near->interface = interface.name;
     }
 
     void setInterruptionHandler(Handler handler) override { interruption = std::move(handler); }
@@ -57,15 +107,30 @@ class FakeLink::FakeConnection final : public Connection {
     void setInvalidationHandler(Handler handler) override { invalidation = std::move(handler); }
 
     void resume() override {
-        if (far->interface)
-            far->connected.push_back(this);
+        near->isResumed = true;
+        near->hasEnded = !near->far->interface;
+        if (!near->hasEnded)
+            near->far->connected.push_back(this);
         else if (invalidation)
             invalidation();
+        near->settle();
     }
 
     void interrupt() const {
-        if (interruption)
-            interruption();
+        near->hasEnded = true;
+        if (const auto& handler = near->stands ? interruption : invalidation)
+            handler();
+        near->settle();
+    }
+
+    void settle() const { near->settle(); }
+
+    std::vector<Undelivered> takeBack() override {
+        near->fail([](const Near::Call& call) { return !call.isRequest; });
+        std::vector<Undelivered> requests;
+        for (const Near::Call& call : std::exchange(near->waiting, {}))
+            requests.push_back(call.what);
+        return requests;
     }
 
     std::shared_ptr<RemoteObject> remoteObjectProxy() override {
@@ -77,14 +142,14 @@ class FakeLink::FakeConnection final : public Connection {
             return nullptr;
         if (!link.conforming)
             return std::make_shared<RemoteObject>();
-        return interface.makeProxy(std::make_shared<FakeChannel>(far, interface.name, std::move(handler)));
+        return interface.makeProxy(std::make_shared<FakeChannel>(near, std::move(handler)));
     }
 
     [[nodiscard]] std::string description() const override { return "<Connection: " + place + ">"; }
 
   private:
     FakeLink& link;
-    std::shared_ptr<Far> far;
+    std::shared_ptr<Near> near;
     std::string place;
     Handler interruption;
     Handler invalidation;
@@ -129,6 +194,13 @@ void FakeLink::stop(const Endpoint& endpoint) {
     far->interface.reset();
     for (const FakeConnection* connection : std::exchange(far->connected, {}))
         connection->interrupt();
+}
+
+void FakeLink::setLetsIn(const Endpoint& endpoint, bool letsIn) {
+    const auto far = farEnd(endpoint.address());
+    far->letsIn = letsIn;
+    for (const FakeConnection* connection : far->connected)
+        connection->settle();
 }
 
 std::unique_ptr<Connection> FakeLink::connectionToService(const std::string& serviceName) {

@@ -13,6 +13,8 @@ class FakeLink final : public Link {
     void serve(const Endpoint& endpoint, ExportedInterface interface);
     /// Nobody is there any more: its connections are interrupted, new ones cannot be made.
     void stop(const Endpoint& endpoint);
+    /// Whether who is there lets connections in; calls wait as long as not.
+    void setLetsIn(const Endpoint& endpoint, bool letsIn);
 
     /// No connection to a service can be made.
     bool hasBus = true;
@@ -33,6 +35,7 @@ class FakeLink final : public Link {
 
   private:
     struct Far;
+    struct Near;
     class FakeChannel;
     class FakeConnection;
     class FakeListener;

@@ -23,6 +23,7 @@ class OpenedMainAppLink final : public MainAppLink {
     using MainAppLink::mainAppCallerProxy;
     using MainAppLink::MainAppLink;
     using MainAppLink::operationsQueue;
+    using MainAppLink::resetAttempts;
 };
 
 class MainAppLinkTest : public AgentTest {
@@ -136,6 +137,31 @@ TEST_F(MainAppConnection, IsReplacedByEachEndpointThatArrivesLate) {
     EXPECT_EQ(link.openConnections, 1);
 }
 
+TEST_F(MainAppConnection, IsTriedTenTimesAfterTheLatestLaunchAlone) {
+    for (int launch = 0; launch < 3; ++launch) {
+        delegate.resetAttempts();
+        delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
+        loop.advance(RunLoop::Seconds(0.2));
+    }
+    EXPECT_EQ(registry.retrievals, 3);
+    loop.advance(RunLoop::Seconds(0.29));
+    EXPECT_EQ(registry.retrievals, 3) << "the checks of the earlier launches are no more";
+    loop.advance(RunLoop::Seconds(0.02));
+    EXPECT_EQ(registry.retrievals, 4);
+    loop.advance(RunLoop::Seconds(60));
+    EXPECT_EQ(registry.retrievals, 12);
+}
+
+TEST_F(MainAppConnection, IsTriedTenTimesAtAnEndpointThatNobodyServes) {
+    registerMainApp();
+    link.stop(endpoint);
+    delegate.openMeeting("A");
+    delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
+    loop.advance(RunLoop::Seconds(60));
+    EXPECT_EQ(registry.retrievals, 10);
+    EXPECT_EQ(delegate.operationsQueue.size(), 1u);
+}
+
 TEST_F(MainAppConnection, IsNotTriedWithoutARegistryThatConforms) {
     link.conforming = false;
     delegate.setupMainAppCallerConnection(nullptr);
@@ -201,6 +227,51 @@ TEST_F(DeferredOperations, AreSentOldestFirstAfterTheConnectionIsMade) {
                 ElementsAre(debug(sent + "openMeeting(withId: A)"), debug(sent + "createNewMeeting()"),
                             debug(sent + "openMeeting(withId: B)")));
     EXPECT_TRUE(delegate.operationsQueue.empty());
+}
+
+TEST_F(DeferredOperations, WaitAgainInOrderWhenTheirConnectionEndsBeforeItStood) {
+    const std::map<std::string, std::function<void()>> ends{
+        {"the main app ended", [this] { delegate.clearUpMainAppCallerConnection(); }},
+        {"nobody listened any more", [this] { link.stop(endpoint); }},
+        {"it broke, and the main app ended at once",
+         [this] {
+             link.stop(endpoint);
+             delegate.clearUpMainAppCallerConnection();
+         }},
+        {"another endpoint came late", [this] { registry.withheld.at(0)(endpoint); }},
+    };
+    for (const auto& [name, end] : ends) {
+        SCOPED_TRACE(name);
+        link.serve(endpoint, exportedCommunication(mainAppObject));
+        link.setLetsIn(endpoint, false);
+        registerMainApp();
+        delegate.openMeeting("A");
+        delegate.createNewMeeting();
+        registry.withheld.clear();
+        registry.withholds = true;
+        delegate.setupMainAppCallerConnection([this] { delegate.sendDelayedOperationsToMainApp(); });
+        registry.withholds = false;
+        delegate.setupMainAppCallerConnection([this] { delegate.sendDelayedOperationsToMainApp(); });
+        loop.runPending();
+        delegate.openMeeting("B");
+        EXPECT_TRUE(delegate.operationsQueue.empty()) << "the connection has them";
+        end();
+        loop.runPending();
+        if (!delegate.mainAppCallerConnection) {
+            delegate.openMeeting("C");
+            EXPECT_EQ(delegate.operationsQueue.size(), 4u);
+            link.serve(endpoint, exportedCommunication(mainAppObject));
+            delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
+            loop.runPending();
+        } else {
+            delegate.openMeeting("C");
+        }
+        link.setLetsIn(endpoint, true);
+        EXPECT_THAT(std::exchange(mainAppObject.requests, {}),
+                    ElementsAre("open A", "create", "open B", "open C"));
+        delegate.clearUpMainAppCallerConnection();
+        EXPECT_TRUE(delegate.operationsQueue.empty()) << "they have arrived";
+    }
 }
 
 TEST_F(DeferredOperations, SurviveAFailedLaunchAndALostConnection) {

@@ -8,28 +8,33 @@ namespace {
 
 class DBusChannel final : public Channel {
   public:
-    DBusChannel(LinkThread& thread, std::shared_ptr<OutgoingBus> bus, OutgoingBus::Destination destination,
+    DBusChannel(std::shared_ptr<OutgoingBus> bus, std::string service, const RemoteInterface& interface,
                 Connection::ErrorHandler failed)
-        : thread(thread), bus(std::move(bus)), destination(std::move(destination)),
-          failed(std::move(failed)) {}
+        : bus(std::move(bus)), service(std::move(service)), objectPath(interface.objectPath),
+          interface(interface.name), failed(std::move(failed)) {}
 
     void call(const std::string& method, Arguments arguments, Reply reply) override {
-        post({method, std::move(arguments), std::move(reply), failed});
+        bus->call({Kind::Question, service, objectPath, interface, method, std::move(arguments),
+                   std::move(reply), failed});
+    }
+
+    void request(const std::string& method, Arguments arguments) override {
+        bus->call(
+            {Kind::Request, service, objectPath, interface, method, std::move(arguments), nullptr, failed});
     }
 
     void send(const std::string& method, Arguments arguments) override {
-        post({method, std::move(arguments), nullptr, nullptr});
+        bus->call(
+            {Kind::Notice, service, objectPath, interface, method, std::move(arguments), nullptr, nullptr});
     }
 
   private:
-    void post(OutgoingBus::Call call) {
-        thread.post(
-            [bus = bus, destination = destination, call = std::move(call)] { bus->call(destination, call); });
-    }
+    using Kind = OutgoingCall::Kind;
 
-    LinkThread& thread;
     std::shared_ptr<OutgoingBus> bus;
-    OutgoingBus::Destination destination;
+    std::string service;
+    std::string objectPath;
+    std::string interface;
     Connection::ErrorHandler failed;
 };
 
@@ -62,6 +67,10 @@ void DBusConnection::resume() {
         thread.post([bus = bus, first] { first(*bus); });
 }
 
+std::vector<Connection::Undelivered> DBusConnection::takeBack() {
+    return bus->takeBack();
+}
+
 std::shared_ptr<RemoteObject> DBusConnection::remoteObjectProxy() {
     return remoteObjectProxyWithErrorHandler(nullptr);
 }
@@ -69,9 +78,7 @@ std::shared_ptr<RemoteObject> DBusConnection::remoteObjectProxy() {
 std::shared_ptr<RemoteObject> DBusConnection::remoteObjectProxyWithErrorHandler(ErrorHandler handler) {
     if (!interface.makeProxy)
         return nullptr;
-    return interface.makeProxy(std::make_shared<DBusChannel>(
-        thread, bus, OutgoingBus::Destination{service, interface.objectPath, interface.name},
-        std::move(handler)));
+    return interface.makeProxy(std::make_shared<DBusChannel>(bus, service, interface, std::move(handler)));
 }
 
 } // namespace velloren

@@ -23,6 +23,7 @@ class DBusConnection final : public Connection {
     void setInterruptionHandler(Handler handler) override;
     void setInvalidationHandler(Handler handler) override;
     void resume() override;
+    [[nodiscard]] std::vector<Undelivered> takeBack() override;
     [[nodiscard]] std::shared_ptr<RemoteObject> remoteObjectProxy() override;
     [[nodiscard]] std::shared_ptr<RemoteObject>
     remoteObjectProxyWithErrorHandler(ErrorHandler handler) override;

@@ -106,6 +106,8 @@ void DBusExport::answer(std::uint64_t number, Result result, const Value& value)
     const wire::Message reply(made);
     if (wire::append(*reply, result, value))
         sd_bus_send(nullptr, reply.get(), nullptr);
+    else
+        sd_bus_reply_method_errorf(call.mapped().get(), SD_BUS_ERROR_FAILED, "the answer cannot be sent");
 }
 
 } // namespace velloren

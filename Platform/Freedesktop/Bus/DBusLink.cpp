@@ -22,8 +22,7 @@ std::unique_ptr<Connection> DBusLink::connectionToService(const std::string& ser
     sd_bus* started = nullptr;
     if (sd_bus_open_user_with_description(&started, "velloren-link") < 0)
         return nullptr;
-    auto bus = std::make_shared<OutgoingBus>(
-        *thread, *connections, OutgoingBus::Timeouts{options.handshakeTimeout, options.callTimeout});
+    auto bus = std::make_shared<OutgoingBus>(*thread, RunLoop::main(), *connections, options.callTimeout);
     // Taken over at once, so that it is closed even when nobody resumes the connection.
     thread->post([bus, started] { bus->adopt(started); });
     return std::make_unique<DBusConnection>(*thread, bus, serviceName,
@@ -31,8 +30,7 @@ std::unique_ptr<Connection> DBusLink::connectionToService(const std::string& ser
 }
 
 std::unique_ptr<Connection> DBusLink::connectionToEndpoint(const Endpoint& endpoint) {
-    auto bus = std::make_shared<OutgoingBus>(
-        *thread, *connections, OutgoingBus::Timeouts{options.handshakeTimeout, options.callTimeout});
+    auto bus = std::make_shared<OutgoingBus>(*thread, RunLoop::main(), *connections, options.callTimeout);
     return std::make_unique<DBusConnection>(*thread, bus, std::string(),
                                             "<Connection: endpoint " + endpoint.address() + ">",
                                             [endpoint](OutgoingBus& started) { started.connect(endpoint); });

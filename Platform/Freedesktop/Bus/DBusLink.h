@@ -15,8 +15,6 @@ class BusConnections;
 class DBusLink final : public Link {
   public:
     struct Options {
-        /// For how long a peer may take to let us in; one that takes longer counts as not to be connected.
-        std::chrono::milliseconds handshakeTimeout{10000};
         /// For how long a call waits for its answer.
         std::chrono::milliseconds callTimeout{25000};
     };

@@ -11,45 +11,88 @@ namespace velloren::wire {
 namespace {
 
 constexpr auto meetingList = "aa{sv}";
+constexpr std::size_t mostMeetings = 10000;
+constexpr std::size_t mostFields = 10 * mostMeetings; // of all meetings together
+constexpr std::size_t longestText = 65536;            // bytes, of an answer that is one text
 
-Scalar scalarIn(sd_bus_message& message, std::string_view type) {
+/// None when it cannot be read.
+std::optional<Scalar> scalarIn(sd_bus_message& message, std::string_view type) {
     if (type == "s") {
         const char* text = nullptr;
-        if (sd_bus_message_read(&message, "v", "s", &text) > 0)
-            return std::string(text);
-    } else if (type == "b") {
-        int flag = 0;
-        if (sd_bus_message_read(&message, "v", "b", &flag) > 0)
-            return flag != 0;
-    } else {
-        sd_bus_message_skip(&message, "v");
+        if (sd_bus_message_read(&message, "v", "s", &text) <= 0)
+            return std::nullopt;
+        return std::string(text);
     }
-    return {};
+    if (type == "b") {
+        int flag = 0;
+        if (sd_bus_message_read(&message, "v", "b", &flag) <= 0)
+            return std::nullopt;
+        return flag != 0;
+    }
+    if (sd_bus_message_skip(&message, "v") < 0)
+        return std::nullopt;
+    return Scalar();
 }
 
-Dictionary dictionaryIn(sd_bus_message& message) {
+/// None when it cannot be read, or has more entries than there is `room` for, which it takes up.
+std::optional<Dictionary> dictionaryIn(sd_bus_message& message, std::size_t& room) {
     Dictionary dictionary;
-    while (sd_bus_message_enter_container(&message, 'e', "sv") > 0) {
+    int entered = 0;
+    while ((entered = sd_bus_message_enter_container(&message, 'e', "sv")) > 0) {
         const char* key = nullptr;
         const char* type = nullptr;
-        if (sd_bus_message_read(&message, "s", &key) <= 0 ||
+        if (room == 0 || sd_bus_message_read(&message, "s", &key) <= 0 ||
             sd_bus_message_peek_type(&message, nullptr, &type) <= 0)
-            break;
-        dictionary.insert_or_assign(key, scalarIn(message, type));
-        sd_bus_message_exit_container(&message);
+            return std::nullopt;
+        auto scalar = scalarIn(message, type);
+        if (!scalar || sd_bus_message_exit_container(&message) <= 0)
+            return std::nullopt;
+        dictionary.insert_or_assign(key, std::move(*scalar));
+        --room;
     }
-    return dictionary;
+    return entered == 0 ? std::optional(std::move(dictionary)) : std::nullopt;
 }
 
-std::vector<Dictionary> listIn(sd_bus_message& message) {
+/// None when it cannot be read to its end, or holds too much.
+std::optional<std::vector<Dictionary>> listIn(sd_bus_message& message) {
+    if (sd_bus_message_enter_container(&message, 'v', meetingList) <= 0 ||
+        sd_bus_message_enter_container(&message, 'a', "a{sv}") <= 0)
+        return std::nullopt;
     std::vector<Dictionary> list;
-    sd_bus_message_enter_container(&message, 'v', meetingList);
-    sd_bus_message_enter_container(&message, 'a', "a{sv}");
-    while (sd_bus_message_enter_container(&message, 'a', "{sv}") > 0) {
-        list.push_back(dictionaryIn(message));
-        sd_bus_message_exit_container(&message);
+    std::size_t room = mostFields;
+    int entered = 0;
+    while ((entered = sd_bus_message_enter_container(&message, 'a', "{sv}")) > 0) {
+        auto dictionary = list.size() < mostMeetings ? dictionaryIn(message, room) : std::nullopt;
+        if (!dictionary || sd_bus_message_exit_container(&message) <= 0)
+            return std::nullopt;
+        list.push_back(std::move(*dictionary));
     }
-    return list;
+    const bool whole = entered == 0 && sd_bus_message_exit_container(&message) > 0 &&
+                       sd_bus_message_exit_container(&message) > 0;
+    return whole ? std::optional(std::move(list)) : std::nullopt;
+}
+
+/// The next thing in the message, when its signature is one that a method of the product answers with.
+std::optional<Value> valueIn(sd_bus_message& reply, std::string_view signature) {
+    if (signature == "s") {
+        const char* text = nullptr;
+        if (sd_bus_message_read(&reply, "s", &text) <= 0 || std::string_view(text).size() > longestText)
+            return std::nullopt;
+        return std::string(text);
+    }
+    if (signature == "b") {
+        int flag = 0;
+        if (sd_bus_message_read(&reply, "b", &flag) <= 0)
+            return std::nullopt;
+        return flag != 0;
+    }
+    const char* held = nullptr;
+    if (sd_bus_message_peek_type(&reply, nullptr, &held) <= 0)
+        return std::nullopt;
+    if (std::string_view(held) != meetingList)
+        return sd_bus_message_skip(&reply, "v") < 0 ? std::nullopt : std::optional(Value());
+    auto list = listIn(reply);
+    return list ? std::optional<Value>(std::move(*list)) : std::nullopt;
 }
 
 bool appendScalar(sd_bus_message& message, const Scalar& scalar) {
@@ -91,23 +134,12 @@ void Release::operator()(sd_event_source* source) const {
     sd_event_source_disable_unref(source);
 }
 
-Value valueOf(sd_bus_message& reply) {
+std::optional<Value> valueOf(sd_bus_message& reply) {
     const std::string_view signature = sd_bus_message_get_signature(&reply, 1);
-    if (signature == "s") {
-        const char* text = nullptr;
-        sd_bus_message_read(&reply, "s", &text);
-        return std::string(text);
-    }
-    if (signature == "b") {
-        int flag = 0;
-        sd_bus_message_read(&reply, "b", &flag);
-        return flag != 0;
-    }
-    const char* held = nullptr;
-    if (signature == "v" && sd_bus_message_peek_type(&reply, nullptr, &held) > 0 &&
-        std::string_view(held) == meetingList)
-        return listIn(reply);
-    return {};
+    if (signature != "s" && signature != "b" && signature != "v")
+        return Value();
+    auto value = valueIn(reply, signature);
+    return value && sd_bus_message_at_end(&reply, 1) > 0 ? std::move(value) : std::nullopt;
 }
 
 std::optional<Channel::Arguments> textsOf(sd_bus_message& call, std::size_t count) {

@@ -3,6 +3,7 @@
 #include "Platform/Link/Link.h"
 
 #include <memory>
+#include <optional>
 
 struct sd_bus;
 struct sd_bus_message;
@@ -19,8 +20,9 @@ struct Release {
 using Message = std::unique_ptr<sd_bus_message, Release>;
 using EventSource = std::unique_ptr<sd_event_source, Release>;
 
-/// What a reply holds; none for anything that no method of the product answers with.
-[[nodiscard]] Value valueOf(sd_bus_message& reply);
+/// What a reply holds; an empty value for anything that no method of the product answers with. None when the
+/// reply does not keep to its signature, goes on behind its end, or holds more than 10,000 meetings.
+[[nodiscard]] std::optional<Value> valueOf(sd_bus_message& reply);
 
 /// The arguments of a call, when there are exactly `count` and all of them are texts.
 [[nodiscard]] std::optional<Channel::Arguments> textsOf(sd_bus_message& call, std::size_t count);

@@ -32,22 +32,29 @@ Attempt attempt(const Endpoint& endpoint) {
     return {descriptor, connected ? 0 : errno};
 }
 
+/// Whether the error may be gone a little later: the listener's queue of connections is full, or something of
+/// this process's or of the system's is short.
+bool mayPass(int error) {
+    return error == EAGAIN || error == EINTR || error == EMFILE || error == ENFILE || error == ENOBUFS ||
+           error == ENOMEM;
+}
+
 } // namespace
 
-int connectedSocket(const Endpoint& endpoint) {
+Reached reach(const Endpoint& endpoint) {
     const auto [descriptor, error] = attempt(endpoint);
-    if (descriptor >= 0 && error == 0 && peerIsSameUser(descriptor))
-        return descriptor;
+    if (error == 0 && peerIsSameUser(descriptor))
+        return {Reached::Who::Listener, descriptor};
     if (descriptor >= 0)
         close(descriptor);
-    return -1;
+    return {mayPass(error) ? Reached::Who::BusyListener : Reached::Who::Nobody};
 }
 
 bool isListening(const Endpoint& endpoint) {
     const auto [descriptor, error] = attempt(endpoint);
     if (descriptor >= 0)
         close(descriptor);
-    return error == 0 || error == EAGAIN;
+    return error == 0 || mayPass(error);
 }
 
 bool peerIsSameUser(int descriptor) {

@@ -4,11 +4,19 @@
 
 namespace velloren {
 
-/// A socket connected to the endpoint, without waiting: the caller's to close. Negative when there is nobody
-/// to connect to, nobody accepts (the queue of connections is full), or the listener is another user's.
-[[nodiscard]] int connectedSocket(const Endpoint& endpoint);
+/// Who was found at an endpoint.
+struct Reached {
+    /// A busy one cannot take this connection yet. Nobody is also a listener of another user.
+    enum class Who { Listener, BusyListener, Nobody };
 
-/// Whether somebody listens at the endpoint. A listener that is too busy to accept counts.
+    Who who;
+    int descriptor = -1; ///< of the connected socket when there is a listener: the caller's to close
+};
+
+/// Connects a socket to the endpoint, without waiting.
+[[nodiscard]] Reached reach(const Endpoint& endpoint);
+
+/// Whether somebody listens at the endpoint, busy or not.
 [[nodiscard]] bool isListening(const Endpoint& endpoint);
 
 /// Whether the socket's far end runs as the user of this process.

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "Platform/Foundation/RunLoop.h"
 #include "Platform/Freedesktop/Bus/DBusWire.h"
+#include "Platform/Freedesktop/Bus/Inlet.h"
 #include "Platform/Freedesktop/Bus/LinkThread.h"
+#include "Platform/Freedesktop/Bus/WaitingCalls.h"
 #include "Platform/Link/Link.h"
 
 #include <systemd/sd-bus.h>
@@ -10,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -50,67 +54,63 @@ class BusConnections {
     std::set<std::shared_ptr<OutgoingBus>> open;
 };
 
-/// One sd-bus connection to a service or an endpoint, on the link's thread: every operation runs there.
+/// One sd-bus connection to a service or an endpoint, on the link's thread: every operation runs there, but
+/// for those that say otherwise.
 class OutgoingBus : public std::enable_shared_from_this<OutgoingBus> {
   public:
-    struct Call {
-        std::string method;
-        Channel::Arguments arguments;
-        Channel::Reply reply; ///< none awaits no answer
-        Connection::ErrorHandler failed;
-    };
-
-    struct Destination {
-        std::string service; ///< empty for an endpoint
-        std::string objectPath;
-        std::string interface;
-    };
-
-    struct Timeouts {
-        std::chrono::milliseconds handshake;
-        std::chrono::milliseconds call;
-    };
-
-    OutgoingBus(LinkThread& thread, BusConnections& connections, Timeouts timeouts);
+    OutgoingBus(LinkThread& thread, RunLoop& mainLoop, BusConnections& connections,
+                std::chrono::milliseconds callTimeout);
     OutgoingBus(const OutgoingBus&) = delete;
     OutgoingBus& operator=(const OutgoingBus&) = delete;
     ~OutgoingBus();
 
     /// Goes on with a bus that was started elsewhere, and takes it over.
     void adopt(sd_bus* started);
+    /// Tries until the far end lets this process in, or nobody listens there.
     void connect(const Endpoint& endpoint);
-    void call(const Destination& destination, Call call);
+    /// Makes a call, after those made before, as soon as the connection stands. Any thread.
+    void call(OutgoingCall call);
+    /// The requests that were not handed to the far end; questions that wait fail. Any thread.
+    [[nodiscard]] std::vector<Connection::Undelivered> takeBack();
     /// The owner has gone: closes as soon as every call was answered or failed.
     void release();
-    /// Sends what a service is still to get, then closes.
+    /// Sends what a service is still to get, for a second at most, then closes.
     void close();
 
     ConnectionHandlers handlers;
 
   private:
     struct Outstanding;
+    enum class State { Connecting, Established, Ended };
 
-    bool open(int descriptor);
-    void follow();
-    void startHandshakeTimer();
-    void established();
+    void attempt();
+    [[nodiscard]] bool open(int descriptor);
+    [[nodiscard]] bool follow();
+    void attemptLater();
+    void disconnected();
     void end();
+    void handOverWaiting();
     void closeSoonIfDone();
-    void fail(const Call& call, const std::string& error) const;
-    [[nodiscard]] wire::Message messageFor(const Destination& destination, const Call& call) const;
-    void send(wire::Message message, Call call);
+    void dropBus();
+    [[nodiscard]] wire::Message messageFor(const OutgoingCall& call) const;
+    [[nodiscard]] int send(const OutgoingCall& call);
+    [[nodiscard]] int ask(sd_bus_message& message, const OutgoingCall& call);
 
     static int received(sd_bus_message* message, void* self, sd_bus_error*);
     static int answered(sd_bus_message* message, void* outstanding, sd_bus_error*);
 
     LinkThread& thread;
+    RunLoop& mainLoop;
     BusConnections& connections;
-    Timeouts timeouts;
+    std::chrono::milliseconds callTimeout;
+    State state = State::Connecting;
+    std::optional<Endpoint> endpoint; ///< none for a service
+    std::chrono::milliseconds retryDelay;
+    wire::EventSource retryTimer;
+    std::unique_ptr<Inlet> inlet;
     sd_bus* bus = nullptr;
-    wire::EventSource handshakeTimer;
-    bool isEstablished = false;
-    bool isService = false;
     bool isReleased = false;
+    WaitingCalls waiting;
     std::set<Outstanding*> outstanding;
 };
 

@@ -17,6 +17,7 @@ namespace velloren {
 class ListeningMainApp final : public Communication, public ListenerDelegate {
   public:
     bool accepts = true;
+    int refusals = 0;
     std::vector<std::string> requests;
     std::vector<MeetingsReply> questions;
 
@@ -32,6 +33,7 @@ class ListeningMainApp final : public Communication, public ListenerDelegate {
 
     bool listenerShouldAcceptNewConnection(Listener&, IncomingConnection& connection) override {
         connection.setExportedInterface(exportedCommunication(*this));
+        refusals += accepts ? 0 : 1;
         return accepts;
     }
 };

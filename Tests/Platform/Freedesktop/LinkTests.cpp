@@ -34,6 +34,19 @@ class LinkContract : public LinkTest, public ::testing::WithParamInterface<std::
         return arrived.get_future().get();
     }
 
+    void setLetsIn(bool letsIn) {
+        mainApp.accepts = letsIn;
+        fake.setLetsIn(endpoint, letsIn);
+    }
+
+    /// The methods of what the connection gives back.
+    std::vector<std::string> givenBack() {
+        std::vector<std::string> methods;
+        for (const auto& request : connection->takeBack())
+            methods.push_back(request.method);
+        return methods;
+    }
+
     void stopTheMainApp() {
         fake.stop(endpoint);
         listener.reset();
@@ -87,13 +100,47 @@ TEST_P(LinkContract, DeliversWhatWasAskedBeforeTheConnectionWasReleased) {
     EXPECT_THAT(mainApp.requests, ElementsAre("open last"));
 }
 
+TEST_P(LinkContract, KeepsWhatItIsGivenUntilTheFarEndLetsItIn) {
+    setLetsIn(false);
+    connect(endpoint);
+    proxy->openMeetingWithId("first");
+    proxy->fetchUpcomingMeetings([](const auto&) {});
+    EXPECT_TRUE(waitUntil([&] { return mainApp.refusals >= 3 || GetParam() == "fake"; }));
+    setLetsIn(true);
+    proxy->createNewMeeting();
+    EXPECT_TRUE(waitUntil([&] { return mainApp.requests.size() == 2 && mainApp.questions.size() == 1; }));
+    EXPECT_THAT(mainApp.requests, ElementsAre("open first", "create"));
+    EXPECT_THAT(givenBack(), ElementsAre());
+    EXPECT_EQ(errors + invalidations, 0);
+}
+
+TEST_P(LinkContract, GivesBackWhatItDidNotDeliver) {
+    setLetsIn(false);
+    connect(endpoint);
+    proxy->openMeetingWithId("first");
+    fetchInVain();
+    proxy->createNewMeeting();
+    const auto back = connection->takeBack();
+    ASSERT_EQ(back.size(), 2u);
+    EXPECT_EQ(back[0].method, "openMeetingWithId");
+    EXPECT_THAT(back[0].arguments, ElementsAre("first"));
+    EXPECT_EQ(back[1].method, "createNewMeeting");
+    EXPECT_TRUE(waitUntil([&] { return errors == 1; })) << "the question has failed";
+    setLetsIn(true);
+    proxy->displaySyncing();
+    EXPECT_TRUE(waitUntil([&] { return !mainApp.requests.empty(); }));
+    EXPECT_THAT(mainApp.requests, ElementsAre("syncing"));
+}
+
 TEST_P(LinkContract, TellsOnceOfAnInterruption) {
     connect(endpoint);
     fetched();
     stopTheMainApp();
     EXPECT_TRUE(waitUntil([&] { return interruptions == 1; }));
     proxy->createNewMeeting();
+    fetchInVain();
     EXPECT_TRUE(waitUntil([&] { return errors == 1; }));
+    EXPECT_THAT(givenBack(), ElementsAre("createNewMeeting"));
     EXPECT_EQ(interruptions, 1);
     EXPECT_EQ(invalidations, 0);
 }
@@ -102,7 +149,10 @@ TEST_P(LinkContract, TellsOnceOfAnEndpointWhereNobodyIs) {
     connect(*Endpoint::parse("unix:path=/nonexistent/socket"));
     EXPECT_TRUE(waitUntil([&] { return invalidations == 1; }));
     proxy->createNewMeeting();
+    fetchInVain();
     EXPECT_TRUE(waitUntil([&] { return errors == 1; }));
+    connection.reset();
+    EXPECT_TRUE(waitUntil([&] { return errors == 2; })) << "nobody took the request back";
     EXPECT_EQ(interruptions, 0);
 }
 
@@ -111,7 +161,7 @@ TEST_P(LinkContract, RunsNoHandlerThatWasTakenAway) {
     fetched();
     connection->setInterruptionHandler(nullptr);
     stopTheMainApp();
-    proxy->createNewMeeting();
+    fetchInVain();
     EXPECT_TRUE(waitUntil([&] { return errors == 1; }));
     EXPECT_EQ(interruptions, 0);
 }
@@ -122,13 +172,6 @@ TEST_P(LinkContract, ReportsACallThatNobodyServes) {
     fetchInVain();
     EXPECT_TRUE(waitUntil([&] { return errors == 1; }));
     EXPECT_THAT(latestError, ::testing::MatchesRegex("org\\.freedesktop\\.DBus\\.Error\\.Unknown.*: .*"));
-}
-
-TEST_F(DBusLinkTest, ClosesTheConnectionsItsDelegateRefuses) {
-    mainApp.accepts = false;
-    connect(listener->endpoint().value());
-    EXPECT_TRUE(waitUntil([&] { return invalidations == 1; }));
-    EXPECT_TRUE(mainApp.requests.empty());
 }
 
 TEST_F(DBusLinkTest, ListensOnlyInAPrivateRuntimeDirectoryAndTidiesUp) {
