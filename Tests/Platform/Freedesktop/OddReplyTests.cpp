@@ -179,6 +179,9 @@ TEST_F(OddReply, WithCharactersThatSdBusRefusesCostsThoseAlone) {
 }
 
 TEST_F(OddReply, OfTheLargestKindLeavesNoMemoryTaken) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizers keep what is freed";
+#endif
     const std::string title(1500, 'a');
     const std::string largest = listOf(std::vector(10000, title));
     meetingsIn("v", listOf({"a"}));
