@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <cstdint>
+#include <malloc.h>
 #include <pthread.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
@@ -14,9 +15,22 @@
 
 namespace velloren {
 
+namespace {
+
+/// Large buffers go back to the system when they are freed, whatever thread they were made on. Left alone,
+/// the allocator keeps as much as it has once seen freed.
+void keepNoLargeBuffers() {
+    constexpr int large = 4 << 20;
+    mallopt(M_MMAP_THRESHOLD, large);
+    mallopt(M_TRIM_THRESHOLD, large);
+}
+
+} // namespace
+
 LinkThread::LinkThread() : wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     if (wakeUp < 0 || sd_event_new(&eventLoop) < 0)
         fatalError("the link's event loop could not be made");
+    keepNoLargeBuffers();
 }
 
 LinkThread::~LinkThread() {

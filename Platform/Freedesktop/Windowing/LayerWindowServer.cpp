@@ -19,7 +19,7 @@ namespace velloren {
 namespace {
 
 // Compositors answer within a frame or two; a seat without a pointer never says where it is.
-constexpr std::chrono::milliseconds longestLook{150};
+constexpr std::chrono::milliseconds longestLook{1000}; // compositors take a frame or two
 
 constexpr QSize iconSize(28, 22);
 
@@ -124,7 +124,7 @@ std::optional<QPoint> LayerWindowServer::placeOfUser(const QRect& anchor) const 
         return pointer;
     if (anchor.isEmpty())
         return std::nullopt;
-    return pointer && !isInBar(anchor.center()) ? *pointer : anchor.center();
+    return isInBar(anchor.center()) ? anchor.center() : pointer;
 }
 
 PopoverSite LayerWindowServer::site() {

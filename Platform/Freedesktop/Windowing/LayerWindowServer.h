@@ -22,7 +22,8 @@ class PressCatcher;
 ///
 /// Known is thus the pointer, and the size of what the bars of a screen leave free; which side they are at is
 /// guessed (BarGuess). The pointer is believed first, as hosts count in whatever they like, within the icon
-/// even. The place of the latest press serves when there is none, and the pointer is somewhere else.
+/// even; a number of theirs that is in no bar is not believed at all. Else the pointer, the place of the
+/// latest press, or the end of the bar where icons usually are.
 ///
 /// The popover stays on its screen when the workspace there changes. Qt's own pop-ups become parts of it.
 class LayerWindowServer final : public QObject, public WindowServer {
