@@ -17,9 +17,9 @@ namespace velloren::x11 {
 /// All such windows, as far as the window manager tells of them.
 [[nodiscard]] std::vector<QRect> bars();
 
-/// The stretch of `bar`, which runs that way, around `place` on which something is drawn, as wide or high as the bar: an icon and
-/// the highlight behind it. None where it cannot be told apart from the bar's ground or from what is beside
-/// it.
+/// The stretch of `bar`, which runs that way, around `place` on which something is drawn, as wide or high as
+/// the bar: an icon and the highlight behind it. None where it cannot be told apart from the bar's ground or
+/// from what is beside it.
 [[nodiscard]] std::optional<QRect> drawnAround(const QRect& bar, Qt::Orientation runs, QPoint place);
 
 } // namespace velloren::x11
