@@ -25,12 +25,6 @@ class VAppTest : public ::testing::Test {
 
 } // namespace
 
-TEST_F(VAppTest, NamesTheProductsThreeProcesses) {
-    EXPECT_EQ(VApp(VApp::main).bundleIdentifier(), mainApp);
-    EXPECT_EQ(VApp(VApp::menu).bundleIdentifier(), mainApp + ".menu");
-    EXPECT_EQ(VApp(VApp::agent).bundleIdentifier(), mainApp + ".agent");
-}
-
 TEST_F(VAppTest, LaunchesWhatDoesNotRunAndSaysSo) {
     EXPECT_TRUE(VApp(VApp::main).launchIfNotRunning());
     workspace.takesLaunches = false;

@@ -162,19 +162,15 @@ class FakeLink::FakeListener final : public Listener {
 
     void setDelegate(ListenerDelegate* newDelegate) override { delegate = newDelegate; }
 
-    void resume() override {
-        if (!link.hasRuntimeFolder)
-            return;
-        place = Endpoint::ofSocketPath("/run/user/1000/velloren/fake.socket");
-        link.listenerDelegate = delegate;
-    }
+    void resume() override { link.listenerDelegate = delegate; }
 
-    [[nodiscard]] std::optional<Endpoint> endpoint() const override { return place; }
+    [[nodiscard]] std::optional<Endpoint> endpoint() const override {
+        return Endpoint::ofSocketPath("/run/user/1000/velloren/fake.socket");
+    }
 
   private:
     FakeLink& link;
     ListenerDelegate* delegate = nullptr;
-    std::optional<Endpoint> place;
 };
 
 std::shared_ptr<FakeLink::Far> FakeLink::farEnd(const std::string& place) {

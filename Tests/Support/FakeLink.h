@@ -20,9 +20,8 @@ class FakeLink final : public Link {
     bool hasBus = true;
     /// Proxies serve no interface that anybody asks for.
     bool conforming = true;
-    /// Listeners: whether there are any, and whether they find a place for their socket.
+    /// Whether there are listeners.
     bool hasListeners = true;
-    bool hasRuntimeFolder = true;
 
     /// The connections that were not released.
     int openConnections = 0;

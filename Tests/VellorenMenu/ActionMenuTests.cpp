@@ -3,11 +3,9 @@
 #include "Tests/Support/TemporaryDirectory.h"
 #include "VellorenMenu/Commands.h"
 #include "VellorenMenu/DropDownButton.h"
-#include "VellorenMenu/MenuAppDelegate.h"
 #include "VellorenMenu/URLs.h"
 
 #include <QAction>
-#include <QMenu>
 #include <QTranslator>
 #include <gmock/gmock.h>
 
@@ -42,24 +40,6 @@ class SupportCommandTest : public AgentTest {
 
     const std::string mail = "mailto:support@velloren.example?subject=Velloren%20";
     TemporaryDirectory folder;
-};
-
-/// The agent's delegate with its popover open.
-class ActionMenuTest : public SupportCommandTest {
-  protected:
-    ActionMenuTest() {
-        setVersion("2.1", "\"57\"");
-        application.setDelegate(&delegate);
-        delegate.applicationDidFinishLaunching();
-        delegate.showPopover(nullptr);
-        button = delegate.popover().contentViewController()->view().findChild<DropDownButton*>();
-        items = button->actionMenu().actions();
-        log.clear();
-    }
-
-    MenuAppDelegate delegate{link};
-    DropDownButton* button = nullptr;
-    QList<QAction*> items;
 };
 
 } // namespace
@@ -105,32 +85,16 @@ TEST(ConnectionProtocol, MatchesItsRawValuesToTheLetter) {
         EXPECT_FALSE(URLs::connectionProtocol(other)) << other;
 }
 
-TEST_F(ActionMenuTest, HoldsTheActionsInOrderAndNoShortcuts) {
+TEST(ActionMenu, HoldsTheActionsInOrderAndNoShortcuts) {
+    DropDownButton button;
     std::vector<std::string> titles;
-    for (const QAction* action : items) {
+    for (const QAction* action : button.actionMenu().actions()) {
         titles.push_back(action->isSeparator() ? "---" : action->text().toStdString());
         EXPECT_TRUE(action->shortcut().isEmpty());
     }
     EXPECT_THAT(titles, ElementsAre("", "Support", "Help Center", "---", "Quit"));
-    EXPECT_TRUE(button->popUpButtonCell.pullsDown());
-    EXPECT_EQ(button->popUpButtonCell.preferredEdge(), RectEdge::MinY);
-}
-
-TEST_F(ActionMenuTest, ClosesThePopoverBeforeItOpensALink) {
-    workspace.asked = [this] { EXPECT_FALSE(delegate.popover().isShown()); };
-    for (const int position : {1, 2}) {
-        delegate.showPopover(nullptr);
-        items[position]->trigger();
-    }
-    EXPECT_THAT(workspace.openedURLs, ElementsAre(::testing::StartsWith("mailto:support@velloren.example?"),
-                                                  "https://help.velloren.example"));
-}
-
-TEST_F(ActionMenuTest, QuitsThroughTheDelegateWithThePopoverOpen) {
-    items[4]->trigger();
-    EXPECT_TRUE(delegate.popover().isShown());
-    EXPECT_THAT(log.messages(), ElementsAre("applicationShouldTerminate: " + application.description(),
-                                            "applicationWillTerminate"));
+    EXPECT_TRUE(button.popUpButtonCell.pullsDown());
+    EXPECT_EQ(button.popUpButtonCell.preferredEdge(), RectEdge::MinY);
 }
 
 } // namespace velloren

@@ -48,9 +48,11 @@ class AppLaunchTerminationListenerTest : public ::testing::Test {
 
 } // namespace
 
-TEST_F(AppLaunchTerminationListenerTest, ReportsEachChangeInTheCountOnce) {
-    listener.launchedApps = {{VApp::main, 0}, {VApp::menu, 2}};
+TEST_F(AppLaunchTerminationListenerTest, ReportsEachChangeInTheCountOfWhatItIsSeededWithOnce) {
     workspace.instances = {{mainApp, 1}, {menuAgent, 1}};
+    insert(list);
+    EXPECT_THAT(listener.launchedApps, IsEmpty());
+    listener.launchedApps = {{VApp::main, 0}, {VApp::menu, 2}};
     insert({{mainApp, ":1.1"}, {mainApp, ":1.1"}, {"", ":1.2"}, {"org.other", ":1.3"}});
     EXPECT_THAT(reports->lines, ElementsAre("launch of " + mainApp));
     remove({{menuAgent, ":1.4"}});
@@ -59,17 +61,10 @@ TEST_F(AppLaunchTerminationListenerTest, ReportsEachChangeInTheCountOnce) {
     remove(list);
     EXPECT_THAT(reports->lines,
                 ElementsAre("launch of " + mainApp, "end of " + menuAgent, "end of " + mainApp));
-}
-
-TEST_F(AppLaunchTerminationListenerTest, CountsWhatItIsSeededWithEvenWithoutADelegate) {
+    reports.reset();
     workspace.instances[mainApp] = 1;
     insert(list);
-    EXPECT_THAT(reports->lines, IsEmpty());
-    EXPECT_THAT(listener.launchedApps, IsEmpty());
-    listener.launchedApps = {{VApp::main, 0}};
-    reports.reset();
-    insert(list);
-    EXPECT_EQ(listener.launchedApps[VApp::main], 1);
+    EXPECT_EQ(listener.launchedApps[VApp::main], 1) << "counted though nobody is told";
 }
 
 TEST_F(AppLaunchTerminationListenerTest, IgnoresWhatIsNotItsOwnOrNoInsertionOrRemoval) {
