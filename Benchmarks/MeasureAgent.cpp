@@ -1,5 +1,6 @@
 #include "Benchmarks/ItemWatcher.h"
 #include "Benchmarks/ScreenProbe.h"
+#include "Benchmarks/WakeUps.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Tests/Support/ProcessFigures.h"
 #include "Tests/Support/VirtualDesktop.h"

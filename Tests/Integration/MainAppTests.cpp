@@ -9,20 +9,11 @@ using MainApp = MenuAgentTest;
 class MainAppOfEitherMake : public MenuAgentTest,
                             public ::testing::WithParamInterface<MenuAgentTest::Make> {};
 
-/// With what a main app that has registered does before it serves.
-class EarlyMainApp : public MenuAgentTest, public ::testing::WithParamInterface<const char*> {};
-
 class OddRegistry : public MenuAgentTest, public ::testing::WithParamInterface<const char*> {};
 
 /// With the options of a main app of another make, and what the agent then logs.
 class OddMainApp : public MenuAgentTest,
                    public ::testing::WithParamInterface<std::pair<const char*, const char*>> {};
-
-/// What a test's name can hold of `text`.
-std::string lettersOf(std::string text) {
-    std::erase_if(text, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); });
-    return text;
-}
 
 } // namespace
 
@@ -75,27 +66,6 @@ TEST_F(MainApp, IsLaunchedAgainAfterItIsKilled) {
     }
 }
 
-TEST_F(MainApp, IsWaitedForWhenItRegistersLate) {
-    installMainApp(Make::StandIn, "--register-after 1.2");
-    startAgent();
-    openMeeting(0);
-    expectRequests({"open demo-1"});
-    EXPECT_GE(countInLog("endPoint is nil"), 2);
-}
-
-TEST_P(EarlyMainApp, IsAskedEverythingInOrderAndOnceItServes) {
-    startAgent();
-    openMeeting(0);
-    createMeeting();
-    installMainApp(Make::Foreign, "--serve-after 3 --until-then " + std::string(GetParam()));
-    openMeeting(1);
-    expectRequests({"open demo-1", "create", "open demo-2"});
-    EXPECT_EQ(countInLog("Connection to main app established"), 1);
-}
-
-INSTANTIATE_TEST_SUITE_P(, EarlyMainApp, ::testing::Values("hang-up", "full"),
-                         [](const auto& info) { return lettersOf(info.param); });
-
 TEST_P(OddRegistry, LeavesTheAgentWithItsPopoverAndTenAttempts) {
     installRegistry(GetParam());
     installMainApp();
@@ -110,8 +80,7 @@ TEST_P(OddRegistry, LeavesTheAgentWithItsPopoverAndTenAttempts) {
     EXPECT_EQ(agent->wait(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(, OddRegistry, ::testing::Values("/nonexistent", "/bin/false", "/bin/sleep 60"),
-                         [](const auto& info) { return lettersOf(info.param); });
+INSTANTIATE_TEST_SUITE_P(, OddRegistry, ::testing::Values("/nonexistent", "/bin/false", "/bin/sleep 60"));
 
 TEST_P(OddMainApp, LeavesTheAgentAliveAndItsPopoverWorking) {
     const auto& [options, logged] = GetParam();
@@ -127,12 +96,7 @@ TEST_P(OddMainApp, LeavesTheAgentAliveAndItsPopoverWorking) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, OddMainApp,
-                         ::testing::Values(std::pair("--reply wrong-type", "meetings count = nil"),
-                                           std::pair("--reply not-strings", "meetings count = Optional(3)"),
-                                           std::pair("--reply many", "meetings count = nil"),
-                                           std::pair("--reply never", "Fetching meetings from main app..."),
-                                           std::pair("--never-authenticate",
-                                                     "Fetching meetings from main app...")),
-                         [](const auto& info) { return lettersOf(info.param.first); });
+                         ::testing::Values(std::pair("--reply not-strings", "meetings count = Optional(3)"),
+                                           std::pair("--reply many", "meetings count = nil")));
 
 } // namespace velloren

@@ -20,7 +20,6 @@ std::vector<std::string> linesOf(const std::filesystem::path& file) {
 
 } // namespace
 
-const std::string MenuAgentTest::binaries = VELLOREN_BINARIES;
 const std::string MenuAgentTest::listAccessibles = LIST_ACCESSIBLES;
 
 MenuAgentTest::MenuAgentTest() {

@@ -19,7 +19,7 @@ class MenuAgentTest : public ::testing::Test {
 
   protected:
     inline static const std::string mainAppName = "com.velloren.velloren-mac";
-    static const std::string binaries;
+    inline static const std::string binaries = VELLOREN_BINARIES;
     static const std::string listAccessibles; ///< a program; its argument is the name of an application
 
     MenuAgentTest();

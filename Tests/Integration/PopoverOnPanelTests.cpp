@@ -13,19 +13,14 @@ using IconInPanel = MenuAgentTest;
 
 /// The middle of the pixels that are `wanted` in a row of the screen.
 double middleOf(const QImage& screen, int row, const std::function<bool(QColor)>& wanted) {
-    std::vector<int> columns;
-    for (int column = 0; column < screen.width(); ++column) {
-        if (wanted(screen.pixelColor(column, row)))
-            columns.push_back(column);
-    }
-    return columns.empty() ? -1 : (columns.front() + columns.back()) / 2.0;
+    const auto bounds = VirtualScreen::boundsOf(screen.copy(0, row, screen.width(), 1), wanted);
+    return bounds ? (bounds->left() + bounds->right()) / 2.0 : -1;
 }
 
 } // namespace
 
 TEST_F(IconInPanel, AppearsOnceAndGoesWithTheAgent) {
     startAgent();
-    EXPECT_EQ(desktop.itemCount(), 1);
     agent->signal(SIGTERM);
     EXPECT_EQ(agent->wait(), 0);
     EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 0; }));
@@ -33,99 +28,48 @@ TEST_F(IconInPanel, AppearsOnceAndGoesWithTheAgent) {
     EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
 }
 
-TEST_F(IconInPanel, AppearsWhenThePanelDoesAndSurvivesItsCrash) {
-    desktop.stopPanel();
-    startAgent();
-    EXPECT_TRUE(agent->isRunning());
-    for (int round = 0; round < 2; ++round) {
-        desktop.startPanel();
-        EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
-        openPopover();
-        EXPECT_TRUE(closesOnClick());
-        desktop.stopPanel();
-    }
-    EXPECT_TRUE(agent->isRunning());
-}
-
-TEST_F(IconInPanel, FollowsThePanelBetweenLightAndDark) {
-    startAgent();
-    for (const char* isDark : {"true", "false", "true"}) {
-        desktop.run({"xfconf-query", "-c", "xfce4-panel", "-p", "/panels/dark-mode", "-n", "-t", "bool", "-s",
-                     isDark});
-        EXPECT_TRUE(desktop.waitUntil([this] {
-            const QImage screen = desktop.screen();
-            const int bar =
-                screen.pixelColor(VirtualDesktop::width / 2, VirtualDesktop::icon.y()).lightness();
-            int contrast = 0;
-            for (int x = -11; x <= 11; ++x) {
-                const int glyph = screen.pixelColor(VirtualDesktop::icon + QPoint(x, 0)).lightness();
-                contrast = std::max(contrast, std::abs(glyph - bar));
-            }
-            return contrast > 150;
-        })) << "dark: "
-            << isDark;
-    }
-}
-
 TEST_F(IconInPanel, StandsInATrayOfTheOlderKindWhereThereIsNoOther) {
     desktop.stopPanel();
     startAgent();
-    const auto settings = desktop.folder() / "tint2rc";
-    std::ofstream(settings) << "panel_items = SE\npanel_position = bottom left horizontal\n"
-                               "panel_size = 200 30\n";
-    for (const auto& command :
-         {std::vector<std::string>{"trayer", "--edge", "bottom", "--align", "left", "--widthtype", "request"},
-          std::vector<std::string>{"tint2", "-c", settings}}) {
-        const auto tray = desktop.start(command.front(), {command.begin() + 1, command.end()});
-        ASSERT_TRUE(desktop.waitUntil([this] { return desktop.legacyIcon().has_value(); }));
-        desktop.run({"sh", "-c",
-                     "xdotool windowreparent $(xdotool search --name '^Velloren$') "
-                     "$(xwininfo -root -int | awk '/Window id/ {print $4}')"});
-        ASSERT_TRUE(desktop.waitUntil([this] {
-            const auto place = desktop.legacyIcon();
-            return place && place->top() > VirtualDesktop::height / 2;
-        })) << "put out, it asks the tray again";
-        const QRect icon = *desktop.legacyIcon();
-        EXPECT_TRUE(desktop.waitUntil([&] {
-            desktop.click(icon.center());
-            return desktop.popover().has_value();
-        }));
-        EXPECT_NEAR(desktop.popover()->bottom(), icon.top(), 12);
-        EXPECT_TRUE(desktop.waitUntil([&] {
-            return desktop.screen().pixelColor(icon.center() - QPoint(0, icon.height() / 2 - 2)) ==
-                   QColor(0, 80, 255);
-        })) << "it is highlighted";
-        EXPECT_TRUE(closesOnClick(icon.center()));
-        tray->signal(SIGKILL);
-        tray->wait();
-        EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.legacyIcon(); }));
+    const auto tray =
+        desktop.start("trayer", {"--edge", "bottom", "--align", "left", "--widthtype", "request"});
+    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.legacyIcon().has_value(); }));
+    desktop.run({"sh", "-c",
+                 "xdotool windowreparent $(xdotool search --name '^Velloren$') "
+                 "$(xwininfo -root -int | awk '/Window id/ {print $4}')"});
+    ASSERT_TRUE(desktop.waitUntil([this] {
+        const auto place = desktop.legacyIcon();
+        return place && place->top() > VirtualDesktop::height / 2;
+    })) << "put out, it asks the tray again";
+    const QRect icon = *desktop.legacyIcon();
+    openPopover(icon.center());
+    EXPECT_NEAR(desktop.popover()->bottom(), icon.top(), 12);
+    EXPECT_TRUE(desktop.waitUntil([&] {
+        return desktop.screen().pixelColor(icon.center() - QPoint(0, icon.height() / 2 - 2)) ==
+               QColor(0, 80, 255);
+    })) << "it is highlighted";
+    EXPECT_TRUE(closesOnClick(icon.center()));
+    tray->signal(SIGKILL);
+    tray->wait();
+    EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.legacyIcon(); }));
+    for (int round = 0; round < 2; ++round) {
+        desktop.startPanel();
+        EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
+        EXPECT_FALSE(desktop.legacyIcon());
+        desktop.stopPanel();
     }
-    desktop.startPanel();
-    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
-    EXPECT_FALSE(desktop.legacyIcon());
 }
 
-TEST_F(IconInPanel, EndsWithAMessageWithoutASessionBus) {
-    Process lost({binaries + "/velloren-menu"}, {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}},
-                 desktop.folder() / "lost");
-    EXPECT_EQ(lost.wait(), 1);
-    EXPECT_NE(lost.output().find("velloren-menu: there is no session bus"), std::string::npos);
-}
+TEST_F(IconInPanel, EndsWithAMessageWithoutASessionBusAndWithTheSession) {
+    const auto lost = desktop.start(binaries + "/velloren-menu", {},
+                                    {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}});
+    EXPECT_EQ(lost->wait(), 1);
+    EXPECT_NE(lost->output().find("velloren-menu: there is no session bus"), std::string::npos);
 
-TEST_F(IconInPanel, EndsWithTheSession) {
     startAgent();
     desktop.bus().stop();
     EXPECT_EQ(agent->wait(), 1);
-    EXPECT_NE(log().find("velloren-menu: the session bus went away"), std::string::npos);
-}
-
-TEST_F(IconInPanel, StartsWithoutARuntimeDirectory) {
-    agent =
-        std::make_unique<Process>(std::vector<std::string>{binaries + "/velloren-menu"},
-                                  Process::Environment{{"XDG_RUNTIME_DIR", ""}}, desktop.folder() / "menu");
-    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
-    openPopover();
-    EXPECT_EQ(countInLog("Registering menuAppListener"), 0);
+    EXPECT_EQ(countInLog("velloren-menu: the session bus went away"), 1);
 }
 
 TEST_F(PopoverOnPanel, OpensOnAClickAndClosesOnTheNextWithoutOpeningAgain) {
@@ -140,27 +84,18 @@ TEST_F(PopoverOnPanel, OpensOnAClickAndClosesOnTheNextWithoutOpeningAgain) {
     EXPECT_EQ(countInLog("MainViewController viewWillAppear()"), 4) << "a flicker would log more";
 }
 
-TEST_F(PopoverOnPanel, ClosesOnALeftOrRightClickElsewhere) {
+TEST_F(PopoverOnPanel, ClosesOnALeftOrRightClickElsewhereAloneNotOnOtherInput) {
     startAgent();
     for (const int button : {1, 3}) {
         openPopover();
+        const QRect window = *desktop.popover();
+        desktop.click(VirtualDesktop::elsewhere, 2);
+        desktop.type("a");
+        desktop.type("Return");
+        desktop.click({window.left() + 40, window.top() + 46});
+        EXPECT_TRUE(desktop.popover());
         EXPECT_TRUE(closesOnClick(VirtualDesktop::elsewhere, button)) << button;
     }
-}
-
-TEST_F(PopoverOnPanel, StaysOpenOnAMiddleClickOnTypingAndOnClicksInside) {
-    startAgent();
-    openPopover();
-    const auto window = desktop.popover();
-    ASSERT_TRUE(window);
-    desktop.click(VirtualDesktop::elsewhere, 2);
-    desktop.moveTo(VirtualDesktop::elsewhere);
-    desktop.type("a");
-    desktop.type("Return");
-    desktop.click({window->left() + 40, window->top() + 46});
-    EXPECT_TRUE(desktop.popover());
-    EXPECT_TRUE(closesOnClick(VirtualDesktop::icon));
-    openPopover();
     EXPECT_EQ(countInLog("MainViewController viewWillAppear()"), 2) << "it was open all the time";
 }
 
@@ -168,18 +103,16 @@ TEST_F(PopoverOnPanel, ClosesInAWaylandSessionWhenItLosesTheFocus) {
     const EnvironmentVariable session("WAYLAND_DISPLAY", "wayland-0");
     startAgent();
     const auto mainApp = desktop.start(binaries + "/velloren-main");
-    ASSERT_TRUE(desktop.waitUntil([this] {
-        return desktop.run({"xdotool", "search", "--onlyvisible", "--class", "velloren-main"}) == 0;
-    }));
+    const std::vector<std::string> search{"xdotool", "search", "--onlyvisible", "--class", "velloren-main"};
+    ASSERT_TRUE(desktop.waitUntil([&] { return desktop.run(search) == 0; }));
     openPopover();
     openActionMenu();
     desktop.type("Escape");
     EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.menu(); }));
     EXPECT_TRUE(desktop.popover()) << "its own menu takes nothing away from it";
-    EXPECT_TRUE(closesWithin([this] {
-        desktop.run({"xdotool", "search", "--onlyvisible", "--class", "velloren-main", "windowactivate"});
-    }));
-    EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.iconIsHighlighted(); }));
+    auto activate = search;
+    activate.emplace_back("windowactivate");
+    EXPECT_TRUE(closesWithin([&] { desktop.run(activate); }));
 }
 
 TEST_F(PopoverOnPanel, GoesAlongToAnotherWorkspace) {
@@ -187,12 +120,13 @@ TEST_F(PopoverOnPanel, GoesAlongToAnotherWorkspace) {
     startAgent();
     openPopover();
     desktop.run({"xdotool", "set_desktop", "1"});
-    ASSERT_TRUE(desktop.waitUntil([this] {
-        std::string current;
-        return desktop.run({"xdotool", "get_desktop"}, &current) == 0 && current == "1\n";
+    std::string current;
+    ASSERT_TRUE(desktop.waitUntil([&] {
+        desktop.run({"xdotool", "get_desktop"}, &current);
+        return current == "1\n";
     }));
     EXPECT_TRUE(desktop.waitUntil([this] { return desktop.popover().has_value(); }));
-    EXPECT_TRUE(closesWithin([this] { desktop.click(VirtualDesktop::icon); }));
+    EXPECT_TRUE(closesOnClick(VirtualDesktop::icon));
 }
 
 TEST_F(PopoverOnPanel, HangsBelowThePanelWithItsArrowAtTheIconWhereverInItTheClickWas) {
@@ -201,17 +135,13 @@ TEST_F(PopoverOnPanel, HangsBelowThePanelWithItsArrowAtTheIconWhereverInItTheCli
     const auto isGrey = [](QColor color) { return color == QColor(236, 236, 236); };
     for (const QPoint place : {QPoint(-9, -13), QPoint(0, 0), QPoint(9, 13)}) {
         openPopover(VirtualDesktop::icon + place);
-        const auto window = desktop.popover();
-        ASSERT_TRUE(window);
-        EXPECT_NEAR(window->top(), 31, 1);
-        const int arrow = window->top() + 3;
-        QImage screen;
-        ASSERT_TRUE(desktop.waitUntil([&] {
-            screen = desktop.screen();
-            return middleOf(screen, icon, VirtualDesktop::isHighlight) > 0 &&
-                   middleOf(screen, arrow, isGrey) > 0;
+        const int top = desktop.popover()->top();
+        EXPECT_NEAR(top, 31, 1);
+        EXPECT_TRUE(desktop.waitUntil([&] {
+            const QImage screen = desktop.screen();
+            const double highlight = middleOf(screen, icon, VirtualDesktop::isHighlight);
+            return highlight > 0 && std::abs(middleOf(screen, top + 3, isGrey) - highlight) <= 1;
         }));
-        EXPECT_NEAR(middleOf(screen, arrow, isGrey), middleOf(screen, icon, VirtualDesktop::isHighlight), 1);
         EXPECT_TRUE(closesOnClick());
     }
 }
@@ -221,9 +151,7 @@ TEST_F(PopoverOnPanel, IsNoTaskAndLeavesNoBlackMarginWhenTheCompositorEnds) {
     openPopover();
     std::string windows;
     desktop.run({"xprop", "-root", "_NET_CLIENT_LIST"}, &windows);
-    EXPECT_EQ(
-        std::count(windows.begin(), windows.end(), '#') + std::count(windows.begin(), windows.end(), ','), 1)
-        << "the panel is the only one: " << windows;
+    EXPECT_EQ(std::ranges::count(windows, 'x'), 1) << "the panel is the only one: " << windows;
     const QPoint margin = desktop.popover()->bottomLeft() + QPoint(4, -4);
     desktop.run(
         {"xfconf-query", "-c", "xfwm4", "-p", "/general/use_compositing", "-n", "-t", "bool", "-s", "false"});
@@ -234,7 +162,7 @@ TEST_F(PopoverOnPanel, IsNoTaskAndLeavesNoBlackMarginWhenTheCompositorEnds) {
     EXPECT_TRUE(desktop.popover());
 }
 
-TEST_F(PopoverOnPanel, ShowsTheStoreOrThatThereIsNothing) {
+TEST_F(PopoverOnPanel, ShowsTheStoreOrThatThereIsNothingAndTheCreateRowToTheUserAlone) {
     startAgent();
     openPopover();
     EXPECT_EQ(countInLog("Fetching from Realm, meetings.count=4"), 1);
@@ -248,17 +176,11 @@ TEST_F(PopoverOnPanel, ShowsTheStoreOrThatThereIsNothing) {
     openPopover();
     EXPECT_EQ(countInLog("Fetching from Realm failed, returned object is nil"), 1);
     EXPECT_EQ(desktop.popover()->height(), full - 180 + 34);
-}
-
-TEST_F(PopoverOnPanel, HidesTheCreateRowFromSomebodyWhoIsLoggedOut) {
-    startAgent();
-    openPopover();
-    const int loggedIn = desktop.popover()->height();
     EXPECT_TRUE(closesOnClick());
-    std::filesystem::remove(std::filesystem::path(std::getenv("XDG_CONFIG_HOME")) /
-                            "velloren/com.velloren.velloren-mac.ini");
+
+    std::filesystem::remove_all(std::filesystem::path(std::getenv("XDG_CONFIG_HOME")) / "velloren");
     openPopover();
-    EXPECT_EQ(desktop.popover()->height(), loggedIn - 180 - 40 + 34);
+    EXPECT_EQ(desktop.popover()->height(), full - 180 + 34 - 40);
 }
 
 } // namespace velloren

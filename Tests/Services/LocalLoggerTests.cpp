@@ -6,14 +6,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <string>
-#include <string_view>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -22,8 +19,9 @@
 namespace velloren {
 namespace {
 
+using testing::Each;
+using testing::ElementsAre;
 using testing::EndsWith;
-using testing::HasSubstr;
 using testing::MatchesRegex;
 
 constexpr LogOrigin origin("VellorenMenu/MenuAppDelegate", "openMeeting(_:)", 42);
@@ -64,61 +62,43 @@ class LocalLoggerTest : public testing::Test {
 TEST_F(LocalLoggerTest, WritesTheSameLineToTheFileAndToStandardError) {
     LocalLogger("menu.log").info("opened\n{} %v \xFF", origin);
     const auto lines = linesIn(file);
-    ASSERT_EQ(lines.size(), 1U);
-    EXPECT_THAT(
-        lines[0],
-        MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}[+-][0-9]{2}:[0-9]{2} "
-                     "info VellorenMenu/MenuAppDelegate:42 openMeeting\\(_:\\) "
-                     "opened\\\\n[{][}] %v \\\\xff"));
+    ASSERT_THAT(lines, ElementsAre(MatchesRegex(
+                           "....-..-..T..:..:..\\.[0-9]{3}[+-]..:.. info VellorenMenu/MenuAppDelegate:42 "
+                           "openMeeting\\(_:\\) opened\\\\n[{][}] %v \\\\xff")));
     EXPECT_EQ(standardError(), lines[0] + "\n");
 }
 
-TEST_F(LocalLoggerTest, NamesTheLevelsAndWritesEachLineAtOnce) {
+TEST_F(LocalLoggerTest, WritesEachLineAtOnceWithItsLevelAndCutsAnEndlessOne) {
     LocalLogger logger("menu.log");
     const LogOrigin here("Shared/VApp", "launch()");
     const std::string place = " Shared/VApp:" + std::to_string(__LINE__ - 1) + " launch() ";
-    logger.info(std::nullopt, here);
-    EXPECT_THAT(linesIn(file).back(), EndsWith(" info" + place + "nil"));
     logger.debug(std::nullopt, here);
     EXPECT_THAT(linesIn(file).back(), EndsWith(" debug" + place + "nil"));
-    logger.error(std::nullopt, here);
-    EXPECT_THAT(linesIn(file).back(), EndsWith(" error" + place + "nil"));
     logger.error("", here);
     EXPECT_THAT(linesIn(file).back(), EndsWith(" error" + place));
-}
-
-TEST_F(LocalLoggerTest, CutsAnEndlessMessage) {
-    std::string endless;
-    endless.resize(10'000'000, 'x');
-    LocalLogger("menu.log").info(endless, origin);
+    logger.info(std::string(10'000'000, 'x'), here);
+    EXPECT_THAT(linesIn(file).back(), EndsWith("xxx..."));
     EXPECT_LT(std::filesystem::file_size(file), 20'000U);
-    EXPECT_THAT(linesIn(file).at(0), EndsWith("xxx..."));
 }
 
 TEST_F(LocalLoggerTest, KeepsLinesOfSeveralThreadsWhole) {
-    constexpr int linesEach = 500;
     LocalLogger logger("menu.log");
     std::vector<std::thread> threads;
     for (const char name : {'a', 'b', 'c', 'd'})
         threads.emplace_back([&logger, name] {
-            for (int line = 0; line < linesEach; ++line)
+            for (int line = 0; line < 500; ++line)
                 logger.info(name + std::to_string(line) + ".", origin);
         });
     for (std::thread& thread : threads)
         thread.join();
-
     const auto lines = linesIn(file);
-    for (const std::string& line : lines)
-        ASSERT_THAT(
-            line,
-            MatchesRegex(".{29} info VellorenMenu/MenuAppDelegate:42 openMeeting\\(_:\\) [a-d][0-9]+\\."));
+    EXPECT_THAT(lines, Each(MatchesRegex(".{29} info [^ ]+ [^ ]+ [a-d][0-9]+\\.")));
     std::set<std::string> messages;
     for (const std::string& line : lines)
         messages.insert(line.substr(line.rfind(' ')));
-    EXPECT_EQ(messages.size(), threads.size() * linesEach);
-    EXPECT_EQ(lines.size(), messages.size());
-    const std::string onStandardError = standardError();
-    EXPECT_EQ(std::count(onStandardError.begin(), onStandardError.end(), '\n'), std::ptrdiff_t(lines.size()));
+    EXPECT_EQ(messages.size(), 2000U);
+    EXPECT_EQ(lines.size(), 2000U);
+    EXPECT_EQ(std::ranges::count(standardError(), '\n'), 2000);
 }
 
 TEST_F(LocalLoggerTest, KeepsThreeFilesOfOneMebibyte) {
@@ -129,8 +109,8 @@ TEST_F(LocalLoggerTest, KeepsThreeFilesOfOneMebibyte) {
         names.insert(entry.path().filename());
         EXPECT_LE(entry.file_size(), 1024U * 1024U);
     }
-    EXPECT_THAT(names, testing::ElementsAre("menu.1.log", "menu.2.log", "menu.log"));
-    EXPECT_THAT(linesIn(file).back(), HasSubstr(" 499..."));
+    EXPECT_THAT(names, ElementsAre("menu.1.log", "menu.2.log", "menu.log"));
+    EXPECT_THAT(linesIn(file).back(), MatchesRegex(".* 499[.]+"));
 }
 
 TEST_F(LocalLoggerTest, AppendsToTheFileOfTheLastRunWhichItsOwnerAloneReads) {
@@ -144,23 +124,19 @@ TEST_F(LocalLoggerTest, AppendsToTheFileOfTheLastRunWhichItsOwnerAloneReads) {
 
 TEST_F(LocalLoggerTest, UsesStandardErrorAloneWithoutAFolder) {
     const EnvironmentVariable home("HOME", std::nullopt);
-    std::ofstream(directory / "file") << "";
-    for (const std::optional<std::string>& folder :
-         {std::optional((directory / "file").string()), std::optional<std::string>("/proc/none"),
-          std::optional<std::string>()}) {
+    const std::vector<std::optional<std::string>> folders{"/proc/none", "/dev/null", std::nullopt};
+    for (const auto& folder : folders) {
         state.set(folder);
-        LocalLogger("menu.log").info("line " + folder.value_or("homeless"), origin);
+        LocalLogger("menu.log").info(folder, origin);
     }
-    EXPECT_THAT(standardError(), MatchesRegex(".* line /[^ ]*/file\n.* line /proc/none\n.* line homeless\n"));
+    EXPECT_THAT(standardError(), MatchesRegex(".* /proc/none\n.* /dev/null\n.* nil\n"));
 }
 
 TEST_F(LocalLoggerTest, KeepsAwayFromAFifoInTheFilesPlace) {
     std::filesystem::create_directories(file.parent_path());
     ASSERT_EQ(::mkfifo(file.c_str(), S_IRWXU), 0);
     LocalLogger("menu.log").info("nobody reads", origin);
-
     const int reader = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    ASSERT_GE(reader, 0);
     LocalLogger("menu.log").info("somebody reads", origin);
     char byte = 0;
     EXPECT_EQ(::read(reader, &byte, 1), 0);
@@ -183,23 +159,6 @@ TEST_F(LocalLoggerTest, OutlivesARotationWithoutPlaceForTheOldOrTheNewFile) {
         logger.info("last", origin);
     }
     EXPECT_THAT(standardError(), MatchesRegex(".* last\n.* last\n"));
-}
-
-TEST_F(LocalLoggerTest, OutlivesAFullDisk) {
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file) << std::string(500'000, '.');
-    const auto formerHandler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit former{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &former), 0);
-    const rlimit limit{500'000, former.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-    LocalLogger logger("menu.log");
-    logger.info("one", origin);
-    logger.info("two", origin);
-    ::setrlimit(RLIMIT_FSIZE, &former);
-    std::signal(SIGXFSZ, formerHandler);
-    EXPECT_EQ(std::filesystem::file_size(file), 500'000U);
-    EXPECT_THAT(standardError(), EndsWith(" two\n"));
 }
 
 } // namespace

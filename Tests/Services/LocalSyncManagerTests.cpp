@@ -1,14 +1,11 @@
 #include "Services/Local/LocalSyncManager.h"
 #include "Services/Local/UploadingLock.h"
-#include "Tests/Services/LockHolder.h"
 #include "Tests/Support/EnvironmentVariable.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <filesystem>
-#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,29 +20,15 @@ class LocalSyncManagerTest : public testing::Test {
     std::unique_ptr<LocalSyncManager> manager = LocalSyncManager::ofThisUser();
 };
 
-TEST_F(LocalSyncManagerTest, IsNotSyncingWithoutTheFile) {
+TEST_F(LocalSyncManagerTest, IsSyncingAsLongAsSomebodyHoldsTheLock) {
     EXPECT_FALSE(manager->isSyncing());
     EXPECT_FALSE(std::filesystem::exists(file));
-    runtime.set(std::nullopt);
-    EXPECT_FALSE(LocalSyncManager::ofThisUser()->isSyncing());
-    EXPECT_FALSE(UploadingLock::acquire());
-}
-
-TEST_F(LocalSyncManagerTest, IsSyncingWhileAnotherProcessHoldsTheLock) {
-    {
-        const LockHolder uploader([this] { return std::shared_ptr(UploadingLock::acquire(file)); });
-        EXPECT_TRUE(manager->isSyncing());
-        EXPECT_FALSE(UploadingLock::acquire());
-    }
-    EXPECT_FALSE(manager->isSyncing());
-}
-
-TEST_F(LocalSyncManagerTest, FollowsALockOfItsOwnProcessInAPrivateFolder) {
     auto lock = UploadingLock::acquire();
     ASSERT_TRUE(lock);
     EXPECT_EQ(std::filesystem::status(file.parent_path()).permissions(), std::filesystem::perms::owner_all);
     EXPECT_TRUE(manager->isSyncing());
     EXPECT_TRUE(manager->isSyncing()) << "asking does not release it";
+    EXPECT_FALSE(UploadingLock::acquire());
     lock.reset();
     EXPECT_FALSE(manager->isSyncing());
     EXPECT_TRUE(UploadingLock::acquire());
@@ -63,13 +46,16 @@ TEST_F(LocalSyncManagerTest, DoesNotTakeAReadLockForUploading) {
     ::close(reader);
 }
 
-TEST_F(LocalSyncManagerTest, IsNotSyncingWhereTheFileIsSomethingElse) {
+TEST_F(LocalSyncManagerTest, IsNotSyncingWhereTheFileIsSomethingElseOrHasNoPlace) {
     std::filesystem::create_directory(file.parent_path());
     ASSERT_EQ(::mkfifo(file.c_str(), S_IRWXU), 0);
     EXPECT_FALSE(manager->isSyncing());
     std::filesystem::remove(file);
     std::filesystem::create_directory(file);
     EXPECT_FALSE(manager->isSyncing());
+    EXPECT_FALSE(UploadingLock::acquire());
+    runtime.set(std::nullopt);
+    EXPECT_FALSE(LocalSyncManager::ofThisUser()->isSyncing());
     EXPECT_FALSE(UploadingLock::acquire());
 }
 

@@ -33,8 +33,6 @@ class Process {
     int wait();
 
   private:
-    bool reap(int options);
-
     pid_t child = -1;
     bool ended = false;
     int status = 0;

@@ -1,23 +1,19 @@
 #pragma once
 
 #include <cstddef>
-#include <map>
+#include <filesystem>
 #include <string>
 #include <sys/types.h>
 
 namespace velloren {
+
+/// The sum of the numbers that stand after `key` in a file of /proc.
+[[nodiscard]] long sumInFile(const std::filesystem::path& file, const std::string& key);
 
 /// The memory that the process shares with nobody, in KiB.
 [[nodiscard]] long privateMemoryOf(pid_t process);
 
 /// How many files, sockets and the like the process has open.
 [[nodiscard]] std::ptrdiff_t descriptorsOf(pid_t process);
-
-/// How often each of the process's threads has gone to sleep of its own accord, by thread.
-using VoluntarySwitches = std::map<std::string, long>;
-[[nodiscard]] VoluntarySwitches voluntarySwitchesOf(pid_t process);
-
-/// How often something woke a thread between the two. A thread that ended had to wake for it.
-[[nodiscard]] long wakeUpsBetween(const VoluntarySwitches& before, const VoluntarySwitches& after);
 
 } // namespace velloren

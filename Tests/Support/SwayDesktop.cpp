@@ -1,7 +1,5 @@
 #include "Tests/Support/SwayDesktop.h"
 
-#include <QColor>
-
 #include <fstream>
 #include <unistd.h>
 
@@ -12,22 +10,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr uid_t nobody = 65534;
-constexpr QRgb popoverGrey = qRgb(236, 236, 236);
-constexpr QRgb barGreen = qRgb(0, 160, 0);
-
-enum class Colored { Like, Unlike };
-
-/// Where the picture has that colour, or any other one; none where nothing has.
-std::optional<QRect> boundsOf(const QImage& picture, QRgb color, Colored colored) {
-    QRect bounds;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            if ((picture.pixel(x, y) == color) == (colored == Colored::Like))
-                bounds |= QRect(x, y, 1, 1);
-        }
-    }
-    return bounds.isNull() ? std::nullopt : std::optional(bounds);
-}
+constexpr QColor barGreen(0, 160, 0);
 
 } // namespace
 
@@ -81,15 +64,15 @@ void SwayDesktop::startBar(const std::string& side) {
 
 std::optional<QRect> SwayDesktop::icon() const {
     const QImage picture = screen();
-    const auto barArea = boundsOf(picture, barGreen, Colored::Like);
-    if (!barArea)
+    const auto bar = boundsOf(picture, [](QColor color) { return color == barGreen; });
+    if (!bar)
         return std::nullopt;
-    const auto inBar = boundsOf(picture.copy(*barArea), barGreen, Colored::Unlike);
-    return inBar ? std::optional(inBar->translated(barArea->topLeft())) : std::nullopt;
+    const auto inBar = boundsOf(picture.copy(*bar), [](QColor color) { return color != barGreen; });
+    return inBar ? std::optional(inBar->translated(bar->topLeft())) : std::nullopt;
 }
 
 std::optional<QRect> SwayDesktop::popover() const {
-    const auto found = boundsOf(screen(), popoverGrey, Colored::Like);
+    const auto found = boundsOf(screen(), [](QColor color) { return color == QColor(236, 236, 236); });
     return found && found->width() > 300 ? found : std::nullopt;
 }
 

@@ -2,8 +2,6 @@
 
 #include "Tests/Support/VirtualScreen.h"
 
-#include <QRect>
-
 namespace velloren {
 
 struct SwayOptions {

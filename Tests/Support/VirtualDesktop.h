@@ -2,9 +2,6 @@
 
 #include "Tests/Support/VirtualScreen.h"
 
-#include <QColor>
-#include <QRect>
-
 namespace velloren {
 
 /// A virtual screen with a window manager, and a panel at the top with the tray near its right end.

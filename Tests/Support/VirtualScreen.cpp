@@ -103,6 +103,18 @@ QImage VirtualScreen::screen() const {
     return QImage(QString::fromStdString(file.string()));
 }
 
+std::optional<QRect> VirtualScreen::boundsOf(const QImage& picture,
+                                             const std::function<bool(QColor)>& wanted) {
+    QRect bounds;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            if (wanted(picture.pixelColor(x, y)))
+                bounds |= QRect(x, y, 1, 1);
+        }
+    }
+    return bounds.isNull() ? std::nullopt : std::optional(bounds);
+}
+
 bool VirtualScreen::waitUntil(const std::function<bool()>& condition) {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (!condition()) {

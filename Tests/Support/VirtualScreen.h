@@ -3,8 +3,10 @@
 #include "Tests/Support/PrivateBus.h"
 #include "Tests/Support/Process.h"
 
+#include <QColor>
 #include <QImage>
 #include <QPoint>
+#include <QRect>
 
 #include <functional>
 #include <memory>
@@ -45,6 +47,8 @@ class VirtualScreen {
     void type(const std::string& key) const;
 
     [[nodiscard]] QImage screen() const;
+    /// Where the picture has colours that are `wanted`; none where it has none.
+    static std::optional<QRect> boundsOf(const QImage& picture, const std::function<bool(QColor)>& wanted);
 
     /// Whether `condition` comes to hold within a generous limit.
     static bool waitUntil(const std::function<bool()>& condition);
