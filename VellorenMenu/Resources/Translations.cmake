@@ -4,7 +4,9 @@
 #   Puts into <variable> the file velloren_LANGUAGE.qm of every translations/velloren_LANGUAGE.ts, each with its
 #   bare name as resource alias: qt_add_resources(<target> translations PREFIX /i18n FILES ${<variable>}).
 
-find_program(LRELEASE lrelease REQUIRED PATHS /usr/lib/qt6/bin DOC "Compiles translations (Debian: qt6-l10n-tools)")
+# Qt's own folder first: elsewhere the name may be another version's.
+find_program(LRELEASE lrelease REQUIRED HINTS ${QT6_INSTALL_PREFIX}/${QT6_INSTALL_BINS} /usr/lib/qt6/bin
+    DOC "Compiles translations (Debian: qt6-l10n-tools)")
 
 function(velloren_compile_translations files)
     file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/translations/velloren_*.ts)
