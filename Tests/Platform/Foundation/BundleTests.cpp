@@ -25,32 +25,25 @@ class BundleTest : public ::testing::Test {
 } // namespace
 
 TEST_F(BundleTest, TellsItsVersionsWhereTheyAreTexts) {
-    const auto bundle = bundleWith(R"({"CFBundleShortVersionString": "2.1", "CFBundleVersion": "57"})");
-    EXPECT_EQ(bundleShortVersion(*bundle), "2.1");
-    EXPECT_EQ(bundleVersion(*bundle), "57");
-    for (const char* info : {R"({"CFBundleVersion": 57, "CFBundleShortVersionString": 2.1})",
-                             R"({"CFBundleVersion": ["57"], "CFBundleShortVersionString": null})", "{}",
-                             R"(["CFBundleVersion"])", "no dictionary", ""}) {
-        const auto lacking = bundleWith(info);
-        EXPECT_EQ(bundleShortVersion(*lacking), std::nullopt) << info;
-        EXPECT_EQ(bundleVersion(*lacking), std::nullopt) << info;
-    }
-    EXPECT_FALSE(Bundle::inFolder("/nonexistent")->infoDictionary());
-}
-
-TEST_F(BundleTest, GivesTheProgramsOwnVersionWhicheverBundleIsAsked) {
-    const std::pair<const char*, std::optional<std::string>> versions[] = {
-        {R"({"CFBundleShortVersionString": "2.1", "CFBundleVersion": "57"})", "2.1 (57)"},
-        {R"({"CFBundleShortVersionString": "", "CFBundleVersion": ""})", " ()"},
-        {R"({"CFBundleShortVersionString": "2.1", "CFBundleVersion": 57})", std::nullopt},
-        {R"({"CFBundleShortVersionString": "2.1"})", std::nullopt},
-        {R"({"CFBundleVersion": "57"})", std::nullopt},
+    using Text = std::optional<std::string>;
+    const std::tuple<const char*, Text, Text, Text> bundles[] = {
+        {R"({"CFBundleShortVersionString": "2.1", "CFBundleVersion": "57"})", "2.1", "57", "2.1 (57)"},
+        {R"({"CFBundleShortVersionString": "", "CFBundleVersion": ""})", "", "", " ()"},
+        {R"({"CFBundleShortVersionString": "2.1", "CFBundleVersion": 57})", "2.1", {}, {}},
+        {R"({"CFBundleShortVersionString": null, "CFBundleVersion": "57"})", {}, "57", {}},
+        {R"({"CFBundleVersion": ["57"]})", {}, {}, {}},
+        {R"(["CFBundleVersion"])", {}, {}, {}},
+        {"no dictionary", {}, {}, {}},
+        {"", {}, {}, {}},
     };
     const auto other = bundleWith(R"({"CFBundleShortVersionString": "3", "CFBundleVersion": "9"})");
-    for (const auto& [info, version] : versions) {
+    for (const auto& [info, shortVersion, version, ofTheApp] : bundles) {
         SharedInstance<Bundle>::provide([this, info = info] { return bundleWith(info); });
-        EXPECT_EQ(appVersion(*other), version) << info;
+        EXPECT_EQ(bundleShortVersion(Bundle::mainBundle()), shortVersion) << info;
+        EXPECT_EQ(bundleVersion(Bundle::mainBundle()), version) << info;
+        EXPECT_EQ(appVersion(*other), ofTheApp) << "of the program, whichever bundle is asked: " << info;
     }
+    EXPECT_FALSE(Bundle::inFolder("/nonexistent")->infoDictionary());
 }
 
 } // namespace velloren

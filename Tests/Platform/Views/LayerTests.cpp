@@ -6,53 +6,35 @@
 
 namespace velloren {
 
-namespace {
-
 using namespace std::chrono_literals;
+using std::numbers::pi;
 
-BasicAnimation halfTurn(double repeatCount) {
-    return {"transform.rotation.z", std::numbers::pi, 1s, repeatCount};
-}
-
-} // namespace
-
-TEST(Layer, TellsItsViewOfChangesBelowIt) {
-    Layer root;
+TEST(Layer, TellsItsViewOfChangesBelowItAndMayEndBeforeASublayer) {
+    std::optional<Layer> root(std::in_place);
     int changes = 0;
-    root.setChangeHandler([&] { ++changes; });
+    root->setChangeHandler([&] { ++changes; });
     const auto child = std::make_shared<Layer>();
-    root.addSublayer(child);
-    const int afterAdding = changes;
+    root->addSublayer(child);
     child->setBackgroundColor(Qt::red);
-    EXPECT_EQ(changes, afterAdding + 1);
+    EXPECT_EQ(changes, 2);
     child->removeFromSuperlayer();
     child->setBackgroundColor(Qt::blue);
-    EXPECT_EQ(changes, afterAdding + 2) << "a layer that left tells nobody";
-    EXPECT_TRUE(root.sublayers().empty());
-}
-
-TEST(Layer, LetsASublayerOutliveIt) {
-    const auto child = std::make_shared<Layer>();
-    {
-        Layer root;
-        root.addSublayer(child);
-    }
-    child->removeFromSuperlayer();
+    EXPECT_EQ(changes, 3) << "a layer that left tells nobody";
+    root->addSublayer(child);
+    root.reset();
     EXPECT_EQ(child->superlayer(), nullptr);
 }
 
 TEST(Layer, TurnsOverAndOverUntilItsOneAnimationOfThatKeyIsRemoved) {
     Layer layer;
-    layer.addAnimation(halfTurn(1), "key");
+    layer.addAnimation({"transform.rotation.z", pi, 1s, 1}, "key");
     const auto start = Layer::Clock::now();
-    layer.addAnimation(halfTurn(BasicAnimation::forever), "key");
+    layer.addAnimation({"transform.rotation.z", pi, 1s, BasicAnimation::forever}, "key");
     const auto later = Layer::Clock::now();
-    EXPECT_LE(layer.rotation(start + 250ms), std::numbers::pi / 4);
-    EXPECT_GE(layer.rotation(later + 250ms), std::numbers::pi / 4);
+    EXPECT_LE(layer.rotation(start + 250ms), pi / 4);
+    EXPECT_GE(layer.rotation(later + 250ms), pi / 4);
     EXPECT_TRUE(layer.isAnimating(later + 24h));
-    EXPECT_LT(layer.rotation(start + 24h + 500ms), std::numbers::pi);
     layer.removeAnimationForKey("key");
-    EXPECT_EQ(layer.animationForKey("key"), nullptr);
     EXPECT_FALSE(layer.isAnimating(later));
 }
 

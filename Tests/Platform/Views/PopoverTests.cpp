@@ -15,11 +15,10 @@ namespace {
 class JournalController final : public ViewController {
   public:
     explicit JournalController(std::vector<std::string>& journal) : journal(journal) {
-        root.setFixedWidth(200);
-        row.setFixedHeight(100);
         auto* layout = new QVBoxLayout(&root);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->addWidget(&row);
+        row.setFixedSize(200, 100);
     }
 
     QWidget& view() override { return root; }
@@ -39,27 +38,28 @@ class PopoverTest : public QtTest {
   protected:
     PopoverTest() {
         FakeWindowServer::install();
-        auto made = std::make_unique<JournalController>(journal);
-        controller = made.get();
-        popover.setContentViewController(std::move(made));
+        popover.setContentViewController(std::unique_ptr<ViewController>(controller));
     }
 
     void show() { popover.showRelativeToRect(anchor.rect(), anchor, RectEdge::MaxY); }
 
     std::vector<std::string> journal;
-    JournalController* controller;
+    JournalController* controller = new JournalController(journal);
     View anchor;
     Popover popover;
 };
 
 } // namespace
 
-TEST_F(PopoverTest, TellsItsControllerBeforeAndAfterItAppearsAndOnlyMovesWhileItIsShown) {
+TEST_F(PopoverTest, IsShownOnceUntilItsOwnerClosesItAndFollowsTheSizeOfItsContent) {
     show();
-    EXPECT_TRUE(popover.isShown());
+    show();
     EXPECT_EQ(journal, (std::vector<std::string>{"will appear", "did appear"}));
-    show();
-    EXPECT_EQ(journal.size(), 2u);
+    int requests = 0;
+    popover.setCloseRequestHandler([&] { ++requests; });
+    popover.contentWindow()->close();
+    EXPECT_TRUE(popover.isShown());
+    EXPECT_EQ(requests, 0) << "only what the user asks of the window manager is a request";
     popover.performClose();
     EXPECT_FALSE(popover.isShown());
     EXPECT_FALSE(controller->root.isVisible());
@@ -68,23 +68,10 @@ TEST_F(PopoverTest, TellsItsControllerBeforeAndAfterItAppearsAndOnlyMovesWhileIt
         EXPECT_FALSE(qobject_cast<PopoverWindow*>(widget)) << "the window of a showing goes with it";
     show();
     EXPECT_EQ(journal.size(), 4u) << "every showing is an appearance";
-}
-
-TEST_F(PopoverTest, FollowsTheSizeOfItsContent) {
-    show();
-    const QSize before = popover.contentWindow()->size();
+    const int before = popover.contentWindow()->height();
     controller->row.setFixedHeight(160);
-    ASSERT_TRUE(waitUntil([&] { return popover.contentWindow()->height() == before.height() + 60; }));
+    EXPECT_TRUE(waitUntil([&] { return popover.contentWindow()->height() == before + 60; }));
     EXPECT_EQ(controller->root.height(), 160);
-}
-
-TEST_F(PopoverTest, LeavesAClosingWindowToItsOwner) {
-    int requests = 0;
-    popover.setCloseRequestHandler([&] { ++requests; });
-    show();
-    popover.contentWindow()->close();
-    EXPECT_TRUE(popover.isShown());
-    EXPECT_EQ(requests, 0) << "only what the user asks of the window manager is a request";
 }
 
 } // namespace velloren
