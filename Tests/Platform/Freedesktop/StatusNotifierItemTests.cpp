@@ -2,13 +2,10 @@
 #include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Freedesktop/Tray/StatusNotifierBar.h"
 #include "Platform/Freedesktop/Tray/StatusNotifierItem.h"
+#include "Tests/Platform/Freedesktop/QtBusTest.h"
 #include "Tests/Support/FakeDesktop.h"
-#include "Tests/Support/PrivateBus.h"
-#include "Tests/Support/QtTest.h"
 
-#include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusMessage>
 #include <QDBusReply>
 #include <gmock/gmock.h>
 
@@ -29,14 +26,10 @@ class Watcher final : public QObject {
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
 
   public:
-    Watcher(const PrivateBus& bus, const char* name)
-        : connection(QDBusConnection::connectToBus(QString::fromStdString(bus.address()),
-                                                   QString::fromLatin1(name))) {
+    explicit Watcher(const QDBusConnection& bus) : connection(bus) {
         connection.registerObject(watcherPath, this,
                                   QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals);
     }
-
-    ~Watcher() override { QDBusConnection::disconnectFromBus(connection.name()); }
 
     void takeOver() {
         connection.interface()->registerService(watcherName, QDBusConnectionInterface::ReplaceExistingService,
@@ -57,13 +50,12 @@ class Watcher final : public QObject {
     void StatusNotifierHostRegistered();
 };
 
-class StatusNotifierItemTest : public QtTest {
+class StatusNotifierItemTest : public QtBusTest {
   protected:
     ~StatusNotifierItemTest() override {
         item.reset();
         SharedInstance<GlobalEvents>::reset();
         SharedInstance<WindowServer>::reset();
-        QDBusConnection::disconnectFromBus(QStringLiteral("agent"));
     }
 
     void registerItem() {
@@ -79,19 +71,13 @@ class StatusNotifierItemTest : public QtTest {
     }
 
     QVariant property(const char* name) {
-        const QDBusReply<QVariant> value =
-            call(QStringLiteral("Get"), {itemInterface, QString::fromLatin1(name)},
-                 QStringLiteral("org.freedesktop.DBus.Properties"));
-        return value.value();
+        return QDBusReply<QVariant>(call("Get", {itemInterface, name}, "org.freedesktop.DBus.Properties"));
     }
 
-    PrivateBus bus;
-    Watcher watcher{bus, "first"};
+    Watcher watcher{connection("first")};
     FakeWindowServer& display = FakeWindowServer::install();
     FakeGlobalEvents& events = FakeGlobalEvents::install();
-    StatusNotifierBar bar{
-        QDBusConnection::connectToBus(QString::fromStdString(bus.address()), QStringLiteral("agent")),
-        QStringLiteral("com.velloren.velloren-mac.menu"), QStringLiteral("Velloren")};
+    StatusNotifierBar bar{connection("agent"), "com.velloren.velloren-mac.menu", "Velloren"};
     std::unique_ptr<StatusItem> item = bar.statusItemWithLength(28);
 };
 
@@ -99,7 +85,7 @@ class StatusNotifierItemTest : public QtTest {
 
 TEST_F(StatusNotifierItemTest, RegistersWithEachWatcherAlsoWhenTheyChangeWithoutAGap) {
     registerItem();
-    Watcher second(bus, "second");
+    Watcher second(connection("second"));
     second.takeOver();
     EXPECT_TRUE(waitUntil([&] { return second.items == watcher.items; }));
     Q_EMIT second.StatusNotifierHostRegistered();
@@ -108,14 +94,12 @@ TEST_F(StatusNotifierItemTest, RegistersWithEachWatcherAlsoWhenTheyChangeWithout
 }
 
 TEST_F(StatusNotifierItemTest, ShowsItsCentreInEachSizeAndTellsOfNewPicturesOnly) {
-    const auto colour = [](View& view, std::optional<QColor> color) {
-        view.setWantsLayer(true);
-        view.layer()->setBackgroundColor(color);
-    };
     View edge(item->button());
     edge.setGeometry(0, 0, 3, 22);
     View centre(item->button());
     centre.setGeometry(3, 0, 22, 22);
+    edge.setWantsLayer(true);
+    centre.setWantsLayer(true);
     registerItem();
     ASSERT_TRUE(watcher.connection.connect(watcher.items.last(), itemPath, itemInterface,
                                            QStringLiteral("NewIcon"), &watcher, SLOT(newIcon())));
@@ -129,12 +113,12 @@ TEST_F(StatusNotifierItemTest, ShowsItsCentreInEachSizeAndTellsOfNewPicturesOnly
         EXPECT_THAT(sides, ElementsAre(16, 22, 24, 32, 33, 44, 48, 64));
     };
     expectPictures("00000000");
-    colour(edge, Qt::red);
-    colour(centre, QColor(0, 80, 255));
+    edge.layer()->setBackgroundColor(Qt::red);
+    centre.layer()->setBackgroundColor(QColor(0, 80, 255));
     EXPECT_TRUE(waitUntil([&] { return watcher.newIcons == 1; }));
     expectPictures("ff0050ff");
-    colour(centre, QColor(0, 80, 255));
-    colour(centre, std::nullopt);
+    centre.layer()->setBackgroundColor(QColor(0, 80, 255));
+    centre.layer()->setBackgroundColor(std::nullopt);
     EXPECT_TRUE(waitUntil([&] { return watcher.newIcons == 2; })) << "the same colour again is no new icon";
 }
 
@@ -144,7 +128,7 @@ TEST_F(StatusNotifierItemTest, HandsOnPressesWithTheirPlaceButNotTheOnesTheMonit
     EXPECT_EQ(property("Menu").value<QDBusObjectPath>().path(), QStringLiteral("/StatusNotifierItem/Menu"));
     EXPECT_EQ(property("Id"), QStringLiteral("com.velloren.velloren-mac.menu"));
     const auto placeAfter = [&](const char* method, const QVariantList& arguments) {
-        call(QString::fromLatin1(method), arguments, itemInterface);
+        call(method, arguments, itemInterface);
         return item->button()->rectOnScreen(item->button()->rect()).center();
     };
     EXPECT_EQ(placeAfter("Activate", {300, 12}), QPoint(300, 12));
@@ -152,7 +136,7 @@ TEST_F(StatusNotifierItemTest, HandsOnPressesWithTheirPlaceButNotTheOnesTheMonit
     events.clickSeenByMonitor = true;
     EXPECT_EQ(placeAfter("Activate", {500, 12}), QPoint(310, 12)) << "that very click closed the popover";
     EXPECT_EQ(placeAfter("SecondaryActivate", {500, 12}), QPoint(310, 12));
-    EXPECT_EQ(placeAfter("Scroll", {1, QStringLiteral("vertical")}), QPoint(310, 12));
+    EXPECT_EQ(placeAfter("Scroll", {1, "vertical"}), QPoint(310, 12));
     display.pointer = QPoint(700, 9);
     EXPECT_EQ(placeAfter("Activate", {0, 27}), QPoint(700, 9)) << "where the pointer is, the icon is";
 }
