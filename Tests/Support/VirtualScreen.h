@@ -16,9 +16,6 @@
 
 namespace velloren {
 
-/// How many screens of `VirtualScreen`'s size the X server has.
-enum class Screens { One, TwoSideBySide };
-
 /// An X server in memory and a session bus, the test's own. They are what this process's environment names
 /// for as long as this lives; the product's folders are fresh ones.
 class VirtualScreen {
@@ -26,7 +23,7 @@ class VirtualScreen {
     static constexpr int width = 1280;
     static constexpr int height = 800;
 
-    explicit VirtualScreen(Screens screens = Screens::One);
+    VirtualScreen();
     VirtualScreen(const VirtualScreen&) = delete;
     VirtualScreen& operator=(const VirtualScreen&) = delete;
 
@@ -61,7 +58,7 @@ class VirtualScreen {
     TemporaryDirectory home;
 
   private:
-    void startDisplay(Screens screens);
+    void startDisplay();
 
     std::vector<std::unique_ptr<EnvironmentVariable>> environment;
     std::unique_ptr<Process> display;
