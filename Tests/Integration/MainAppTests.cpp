@@ -13,7 +13,7 @@ class OddRegistry : public MenuAgentTest, public ::testing::WithParamInterface<c
 
 /// With the options of a main app of another make, and what the agent then logs.
 class OddMainApp : public MenuAgentTest,
-                   public ::testing::WithParamInterface<std::pair<const char*, const char*>> {};
+                   public ::testing::WithParamInterface<std::pair<std::string, std::string>> {};
 
 } // namespace
 

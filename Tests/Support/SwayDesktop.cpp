@@ -10,7 +10,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr uid_t nobody = 65534;
-constexpr QColor barGreen(0, 160, 0);
+constexpr QRgb barGreen = qRgb(0, 160, 0);
 
 } // namespace
 
@@ -64,15 +64,15 @@ void SwayDesktop::startBar(const std::string& side) {
 
 std::optional<QRect> SwayDesktop::icon() const {
     const QImage picture = screen();
-    const auto bar = boundsOf(picture, [](QColor color) { return color == barGreen; });
+    const auto bar = boundsOf(picture, [](QRgb color) { return color == barGreen; });
     if (!bar)
         return std::nullopt;
-    const auto inBar = boundsOf(picture.copy(*bar), [](QColor color) { return color != barGreen; });
+    const auto inBar = boundsOf(picture.copy(*bar), [](QRgb color) { return color != barGreen; });
     return inBar ? std::optional(inBar->translated(bar->topLeft())) : std::nullopt;
 }
 
 std::optional<QRect> SwayDesktop::popover() const {
-    const auto found = boundsOf(screen(), [](QColor color) { return color == QColor(236, 236, 236); });
+    const auto found = boundsOf(screen(), [](QRgb color) { return color == qRgb(236, 236, 236); });
     return found && found->width() > 300 ? found : std::nullopt;
 }
 

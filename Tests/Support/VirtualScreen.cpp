@@ -90,12 +90,11 @@ QImage VirtualScreen::screen() const {
     return QImage(QString::fromStdString(file.string()));
 }
 
-std::optional<QRect> VirtualScreen::boundsOf(const QImage& picture,
-                                             const std::function<bool(QColor)>& wanted) {
+std::optional<QRect> VirtualScreen::boundsOf(const QImage& picture, const std::function<bool(QRgb)>& wanted) {
     QRect bounds;
     for (int y = 0; y < picture.height(); ++y) {
         for (int x = 0; x < picture.width(); ++x) {
-            if (wanted(picture.pixelColor(x, y)))
+            if (wanted(picture.pixel(x, y)))
                 bounds |= QRect(x, y, 1, 1);
         }
     }
