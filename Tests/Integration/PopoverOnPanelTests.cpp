@@ -31,33 +31,48 @@ TEST_F(IconInPanel, AppearsOnceAndGoesWithTheAgent) {
 TEST_F(IconInPanel, StandsInATrayOfTheOlderKindWhereThereIsNoOther) {
     desktop.stopPanel();
     startAgent();
-    const auto tray =
-        desktop.start("trayer", {"--edge", "bottom", "--align", "left", "--widthtype", "request"});
-    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.legacyIcon().has_value(); }));
-    desktop.run({"sh", "-c",
-                 "xdotool windowreparent $(xdotool search --name '^Velloren$') "
-                 "$(xwininfo -root -int | awk '/Window id/ {print $4}')"});
-    ASSERT_TRUE(desktop.waitUntil([this] {
-        const auto place = desktop.legacyIcon();
-        return place && place->top() > VirtualDesktop::height / 2;
-    })) << "put out, it asks the tray again";
-    const QRect icon = *desktop.legacyIcon();
-    openPopover(icon.center());
-    EXPECT_NEAR(desktop.popover()->bottom(), icon.top(), 12);
-    EXPECT_TRUE(desktop.waitUntil([&] {
-        return desktop.screen().pixelColor(icon.center() - QPoint(0, icon.height() / 2 - 2)) ==
-               QColor(0, 80, 255);
-    })) << "it is highlighted";
-    EXPECT_TRUE(closesOnClick(icon.center()));
-    tray->signal(SIGKILL);
-    tray->wait();
-    EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.legacyIcon(); }));
-    for (int round = 0; round < 2; ++round) {
-        desktop.startPanel();
-        EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
-        EXPECT_FALSE(desktop.legacyIcon());
-        desktop.stopPanel();
+    const auto settings = desktop.folder() / "tint2rc";
+    std::ofstream(settings) << "panel_items = SE\npanel_position = bottom left horizontal\n"
+                               "panel_size = 200 30\n";
+    for (const auto& command :
+         {std::vector<std::string>{"trayer", "--edge", "bottom", "--align", "left", "--widthtype", "request"},
+          std::vector<std::string>{"tint2", "-c", settings}}) {
+        const auto tray = desktop.start(command.front(), {command.begin() + 1, command.end()});
+        ASSERT_TRUE(desktop.waitUntil([this] { return desktop.legacyIcon().has_value(); }));
+        desktop.run({"sh", "-c",
+                     "xdotool windowreparent $(xdotool search --name '^Velloren$') "
+                     "$(xwininfo -root -int | awk '/Window id/ {print $4}')"});
+        ASSERT_TRUE(desktop.waitUntil([this] {
+            const auto place = desktop.legacyIcon();
+            return place && place->top() > VirtualDesktop::height / 2;
+        })) << "put out, it asks the tray again";
+        const QRect icon = *desktop.legacyIcon();
+        EXPECT_TRUE(desktop.waitUntil([&] {
+            desktop.click(icon.center());
+            return desktop.popover().has_value();
+        }));
+        EXPECT_NEAR(desktop.popover()->bottom(), icon.top(), 12);
+        EXPECT_TRUE(desktop.waitUntil([&] {
+            return desktop.screen().pixelColor(icon.center() - QPoint(0, icon.height() / 2 - 2)) ==
+                   QColor(0, 80, 255);
+        })) << "it is highlighted";
+        EXPECT_TRUE(closesOnClick(icon.center()));
+        tray->signal(SIGKILL);
+        tray->wait();
+        EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.legacyIcon(); }));
     }
+    desktop.startPanel();
+    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
+    EXPECT_FALSE(desktop.legacyIcon());
+}
+
+TEST_F(IconInPanel, StartsWithoutARuntimeDirectory) {
+    agent =
+        std::make_unique<Process>(std::vector<std::string>{binaries + "/velloren-menu"},
+                                  Process::Environment{{"XDG_RUNTIME_DIR", ""}}, desktop.folder() / "menu");
+    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
+    openPopover();
+    EXPECT_EQ(countInLog("Registering menuAppListener"), 0);
 }
 
 TEST_F(IconInPanel, EndsWithAMessageWithoutASessionBusAndWithTheSession) {

@@ -84,6 +84,18 @@ TEST_F(MainAppConnection, IsClearedUpWhenItBreaksAndNotMadeAgainByItself) {
     EXPECT_EQ(link.openConnections, 0);
 }
 
+TEST_F(MainAppConnection, OnTheThirdAttemptResetsTheCounterAndEndsTheChain) {
+    delegate.createNewMeeting();
+    delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
+    loop.advance(RunLoop::Seconds(0.7));
+    registerMainApp();
+    loop.advance(RunLoop::Seconds(60));
+    EXPECT_EQ(registry.retrievals, 3);
+    EXPECT_EQ(delegate.autoRetryConnectionAttempt, 0);
+    EXPECT_THAT(mainAppObject.requests, ElementsAre("create"));
+    EXPECT_EQ(log.messages().back(), "Velloren Menu agent?.createNewMeeting()");
+}
+
 TEST_F(MainAppConnection, IsReplacedByEachEndpointThatArrivesLate) {
     registry.withholds = true;
     delegate.setupMainAppCallerConnection(nullptr);

@@ -120,12 +120,16 @@ TEST_F(MenuAppDelegateTest, TakesNoNoticeOfOtherApplications) {
     EXPECT_EQ(delegate.*Opened::attempts, 7);
 }
 
-TEST_F(MenuAppDelegateTest, NeverRefusesToTerminate) {
+TEST_F(MenuAppDelegateTest, NeverRefusesToTerminateAndTakesItsEndpointOutOfTheRegistry) {
+    launch();
+    ASSERT_TRUE(registry.endpoints.contains(menuAgent));
+    log.clear();
     EXPECT_EQ(delegate.applicationShouldTerminate("<Sender>"), MenuAppDelegate::TerminateReply::TerminateNow);
     delegate.applicationWillTerminate();
     EXPECT_THAT(log.lines(),
                 ElementsAre(debug("applicationShouldTerminate applicationShouldTerminate: <Sender>"),
                             debug("applicationWillTerminate applicationWillTerminate")));
+    EXPECT_FALSE(registry.endpoints.contains(menuAgent));
 }
 
 TEST_F(MenuAppDelegateTest, DisplaysTheLatestSyncStateFromAnyThread) {
