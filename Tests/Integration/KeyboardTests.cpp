@@ -41,11 +41,15 @@ TEST_F(Keyboard, GoesThroughThePopoverFromTopToBottom) {
     installMainApp();
     startAgent();
 
-    for (const auto& [tabs, key] : {std::pair(1, "Return"), std::pair(3, "space"), std::pair(4, "Return")}) {
+    std::vector<std::string> expected;
+    for (const auto& [tabs, key, request] :
+         {std::tuple(1, "Return", "open demo-1"), std::tuple(3, "space", "open demo-3"),
+          std::tuple(4, "Return", "create")}) {
         openPopoverAndPressTab(tabs);
         EXPECT_TRUE(closesWithin([&] { desktop.type(key); }));
+        expected.emplace_back(request);
+        expectRequests(expected);
     }
-    expectRequests({"open demo-1", "open demo-3", "create"});
 }
 
 TEST_F(Keyboard, ClosesThePopoverWithEscapeAndOpensItsMenuWithSpace) {

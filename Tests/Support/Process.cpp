@@ -19,12 +19,16 @@ namespace {
 [[noreturn]] void becomeProgram(const std::vector<std::string>& arguments,
                                 const Process::Environment& changes,
                                 const std::filesystem::path& outputFile) {
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
     const int output = open(outputFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
     for (const auto& [name, value] : changes)
         value.empty() ? unsetenv(name.c_str()) : setenv(name.c_str(), value.c_str(), 1);
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments)
         pointers.push_back(const_cast<char*>(argument.c_str()));
     pointers.push_back(nullptr);
@@ -45,14 +49,20 @@ Process::Process(const std::vector<std::string>& arguments, const Environment& c
 }
 
 Process::~Process() {
-    signal(SIGKILL);
-    wait();
+    if (isRunning()) {
+        kill(child, SIGKILL);
+        wait();
+    }
+}
+
+bool Process::reap(int options) {
+    if (!ended && waitpid(child, &status, options) == child)
+        ended = true;
+    return ended;
 }
 
 bool Process::isRunning() {
-    if (!ended && waitpid(child, &status, WNOHANG) == child)
-        ended = true;
-    return !ended;
+    return !reap(WNOHANG);
 }
 
 std::string Process::output() const {
@@ -68,9 +78,9 @@ void Process::signal(int number) const {
 
 int Process::wait() {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (isRunning()) {
+    while (!reap(WNOHANG)) {
         if (std::chrono::steady_clock::now() > limit)
-            signal(SIGKILL);
+            kill(child, SIGKILL);
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);

@@ -33,6 +33,8 @@ class Process {
     int wait();
 
   private:
+    bool reap(int options);
+
     pid_t child = -1;
     bool ended = false;
     int status = 0;
