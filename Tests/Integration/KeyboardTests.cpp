@@ -46,7 +46,7 @@ TEST_F(Keyboard, GoesThroughThePopoverFromTopToBottom) {
          {std::tuple(1, "Return", "open demo-1"), std::tuple(3, "space", "open demo-3"),
           std::tuple(4, "Return", "create")}) {
         openPopoverAndPressTab(tabs);
-        EXPECT_TRUE(closesWithin([&] { desktop.type(key); }));
+        EXPECT_TRUE(closesWithin([this, key = key] { desktop.type(key); }));
         expected.emplace_back(request);
         expectRequests(expected);
     }

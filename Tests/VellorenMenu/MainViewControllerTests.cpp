@@ -25,6 +25,7 @@ class MainViewControllerTest : public AgentTest {
 
     static std::vector<Meeting> meetings(int count) {
         std::vector<Meeting> list;
+        list.reserve(std::size_t(count));
         for (int index = 0; index < count; ++index)
             list.push_back({std::to_string(index), "Title " + std::to_string(index), std::nullopt});
         return list;

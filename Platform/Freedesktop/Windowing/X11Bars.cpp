@@ -77,6 +77,7 @@ std::vector<bool> drawnOn(const std::vector<Slice>& slices) {
     const auto ground = std::max_element(counts.begin(), counts.end(),
                                          [](const auto& a, const auto& b) { return a.second < b.second; });
     std::vector<bool> drawn;
+    drawn.reserve(slices.size());
     for (const Slice& slice : slices)
         drawn.push_back(slice != ground->first);
     return drawn;

@@ -139,7 +139,7 @@ TEST_F(OddClient, IsToldThatItsArgumentsAreWrong) {
                       sd_bus_call_method(bus, nullptr, "/com/velloren/Communication",
                                          "com.velloren.Communication", "openMeetingWithId", &answer, nullptr,
                                          types, "7", "8");
-                      const std::string error = answer.name ? answer.name : "";
+                      std::string error = answer.name ? answer.name : "";
                       sd_bus_error_free(&answer);
                       sd_bus_close_unref(bus);
                       return error;

@@ -96,7 +96,7 @@ class OddReply : public LinkTest {
         connectTo(signature, body);
         std::promise<Communication::Meetings> answer;
         proxy->fetchUpcomingMeetings([&](const auto& meetings) { answer.set_value(meetings); });
-        const auto meetings = answer.get_future().get();
+        auto meetings = answer.get_future().get();
         disconnect();
         return meetings;
     }
