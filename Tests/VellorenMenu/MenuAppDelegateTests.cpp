@@ -99,6 +99,9 @@ TEST_F(MenuAppDelegateTest, ConnectsWhenTheMainAppIsLaunchedAndClearsUpWhenItEnd
     EXPECT_EQ(delegate.*Opened::attempts, 0);
     loop.advance(RunLoop::Seconds(5));
     EXPECT_THAT(log.messages(), ElementsAre("Main app is launched")) << "it is connected already";
+    delegate.*Opened::attempts = 7;
+    delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
+    EXPECT_EQ(delegate.*Opened::attempts, 7) << "a check of a connection that stands changes nothing";
 
     log.clear();
     workspace.stop(mainApp);
