@@ -137,7 +137,7 @@ menu_is_open() { [ "$(xdotool search --onlyvisible --class velloren-menu 2>/dev/
 tour_quit() {
     step "The action menu; its last item ends the agent"
     open_popover
-    click_in_popover 24 242
+    click_in_popover 24 255
     wait_until "the menu" menu_is_open
     sleep 0.3
     picture action-menu
