@@ -109,8 +109,8 @@ TEST_F(DBusMenuTest, IsFilledAnewForEachShowing) {
 
 TEST_F(DBusMenuTest, TellsOfLaterChangesAndKeepsTheNumbersOfWhatStays) {
     content = {item("a", "A"), item("b", "B")};
-    const auto before = shown();
     const Signals signals(host);
+    const auto before = shown(); // once that is answered, the bus knows of the signals asked for as well
     menu.setEntries({item("c", "C"), item("b", "later")});
     EXPECT_TRUE(waitUntil([&] { return signals.latest.size() == 2; }));
     EXPECT_EQ(signals.latest["ItemsPropertiesUpdated"].signature(), "a(ia{sv})a(ias)");
