@@ -5,9 +5,11 @@
 
 namespace velloren {
 
-EndPointHandler::EndPointHandler(Link& link)
+EndPointHandler::EndPointHandler(Link& link, WithoutBus withoutBus)
     : serviceName(VApp(VApp::agent).bundleIdentifier()),
       agentConnection(link.connectionToService(serviceName)) {
+    if (!agentConnection && withoutBus == WithoutBus::HasNoProxy)
+        return;
     if (!agentConnection)
         fatalError("the connection to " + serviceName + " could not be created");
     agentConnection->setRemoteObjectInterface(endPointHandlingInterface());

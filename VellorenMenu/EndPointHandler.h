@@ -10,14 +10,16 @@ namespace velloren {
 
 /// One short-lived connection to the registry of listener endpoints, for one call: whoever makes a handler
 /// keeps it until that call is sent or, where its reply matters, until the reply is there. Made on the main
-/// thread; the last owner may release it on any. Without a bus the process stops.
+/// thread; the last owner may release it on any.
 class EndPointHandler {
   public:
-    explicit EndPointHandler(Link& link);
+    enum class WithoutBus { StopsProcess, HasNoProxy };
+
+    explicit EndPointHandler(Link& link, WithoutBus withoutBus = WithoutBus::StopsProcess);
 
     std::string serviceName;
-    std::unique_ptr<Connection> agentConnection;
-    /// None when the registry's proxy is not an `EndPointHandling`.
+    std::unique_ptr<Connection> agentConnection; ///< none without a bus
+    /// None when the registry's proxy is not an `EndPointHandling`, and without a bus.
     std::shared_ptr<EndPointHandling> remoteObjectProxy;
 
     /// A printed form for log lines.

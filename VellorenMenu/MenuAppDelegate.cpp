@@ -109,7 +109,8 @@ void MenuAppDelegate::setupListeningForIncomingMethodCalls() {
 }
 
 void MenuAppDelegate::removeListenerEndpoint() {
-    const EndPointHandler handler(link());
+    // A session that ends takes the bus along, and with it whoever could be asked.
+    const EndPointHandler handler(link(), EndPointHandler::WithoutBus::HasNoProxy);
     if (handler.remoteObjectProxy)
         handler.remoteObjectProxy->removeListenerEndpoint(VApp(VApp::menu).bundleIdentifier());
 }

@@ -79,7 +79,8 @@ class SessionEnd final : public QObject {
     Q_OBJECT
 
   public:
-    explicit SessionEnd(const QDBusConnection& bus) {
+    SessionEnd(const QDBusConnection& bus, const Application& application, TerminationSignals& signals)
+        : application(application), signals(signals) {
         followSignal(bus,
                      {QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                       QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected")},
@@ -88,7 +89,15 @@ class SessionEnd final : public QObject {
 
   private Q_SLOTS:
 
-    void busDisconnected() { QCoreApplication::exit(fail("the session bus went away")); }
+    void busDisconnected() {
+        signals.deliver(); // the end of a session sends one as well, and both may be here
+        if (!application.isTerminating())
+            QCoreApplication::exit(fail("the session bus went away"));
+    }
+
+  private:
+    const Application& application;
+    TerminationSignals& signals;
 };
 
 int runAgent(TerminationSignals& signals, SessionDisplay display) {
@@ -98,7 +107,7 @@ int runAgent(TerminationSignals& signals, SessionDisplay display) {
     const std::string& identifier = VApp(VApp::menu).bundleIdentifier();
     const SessionBackends backends(
         display, bus, {identifier, "Velloren", {VApp(VApp::main).bundleIdentifier(), identifier}});
-    const SessionEnd sessionEnd(bus);
+    const SessionEnd sessionEnd(bus, application, signals);
     const DesktopApplication desktopApplication(bus, identifier, [&application] { application.reopen(); });
     const auto rank = announceRunning(bus, identifier);
     if (!rank)

@@ -49,6 +49,9 @@ class Application {
     /// Asks the delegate, tells it, and ends the loop.
     void terminate(const std::string& sender);
 
+    /// Whether it was terminated: the loop ends, or has ended.
+    [[nodiscard]] bool isTerminating() const { return terminating; }
+
     [[nodiscard]] std::string description() const;
 
   private:

@@ -87,6 +87,16 @@ TEST_F(IconInPanel, EndsWithAMessageWithoutASessionBusAndWithTheSession) {
     EXPECT_EQ(countInLog("velloren-menu: the session bus went away"), 1);
 }
 
+TEST_F(IconInPanel, EndsInOrderOnASignalThatComesWithTheEndOfTheBus) {
+    startAgent();
+    agent->signal(SIGSTOP);
+    desktop.bus().stop();
+    agent->signal(SIGTERM);
+    agent->signal(SIGCONT);
+    EXPECT_EQ(agent->wait(), 0);
+    EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
+}
+
 TEST_F(PopoverOnPanel, OpensOnAClickAndClosesOnTheNextWithoutOpeningAgain) {
     startAgent();
     for (int round = 0; round < 3; ++round) {

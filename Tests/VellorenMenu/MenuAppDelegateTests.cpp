@@ -133,6 +133,8 @@ TEST_F(MenuAppDelegateTest, NeverRefusesToTerminateAndTakesItsEndpointOutOfTheRe
                 ElementsAre(debug("applicationShouldTerminate applicationShouldTerminate: <Sender>"),
                             debug("applicationWillTerminate applicationWillTerminate")));
     EXPECT_FALSE(registry.endpoints.contains(menuAgent));
+    link.hasBus = false;
+    delegate.applicationWillTerminate();
 }
 
 TEST_F(MenuAppDelegateTest, DisplaysTheLatestSyncStateFromAnyThread) {

@@ -21,15 +21,16 @@ TerminationSignals::~TerminationSignals() {
     pthread_sigmask(SIG_SETMASK, &formerMask, nullptr);
 }
 
-void TerminationSignals::setHandler(std::function<void(const std::string&)> handler) {
+void TerminationSignals::setHandler(std::function<void(const std::string&)> newHandler) {
+    handler = std::move(newHandler);
     arrival = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
-    QObject::connect(arrival.get(), &QSocketNotifier::activated, arrival.get(),
-                     [descriptor = descriptor, handler = std::move(handler)] {
-                         signalfd_siginfo info{};
-                         if (read(descriptor, &info, sizeof info) != sizeof info)
-                             return;
-                         handler("<Signal: SIG" + std::string(sigabbrev_np(int(info.ssi_signo))) + ">");
-                     });
+    QObject::connect(arrival.get(), &QSocketNotifier::activated, arrival.get(), [this] { deliver(); });
+}
+
+void TerminationSignals::deliver() {
+    signalfd_siginfo info{};
+    if (handler && read(descriptor, &info, sizeof info) == sizeof info)
+        handler("<Signal: SIG" + std::string(sigabbrev_np(int(info.ssi_signo))) + ">");
 }
 
 } // namespace velloren

@@ -21,7 +21,11 @@ class TerminationSignals final {
     /// `handler` gets the signal's printed description. Called once the application object exists.
     void setHandler(std::function<void(const std::string& sender)> handler);
 
+    /// Calls the handler at once for a signal that has arrived since. Does nothing without either.
+    void deliver();
+
   private:
+    std::function<void(const std::string&)> handler;
     sigset_t formerMask{};
     int descriptor = -1;
     std::unique_ptr<QSocketNotifier> arrival;
