@@ -1,5 +1,6 @@
 #include "Platform/Desktop/Application.h"
 
+#include "Platform/Desktop/GuiApplication.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/RunLoop.h"
 
@@ -15,9 +16,11 @@ Application* sharedApplication = nullptr;
 
 Application::Application() {
     sharedApplication = this;
+    GuiApplication::setQuitHandler([this] { terminate("<Event: Quit>"); });
 }
 
 Application::~Application() {
+    GuiApplication::setQuitHandler(nullptr);
     sharedApplication = nullptr;
 }
 

@@ -46,7 +46,7 @@ class Application {
     /// Tells the delegate, after the launch, that the user asked for the application again.
     void reopen();
 
-    /// Asks the delegate, tells it, and ends the loop.
+    /// Asks the delegate, tells it, and ends the loop. The end of the desktop's session does it as well.
     void terminate(const std::string& sender);
 
     /// Whether it was terminated: the loop ends, or has ended.

@@ -1,5 +1,7 @@
 #include "Platform/Desktop/GuiApplication.h"
 
+#include <QEvent>
+
 #include <exception>
 
 namespace velloren {
@@ -7,11 +9,24 @@ namespace velloren {
 namespace {
 
 std::function<void(const std::string&)> exceptionHandler;
+std::function<void()> quitHandler;
 
-}
+} // namespace
 
 void GuiApplication::setExceptionHandler(std::function<void(const std::string&)> handler) {
     exceptionHandler = std::move(handler);
+}
+
+void GuiApplication::setQuitHandler(std::function<void()> handler) {
+    quitHandler = std::move(handler);
+}
+
+bool GuiApplication::event(QEvent* event) {
+    if (event->type() != QEvent::Quit || !quitHandler)
+        return QApplication::event(event);
+    event->accept();
+    quitHandler();
+    return true;
 }
 
 bool GuiApplication::notify(QObject* receiver, QEvent* event) {

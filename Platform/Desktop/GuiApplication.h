@@ -7,8 +7,8 @@
 
 namespace velloren {
 
-/// Qt's application object, which lets somebody decide about exceptions that reach the event loop. Main
-/// thread only.
+/// Qt's application object, which lets somebody decide about exceptions that reach the event loop and about
+/// its end. Main thread only.
 class GuiApplication final : public QApplication {
     Q_OBJECT
 
@@ -19,7 +19,14 @@ class GuiApplication final : public QApplication {
     /// exception is uncaught, and ends the process where it was thrown.
     static void setExceptionHandler(std::function<void(const std::string& exception)> handler);
 
+    /// Is told when the session or Qt wants the application to end, which then is for it to do. Without a
+    /// handler the loop just ends.
+    static void setQuitHandler(std::function<void()> handler);
+
     bool notify(QObject* receiver, QEvent* event) override;
+
+  protected:
+    bool event(QEvent* event) override;
 };
 
 } // namespace velloren

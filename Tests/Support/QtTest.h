@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Platform/Desktop/GuiApplication.h"
 #include "Platform/Foundation/QtRunLoop.h"
 #include "Platform/Foundation/SharedInstance.h"
 
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@ class QtEnvironment final : public ::testing::Environment {
   public:
     void SetUp() override {
         qputenv("QT_QPA_PLATFORM", "offscreen");
-        application = std::make_unique<QApplication>(count, arguments);
+        application = std::make_unique<GuiApplication>(count, arguments);
         QApplication::setQuitOnLastWindowClosed(false);
     }
 
@@ -28,7 +28,7 @@ class QtEnvironment final : public ::testing::Environment {
     char name[6] = "tests";
     char* arguments[2] = {name, nullptr};
     int count = 1;
-    std::unique_ptr<QApplication> application;
+    std::unique_ptr<GuiApplication> application;
 };
 
 inline ::testing::Environment* const qtEnvironment = ::testing::AddGlobalTestEnvironment(new QtEnvironment);

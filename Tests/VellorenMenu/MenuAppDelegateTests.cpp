@@ -127,12 +127,13 @@ TEST_F(MenuAppDelegateTest, NeverRefusesToTerminateAndTakesItsEndpointOutOfTheRe
     launch();
     ASSERT_TRUE(registry.endpoints.contains(menuAgent));
     log.clear();
-    EXPECT_EQ(delegate.applicationShouldTerminate("<Sender>"), MenuAppDelegate::TerminateReply::TerminateNow);
-    delegate.applicationWillTerminate();
+    QEvent endOfSession(QEvent::Quit);
+    QCoreApplication::sendEvent(qApp, &endOfSession);
     EXPECT_THAT(log.lines(),
-                ElementsAre(debug("applicationShouldTerminate applicationShouldTerminate: <Sender>"),
+                ElementsAre(debug("applicationShouldTerminate applicationShouldTerminate: <Event: Quit>"),
                             debug("applicationWillTerminate applicationWillTerminate")));
     EXPECT_FALSE(registry.endpoints.contains(menuAgent));
+    EXPECT_EQ(delegate.applicationShouldTerminate("<Sender>"), MenuAppDelegate::TerminateReply::TerminateNow);
     link.hasBus = false;
     delegate.applicationWillTerminate();
 }
