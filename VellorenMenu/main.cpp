@@ -100,7 +100,18 @@ class SessionEnd final : public QObject {
     TerminationSignals& signals;
 };
 
-int runAgent(TerminationSignals& signals, SessionDisplay display) {
+/// Whether the environment says that the session starts this program. What is started from here is not to
+/// take that for its own. Before there are threads.
+bool takeMarkOfSession() {
+    bool marked = false;
+    for (const char* mark : {"VELLOREN_AUTOSTART", "DESKTOP_AUTOSTART_ID"}) {
+        marked = marked || qEnvironmentVariableIsSet(mark);
+        qunsetenv(mark);
+    }
+    return marked;
+}
+
+int runAgent(TerminationSignals& signals, SessionDisplay display, StartedBy startedBy) {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     Application application;
     const ProcessServices services;
@@ -108,12 +119,15 @@ int runAgent(TerminationSignals& signals, SessionDisplay display) {
     const SessionBackends backends(
         display, bus, {identifier, "Velloren", {VApp(VApp::main).bundleIdentifier(), identifier}});
     const SessionEnd sessionEnd(bus, application, signals);
-    const DesktopApplication desktopApplication(bus, identifier, [&application] { application.reopen(); });
+    const DesktopApplication desktopApplication(bus, identifier, [&application](StartedBy by) {
+        if (by == StartedBy::User)
+            application.reopen();
+    });
     const auto rank = announceRunning(bus, identifier);
     if (!rank)
         return fail("the session bus does not let this program have its name");
     if (rank == InstanceRank::Later) {
-        switch (activateOtherInstance(bus, identifier)) {
+        switch (activateOtherInstance(bus, identifier, startedBy)) {
         case OtherInstance::Activated:
             return EXIT_SUCCESS;
         case OtherInstance::Silent:
@@ -136,6 +150,7 @@ int runAgent(TerminationSignals& signals, SessionDisplay display) {
 int main(int argc, char** argv) {
     TerminationSignals signals;
     std::signal(SIGPIPE, SIG_IGN); // nobody may read standard error any more
+    const bool marked = takeMarkOfSession();
     QCoreApplication::setApplicationName(QStringLiteral("velloren-menu"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Velloren"));
     auto display = displayOfSession();
@@ -155,7 +170,8 @@ int main(int argc, char** argv) {
     describeWidgetsToAssistivePrograms();
     QApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setDesktopFileName(QString::fromStdString(VApp(VApp::menu).bundleIdentifier()));
-    return runAgent(signals, *display);
+    const bool bySession = marked || qtApplication.isSessionRestored();
+    return runAgent(signals, *display, bySession ? StartedBy::Session : StartedBy::User);
 }
 
 #include "main.moc"

@@ -1,6 +1,7 @@
 #include "Platform/Desktop/GuiApplication.h"
 
 #include <QEvent>
+#include <QSessionManager>
 
 #include <exception>
 
@@ -12,6 +13,14 @@ std::function<void(const std::string&)> exceptionHandler;
 std::function<void()> quitHandler;
 
 } // namespace
+
+GuiApplication::GuiApplication(int& argc, char** argv) : QApplication(argc, argv) {
+    const auto refuseRestart = [](QSessionManager& session) {
+        session.setRestartHint(QSessionManager::RestartNever);
+    };
+    connect(this, &QGuiApplication::saveStateRequest, refuseRestart);
+    connect(this, &QGuiApplication::commitDataRequest, refuseRestart);
+}
 
 void GuiApplication::setExceptionHandler(std::function<void(const std::string&)> handler) {
     exceptionHandler = std::move(handler);

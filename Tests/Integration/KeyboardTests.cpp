@@ -72,6 +72,11 @@ TEST_F(Keyboard, ClosesThePopoverWithEscapeAndOpensItsMenuWithSpace) {
 TEST_F(SecondStart, ShowsThePopoverOfTheFirstAtThePointerIfThatAnswers) {
     const auto startAgain = [this] { return desktop.run({binaries + "/velloren-menu"}); };
     startAgent();
+    desktop.moveTo({300, 300});
+    for (const auto& bySession :
+         {std::vector<std::string>{"env", "VELLOREN_AUTOSTART=1", binaries + "/velloren-menu"},
+          std::vector<std::string>{binaries + "/velloren-menu", "-session", "1011b_1795"}})
+        EXPECT_EQ(desktop.run(bySession), 0);
     desktop.moveTo({640, 300});
     EXPECT_EQ(startAgain(), 0);
     ASSERT_TRUE(desktop.waitUntil([this] { return desktop.popover().has_value(); }));

@@ -8,6 +8,9 @@ namespace velloren {
 
 namespace {
 
+// Of the platform data of a call: nobody asked to see the application.
+const QString bySessionKey = QStringLiteral("velloren-started-by-session");
+
 constexpr int answerTimeout = 5000; // milliseconds
 
 QString objectPath(const std::string& bundleIdentifier) {
@@ -18,8 +21,8 @@ QString objectPath(const std::string& bundleIdentifier) {
 } // namespace
 
 DesktopApplication::DesktopApplication(QDBusConnection bus, const std::string& bundleIdentifier,
-                                       std::function<void()> activated)
-    : bus(std::move(bus)), path(objectPath(bundleIdentifier)), activated(std::move(activated)) {
+                                       Handler startedAgain)
+    : bus(std::move(bus)), path(objectPath(bundleIdentifier)), startedAgain(std::move(startedAgain)) {
     this->bus.registerObject(path, this, QDBusConnection::ExportAllSlots);
 }
 
@@ -27,26 +30,30 @@ DesktopApplication::~DesktopApplication() {
     bus.unregisterObject(path);
 }
 
-void DesktopApplication::Activate(const QVariantMap&) {
-    activated();
+void DesktopApplication::Activate(const QVariantMap& platformData) {
+    startedAgain(platformData.contains(bySessionKey) ? StartedBy::Session : StartedBy::User);
 }
 
 void DesktopApplication::Open(const QStringList&, const QVariantMap&) {
-    activated();
+    startedAgain(StartedBy::User);
 }
 
 void DesktopApplication::ActivateAction(const QString&, const QVariantList&, const QVariantMap&) {
-    activated();
+    startedAgain(StartedBy::User);
 }
 
-OtherInstance activateOtherInstance(const QDBusConnection& bus, const std::string& bundleIdentifier) {
+OtherInstance activateOtherInstance(const QDBusConnection& bus, const std::string& bundleIdentifier,
+                                    StartedBy startedBy) {
     const QDBusReply<QString> owner = bus.interface()->serviceOwner(QString::fromStdString(bundleIdentifier));
     if (!owner.isValid() || owner.value() == bus.baseService())
         return OtherInstance::Gone;
     auto call = QDBusMessage::createMethodCall(owner.value(), objectPath(bundleIdentifier),
                                                QStringLiteral("org.freedesktop.Application"),
                                                QStringLiteral("Activate"));
-    call.setArguments({QVariantMap()});
+    QVariantMap platformData;
+    if (startedBy == StartedBy::Session)
+        platformData.insert(bySessionKey, true);
+    call.setArguments({platformData});
     const QDBusMessage answer = bus.call(call, QDBus::Block, answerTimeout);
     return answer.type() == QDBusMessage::ReplyMessage ? OtherInstance::Activated : OtherInstance::Silent;
 }

@@ -9,17 +9,22 @@
 
 namespace velloren {
 
+/// Who started a program: the user, or the session, which does so at log-in.
+enum class StartedBy { User, Session };
+
 /// This application as an object on the session bus (`org.freedesktop.Application`), at the path that belongs
-/// to its bundle identifier. Each call asks it to show itself: it opens no files and has no actions of its
-/// own. Main thread only.
+/// to its bundle identifier. Each call tells it that it was started again: it opens no files and has no
+/// actions of its own. Main thread only.
 class DesktopApplication final : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
   public:
-    /// Make it before the application announces that it runs. `activated` is called within a call of the bus.
-    DesktopApplication(QDBusConnection bus, const std::string& bundleIdentifier,
-                       std::function<void()> activated);
+    using Handler = std::function<void(StartedBy)>;
+
+    /// Make it before the application announces that it runs. `startedAgain` is called within a call of the
+    /// bus.
+    DesktopApplication(QDBusConnection bus, const std::string& bundleIdentifier, Handler startedAgain);
     ~DesktopApplication() override;
 
   public Q_SLOTS: // the bus's calls
@@ -30,14 +35,14 @@ class DesktopApplication final : public QObject {
   private:
     QDBusConnection bus;
     QString path;
-    std::function<void()> activated;
+    Handler startedAgain;
 };
 
 enum class OtherInstance { Activated, Gone, Silent };
 
-/// Asks the instance that runs under the identifier to show itself, and waits for the answer. It is gone when
-/// this process has the name meanwhile.
+/// Tells the instance that runs under the identifier that it was started again, and waits for the answer. It
+/// is gone when this process has the name meanwhile.
 [[nodiscard]] OtherInstance activateOtherInstance(const QDBusConnection& bus,
-                                                  const std::string& bundleIdentifier);
+                                                  const std::string& bundleIdentifier, StartedBy startedBy);
 
 } // namespace velloren
