@@ -5,6 +5,7 @@
 #include "CrashReporting/RecentLines.h"
 #include "CrashReporting/Stack.h"
 #include "Platform/Foundation/FatalError.h"
+#include "Platform/Foundation/StandardError.h"
 
 #include <array>
 #include <atomic>
@@ -36,7 +37,6 @@ constexpr unsigned patience = 10;                                // seconds that
 FixedText folderOfReports;
 FixedText versionOfProgram;
 FixedText reason;
-std::terminate_handler terminateBefore = nullptr;
 std::atomic<pid_t> crashedThread = 0;
 
 struct Crash {
@@ -114,7 +114,7 @@ void report(const Crash& crash) {
     ::close(file);
     FixedText message;
     message << "The report of this crash is in " << path.view() << "\n";
-    message.writeTo(STDERR_FILENO);
+    writeToStandardError(message.view());
 }
 
 void crashed(int signal, siginfo_t* info, void* context) {
@@ -147,9 +147,12 @@ void rememberFatalError(std::string_view message) {
             reason << ": " << exception.what();
         } catch (...) { // NOLINT(bugprone-empty-catch): its type is all there is to tell
         }
+    } else {
+        reason << "terminated without an exception";
     }
-    if (terminateBefore)
-        terminateBefore();
+    FixedText message;
+    message << reason.view() << "\n";
+    writeToStandardError(message.view());
     std::abort();
 }
 
@@ -168,7 +171,7 @@ void installCrashHandler(const std::string& folder, const std::string& version) 
     folderOfReports << folder;
     versionOfProgram << version;
     setFatalErrorObserver(rememberFatalError);
-    terminateBefore = std::set_terminate(terminated);
+    std::set_terminate(terminated); // the one before would wait for standard error
     prepareStackOfHandler();
     std::array<void*, 1> first{};
     ::backtrace(first.data(), int(first.size())); // loads what it needs, which a handler must not

@@ -5,6 +5,7 @@
 #include "Platform/Foundation/Directories.h"
 #include "Platform/Foundation/QtRunLoop.h"
 #include "Platform/Foundation/SharedInstance.h"
+#include "Platform/Foundation/StandardError.h"
 #include "Platform/Foundation/UserDefaults.h"
 #include "Platform/Freedesktop/Backends/SessionBackends.h"
 #include "Platform/Freedesktop/Bus/DBusLink.h"
@@ -25,9 +26,9 @@
 #include <QTranslator>
 
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <optional>
+#include <string>
 
 using namespace velloren;
 
@@ -70,7 +71,7 @@ class ProcessServices {
 };
 
 int fail(const char* reason) {
-    std::fprintf(stderr, "velloren-menu: %s\n", reason);
+    writeToStandardError(std::string("velloren-menu: ") + reason + "\n");
     return EXIT_FAILURE;
 }
 
@@ -150,6 +151,7 @@ int runAgent(TerminationSignals& signals, SessionDisplay display, StartedBy star
 int main(int argc, char** argv) {
     TerminationSignals signals;
     std::signal(SIGPIPE, SIG_IGN); // nobody may read standard error any more
+    neverWaitForStandardError();
     const bool marked = takeMarkOfSession();
     QCoreApplication::setApplicationName(QStringLiteral("velloren-menu"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Velloren"));

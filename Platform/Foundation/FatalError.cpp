@@ -1,7 +1,8 @@
 #include "Platform/Foundation/FatalError.h"
 
+#include "Platform/Foundation/StandardError.h"
+
 #include <atomic>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -20,8 +21,7 @@ void setFatalErrorObserver(void (*newObserver)(std::string_view)) {
 void fatalError(std::string_view message, std::string_view file, unsigned line) {
     const std::string report = "fatal error: " + std::string(message) + ": file " + std::string(file) +
                                ", line " + std::to_string(line);
-    std::fprintf(stderr, "%s\n", report.c_str());
-    std::fflush(stderr);
+    writeToStandardError(report + "\n");
     if (const auto tell = observer.load())
         tell(report);
     std::abort();

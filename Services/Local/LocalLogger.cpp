@@ -2,12 +2,12 @@
 
 #include "Platform/Foundation/Directories.h"
 #include "Platform/Foundation/PrivateFolder.h"
+#include "Platform/Foundation/StandardError.h"
 #include "Services/Local/Text.h"
 
 #include <spdlog/logger.h>
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/rotating_file_sink.h>
-#include <spdlog/sinks/stdout_sinks.h>
 
 #include <chrono>
 #include <fcntl.h>
@@ -84,6 +84,39 @@ class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
     Clock::time_point nextAttempt = Clock::time_point::min();
 };
 
+std::string_view view(const spdlog::memory_buf_t& text) {
+    return {text.data(), text.size()};
+}
+
+/// Lines that find no room are left out, whole; the next one that does is told how many those were.
+class StandardError final : public spdlog::sinks::base_sink<std::mutex> {
+  protected:
+    void sink_it_(const spdlog::details::log_msg& message) override {
+        spdlog::memory_buf_t line;
+        formatter_->format(message, line);
+        rest.erase(0, writeToStandardError(rest));
+        if (leftOut > 0 && begin("(" + std::to_string(leftOut) + " lines found no room here)\n"))
+            leftOut = 0;
+        if (leftOut > 0 || !begin(view(line)))
+            ++leftOut;
+    }
+
+    void flush_() override {}
+
+  private:
+    bool begin(std::string_view line) {
+        if (!rest.empty())
+            return false;
+        const std::size_t written = writeToStandardError(line);
+        if (written > 0)
+            rest = line.substr(written);
+        return written > 0;
+    }
+
+    std::string rest; ///< of the line that has begun
+    std::size_t leftOut = 0;
+};
+
 class ObservedLines final : public spdlog::sinks::base_sink<std::mutex> {
   public:
     explicit ObservedLines(LocalLogger::LineObserver observer) : observer(std::move(observer)) {}
@@ -92,7 +125,7 @@ class ObservedLines final : public spdlog::sinks::base_sink<std::mutex> {
     void sink_it_(const spdlog::details::log_msg& message) override {
         spdlog::memory_buf_t line;
         formatter_->format(message, line);
-        const std::string_view text(line.data(), line.size());
+        const std::string_view text = view(line);
         observer(text.substr(0, text.find_last_not_of('\n') + 1));
     }
 
@@ -110,7 +143,7 @@ std::string shortened(const std::string& message) {
 
 LocalLogger::LocalLogger(const std::string& fileName, LineObserver observer)
     : logger(std::make_unique<spdlog::logger>("velloren")) {
-    auto standardError = std::make_shared<spdlog::sinks::stderr_sink_mt>();
+    auto standardError = std::make_shared<StandardError>();
     standardError->set_pattern(linePattern);
     logger->sinks().push_back(std::move(standardError));
     if (const auto folder = directories::state())

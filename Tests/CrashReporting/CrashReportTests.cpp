@@ -5,8 +5,11 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <fcntl.h>
 #include <fstream>
 #include <sstream>
+#include <unistd.h>
 
 namespace velloren {
 
@@ -21,6 +24,7 @@ class CrashReport : public ::testing::Test {
     /// The exit status of the program that ends so.
     int statusOf(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), CRASHING_PROGRAM);
+        arguments.insert(arguments.begin(), launcher.begin(), launcher.end());
         Process process(arguments,
                         {{"XDG_STATE_HOME", folder.path()},
                          // The sanitizers would take the signals for themselves.
@@ -40,6 +44,7 @@ class CrashReport : public ::testing::Test {
         return found;
     }
 
+    std::vector<std::string> launcher; ///< what starts the program, if that is not the test
     TemporaryDirectory folder;
     std::filesystem::path crashes = folder / "velloren/crashes";
     std::string output;
@@ -67,6 +72,22 @@ TEST_F(CrashReport, TellsWhatHappenedAndLeavesTheExitStatusAlone) {
         EXPECT_EQ(status, statusOf({end}));
         EXPECT_EQ(reports().size(), 1) << "nothing is reported without the start";
     }
+}
+
+TEST_F(CrashReport, DoesNotWaitForWhoReadsStandardError) {
+    std::array<int, 2> full{};
+    ASSERT_EQ(::pipe2(full.data(), O_NONBLOCK), 0);
+    while (::write(full[1], "full", 4) > 0) {
+    }
+    for (const char* end : {"segv", "fatal-error", "throw"}) {
+        launcher.clear();
+        const int status = statusOf({end});
+        launcher = {"sh", "-c", "exec \"$@\" 2> /proc/self/fd/" + std::to_string(full[1]), "sh"};
+        EXPECT_EQ(statusOf({end, crashes}), status) << end;
+        EXPECT_EQ(reports().size(), 1) << end;
+        std::filesystem::remove_all(crashes);
+    }
+    ::close(full[0]), ::close(full[1]);
 }
 
 TEST_F(CrashReport, IsNotNeededAfterAnExceptionThatTheUserLetsPass) {

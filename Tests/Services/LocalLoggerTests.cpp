@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -79,6 +80,29 @@ TEST_F(LocalLoggerTest, WritesEachLineAtOnceWithItsLevelAndCutsAnEndlessOne) {
     logger.info(std::string(8'000'000, 'x'), here);
     EXPECT_THAT(linesIn(file).back(), EndsWith("xxx..."));
     EXPECT_LT(std::filesystem::file_size(file), 20'000U);
+}
+
+TEST_F(LocalLoggerTest, LeavesOutAndCountsLinesThatFindNoRoomOnStandardError) {
+    LocalLogger logger("menu.log");
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe(ends.data()), 0);
+    const int capture = ::dup(STDERR_FILENO);
+    ::dup2(ends[1], STDERR_FILENO);
+    std::string read(std::size_t{1} << 20, '\0');
+    const auto readAll = [&] {
+        return read.substr(0, std::size_t(::read(ends[0], read.data(), read.size())));
+    };
+    writeLines(logger, 10);
+    const std::string before = readAll();
+    const auto complete = std::ranges::count(before, '\n');
+    logger.info("later", origin);
+    ::dup2(capture, STDERR_FILENO);
+    EXPECT_LT(complete, 10);
+    EXPECT_THAT(readAll(), MatchesRegex("[.]*\n\\(" + std::to_string(9 - complete) +
+                                        " lines found no room here\\)\n.* later\n"));
+    EXPECT_EQ(linesIn(file).size(), 11U);
+    for (const int end : {ends[0], ends[1], capture})
+        ::close(end);
 }
 
 TEST_F(LocalLoggerTest, KeepsLinesOfSeveralThreadsWhole) {

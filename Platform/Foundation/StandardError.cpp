@@ -1,0 +1,60 @@
+#include "Platform/Foundation/StandardError.h"
+
+#include <QString>
+#include <QtGlobal>
+
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+#include <poll.h>
+#include <string>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace velloren {
+
+namespace {
+
+bool hasRoom() {
+    pollfd error{STDERR_FILENO, POLLOUT, 0};
+    return ::poll(&error, 1, 0) == 1 && (error.revents & POLLOUT) != 0;
+}
+
+void writeQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    writeToStandardError(qFormatLogMessage(type, context, message).toStdString() + "\n");
+}
+
+} // namespace
+
+void neverWaitForStandardError() {
+    qInstallMessageHandler(&writeQtMessage);
+
+    struct stat status {};
+
+    if (::fstat(STDERR_FILENO, &status) != 0 || !(S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode)))
+        return; // a file makes nobody wait, and a socket cannot be opened
+    // Whoever else has the pipe or the terminal may rely on waiting: only what is opened here does not.
+    const int own = ::open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (own < 0)
+        return;
+    ::dup2(own, STDERR_FILENO);
+    ::close(own);
+}
+
+std::size_t writeToStandardError(std::string_view text) {
+    std::size_t written = 0;
+    while (written < text.size() && hasRoom()) {
+        // A pipe with room takes that much without waiting.
+        const std::string_view part = text.substr(written, PIPE_BUF);
+        ssize_t count = ::send(STDERR_FILENO, part.data(), part.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+        if (count < 0 && errno == ENOTSOCK)
+            count = ::write(STDERR_FILENO, part.data(), part.size());
+        if (count <= 0)
+            break;
+        written += std::size_t(count);
+    }
+    return written;
+}
+
+} // namespace velloren

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace velloren {
+
+/// From now on nothing that this process, or a library of it, writes to standard error waits for who reads
+/// that: what does not fit is lost. Main thread, before there are others.
+void neverWaitForStandardError();
+
+/// Writes as much as standard error takes at once; answers how much that was. Any thread, and
+/// async-signal-safe.
+std::size_t writeToStandardError(std::string_view text);
+
+} // namespace velloren
