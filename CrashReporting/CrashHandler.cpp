@@ -110,6 +110,7 @@ void report(const Crash& crash) {
     const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (file < 0)
         return;
+    ::fchmod(file, S_IRUSR | S_IWUSR); // whatever the umask
     writeReport(file, crash);
     ::close(file);
     FixedText message;

@@ -6,7 +6,7 @@
 #include "Platform/Desktop/GuiApplication.h"
 #include "Platform/Foundation/BundleVersions.h"
 #include "Platform/Foundation/Directories.h"
-#include "Platform/Foundation/PrivateFolder.h"
+#include "Platform/Foundation/PrivateFiles.h"
 #include "Platform/Foundation/UserDefaults.h"
 #include "Services/VLogger.h"
 

@@ -1,7 +1,7 @@
 #include "Companions/MainAppStandIn/MeetingDatabase.h"
 
 #include "Platform/Foundation/Directories.h"
-#include "Platform/Foundation/PrivateFolder.h"
+#include "Platform/Foundation/PrivateFiles.h"
 
 #include <QDateTime>
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -22,7 +22,8 @@ std::string iso8601(Date start) {
 } // namespace
 
 MeetingDatabase::MeetingDatabase(std::filesystem::path path) : file(std::move(path)) {
-    (void)createPrivateFolder(file.parent_path());
+    if (createPrivateFolder(file.parent_path()))
+        (void)createPrivateFile(file);
     SQLite::Database database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, lockTimeout);
     database.exec("PRAGMA journal_mode = WAL");
     database.exec("CREATE TABLE IF NOT EXISTS meeting(id TEXT PRIMARY KEY, title TEXT, start_time TEXT, "

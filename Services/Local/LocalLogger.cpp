@@ -1,7 +1,7 @@
 #include "Services/Local/LocalLogger.h"
 
 #include "Platform/Foundation/Directories.h"
-#include "Platform/Foundation/PrivateFolder.h"
+#include "Platform/Foundation/PrivateFiles.h"
 #include "Platform/Foundation/StandardError.h"
 #include "Services/Local/Text.h"
 
@@ -10,12 +10,10 @@
 #include <spdlog/sinks/rotating_file_sink.h>
 
 #include <chrono>
-#include <fcntl.h>
 #include <filesystem>
 #include <mutex>
 #include <string_view>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <system_error>
 #include <utility>
 
 namespace velloren {
@@ -29,20 +27,6 @@ constexpr std::size_t largestFile = std::size_t{1024} * 1024;
 constexpr std::size_t rotatedFiles = 2;
 constexpr std::size_t longestMessage = std::size_t{16} * 1024;
 constexpr std::chrono::minutes pauseBetweenAttempts(1);
-
-// Also makes the file, for its owner alone.
-bool isWritableFile(const std::filesystem::path& path) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
-                            S_IRUSR | S_IWUSR);
-    if (file < 0)
-        return false;
-
-    struct stat status {};
-
-    const bool regular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
-    ::close(file);
-    return regular;
-}
 
 /// spdlog's rotating file, given up as a whole on the first error: it must not be used any more after a
 /// failed rotation.
@@ -71,16 +55,24 @@ class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
     void flush_() override {}
 
   private:
+    using Rotation = spdlog::sinks::rotating_file_sink_st;
+
     void open() {
-        if (!createPrivateFolder(path.parent_path()) || !isWritableFile(path))
+        if (!createPrivateFolder(path.parent_path()) || !createPrivateFile(path))
             return;
-        file =
-            std::make_unique<spdlog::sinks::rotating_file_sink_st>(path.string(), largestFile, rotatedFiles);
+        for (std::size_t index = 1; index <= rotatedFiles; ++index) {
+            const std::string older = Rotation::calc_filename(path.string(), index);
+            if (std::error_code error; std::filesystem::exists(older, error))
+                (void)createPrivateFile(older);
+        }
+        spdlog::file_event_handlers handlers; // also told of the files that a rotation begins
+        handlers.before_open = [](const std::string& name) { (void)createPrivateFile(name); };
+        file = std::make_unique<Rotation>(path.string(), largestFile, rotatedFiles, false, handlers);
         file->set_pattern(linePattern);
     }
 
     std::filesystem::path path;
-    std::unique_ptr<spdlog::sinks::rotating_file_sink_st> file;
+    std::unique_ptr<Rotation> file;
     Clock::time_point nextAttempt = Clock::time_point::min();
 };
 

@@ -1,7 +1,7 @@
 #include "Services/Local/UploadingLock.h"
 
 #include "Platform/Foundation/Directories.h"
-#include "Platform/Foundation/PrivateFolder.h"
+#include "Platform/Foundation/PrivateFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -125,25 +125,33 @@ TEST_F(LocalLoggerTest, KeepsLinesOfSeveralThreadsWhole) {
     EXPECT_EQ(std::ranges::count(standardError(), '\n'), 2000);
 }
 
-TEST_F(LocalLoggerTest, KeepsThreeFilesOfOneMebibyte) {
-    LocalLogger logger("menu.log");
-    writeLines(logger, 500);
+TEST_F(LocalLoggerTest, KeepsThreeFilesOfOneMebibyteWhichTheirOwnerAloneReads) {
+    using std::filesystem::perms;
+    std::filesystem::create_directories(file.parent_path());
+    std::filesystem::permissions(file.parent_path(), perms(0755));
+    std::ofstream(file.parent_path() / "menu.2.log") << "left by an earlier version";
+    for (const auto& [mask, count] : {std::pair(0777, 1), std::pair(0, 499)}) {
+        const mode_t usual = ::umask(mode_t(mask));
+        LocalLogger logger("menu.log");
+        writeLines(logger, count);
+        ::umask(usual);
+        for (const auto& entry : std::filesystem::directory_iterator(file.parent_path()))
+            EXPECT_EQ(entry.status().permissions(), perms(0600)) << entry.path();
+    }
+    EXPECT_EQ(std::filesystem::status(file.parent_path()).permissions(), perms::owner_all);
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(file.parent_path())) {
         names.insert(entry.path().filename());
         EXPECT_LE(entry.file_size(), 1024U * 1024U);
     }
     EXPECT_THAT(names, ElementsAre("menu.1.log", "menu.2.log", "menu.log"));
-    EXPECT_THAT(linesIn(file).back(), MatchesRegex(".* 499[.]+"));
+    EXPECT_THAT(linesIn(file).back(), MatchesRegex(".* 498[.]+"));
 }
 
-TEST_F(LocalLoggerTest, AppendsToTheFileOfTheLastRunWhichItsOwnerAloneReads) {
+TEST_F(LocalLoggerTest, AppendsToTheFileOfTheLastRun) {
     LocalLogger("menu.log").info("first", origin);
     LocalLogger("menu.log").info("second", origin);
     EXPECT_EQ(linesIn(file).size(), 2U);
-    using std::filesystem::perms;
-    EXPECT_EQ(std::filesystem::status(file.parent_path()).permissions(), perms::owner_all);
-    EXPECT_EQ(std::filesystem::status(file).permissions(), perms::owner_read | perms::owner_write);
 }
 
 TEST_F(LocalLoggerTest, UsesStandardErrorAloneWithoutAFolder) {
