@@ -75,6 +75,7 @@ bool tidyUpAndWriteStackFromCopy(int report, const Crash& crash) {
     if (copy == 0) {
         for (const int signal : fatalSignals)
             std::signal(signal, SIG_DFL);
+        std::signal(SIGALRM, SIG_DFL);
         sigset_t none;
         sigemptyset(&none);
         ::sigprocmask(SIG_SETMASK, &none, nullptr);

@@ -97,6 +97,14 @@ TEST_F(IconInPanel, EndsInOrderOnASignalThatComesWithTheEndOfTheBus) {
     EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
 }
 
+TEST_F(IconInPanel, EndsOnASignalThoughTheBusHangs) {
+    startAgent();
+    desktop.bus().hang();
+    agent->signal(SIGTERM);
+    EXPECT_EQ(agent->wait(), 0);
+    EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
+}
+
 TEST_F(PopoverOnPanel, OpensOnAClickAndClosesOnTheNextWithoutOpeningAgain) {
     startAgent();
     for (int round = 0; round < 3; ++round) {

@@ -72,6 +72,10 @@ bool PrivateBus::hasOwner(const std::string& name) const {
     return owned;
 }
 
+void PrivateBus::hang() const {
+    daemon->signal(SIGSTOP);
+}
+
 void PrivateBus::stop() {
     daemon->signal(SIGTERM);
     daemon->wait();

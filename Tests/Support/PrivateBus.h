@@ -28,6 +28,9 @@ class PrivateBus {
     /// Whether somebody has that name.
     [[nodiscard]] bool hasOwner(const std::string& name) const;
 
+    /// From now on the bus answers nobody.
+    void hang() const;
+
     /// The bus goes, as at the end of a session.
     void stop();
 

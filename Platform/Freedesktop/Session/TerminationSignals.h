@@ -2,15 +2,15 @@
 
 #include <QSocketNotifier>
 
-#include <csignal>
 #include <functional>
 #include <memory>
 #include <string>
 
 namespace velloren {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into a call on the main thread. Made before any other thread is, so that
-/// all of them leave these signals to it.
+/// Turns SIGTERM, SIGINT and SIGHUP into a call on the main thread. Whatever that thread waits for, and
+/// whatever the handler does: the process has ended five seconds after the first of them, with status 0 if
+/// that has to happen by force. One per process.
 class TerminationSignals final {
   public:
     TerminationSignals();
@@ -26,8 +26,6 @@ class TerminationSignals final {
 
   private:
     std::function<void(const std::string&)> handler;
-    sigset_t formerMask{};
-    int descriptor = -1;
     std::unique_ptr<QSocketNotifier> arrival;
 };
 

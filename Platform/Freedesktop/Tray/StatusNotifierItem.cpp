@@ -90,7 +90,12 @@ StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, Identity iden
 
 StatusNotifierItem::~StatusNotifierItem() {
     bus.unregisterObject(itemPath);
-    bus.unregisterService(identity.serviceName);
+    // QDBusConnection would wait for the answer, and a bus that hangs gives none.
+    auto release = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("ReleaseName"));
+    release.setArguments({identity.serviceName});
+    bus.send(release);
 }
 
 StatusNotifierPixmaps StatusNotifierItem::iconPixmap() {
