@@ -1,6 +1,7 @@
 #include "Services/Local/LocalMeetingStore.h"
 
 #include "Platform/Foundation/Directories.h"
+#include "Platform/Foundation/URL.h"
 #include "Services/Local/Text.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -13,6 +14,7 @@
 #include <string>
 #include <system_error>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 
 namespace velloren {
@@ -51,22 +53,32 @@ int sleepUntilDeadline(sqlite3_vfs*, int microseconds) {
     return microseconds;
 }
 
+/// Whether other processes may have the store as well: then its locks and the index of its log are used.
+enum class Sharing { Shared, Alone };
+
 // While another process recovers the write-ahead log, SQLite retries for ten seconds without asking the busy
 // handler; only its sleeps can be cut short.
-const char* fileSystem() {
-    static sqlite3_vfs shared = [] {
-        sqlite3_vfs changed = *sqlite3_vfs_find(nullptr);
-        changed.zName = "velloren-deadline";
+const char* fileSystem(Sharing sharing) {
+    static const auto registered = [](const char* base, const char* name) {
+        sqlite3_vfs changed = *sqlite3_vfs_find(base);
+        changed.zName = name;
         changed.xSleep = &sleepUntilDeadline;
         return changed;
-    }();
-    static const bool registered = sqlite3_vfs_register(&shared, 0) == SQLITE_OK;
-    return registered ? shared.zName : nullptr;
+    };
+    static sqlite3_vfs shared = registered(nullptr, "velloren-shared");
+    static sqlite3_vfs alone = registered("unix-none", "velloren-alone");
+    static const bool known =
+        sqlite3_vfs_register(&shared, 0) == SQLITE_OK && sqlite3_vfs_register(&alone, 0) == SQLITE_OK;
+    return !known ? nullptr : sharing == Sharing::Shared ? shared.zName : alone.zName;
 }
 
 void keepDeadline(sqlite3* database) {
     sqlite3_progress_handler(database, stepsBetweenLooksAtTheTime, &interruptWork, nullptr);
     sqlite3_busy_handler(database, &waitForLock, nullptr);
+}
+
+std::filesystem::path besides(const std::filesystem::path& file, const char* suffix) {
+    return file.string() + suffix;
 }
 
 bool isMissingOrRegular(const std::filesystem::path& path) {
@@ -80,8 +92,7 @@ bool canBeOpened(const std::filesystem::path& file) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(file, error))
         return false;
-    const std::string base = file.string();
-    const std::array<std::string, 3> companions{base + "-wal", base + "-shm", base + "-journal"};
+    const std::array companions{besides(file, "-wal"), besides(file, "-shm"), besides(file, "-journal")};
     if (!std::all_of(companions.begin(), companions.end(), isMissingOrRegular))
         return false;
     const auto logSize = std::filesystem::file_size(companions.front(), error);
@@ -123,19 +134,57 @@ std::string queryOrdered(bool ascending) {
            direction + ", id " + direction;
 }
 
-std::vector<Meeting> meetingsFrom(const std::filesystem::path& file, std::int64_t earliest, bool ascending) {
-    deadline = SteadyClock::now() + timeLimit;
-    const SQLite::Database database(file.c_str(), SQLite::OPEN_READONLY | SQLite::OPEN_NOMUTEX, 0,
-                                    fileSystem());
+std::vector<Meeting> meetingsIn(const SQLite::Database& database, std::int64_t earliest, bool ascending) {
     keepDeadline(database.getHandle());
     distrust(database.getHandle());
-
     SQLite::Statement query(database, queryOrdered(ascending));
     query.bind(1, earliest);
     std::vector<Meeting> meetings;
     while (query.executeStep())
         meetings.push_back(meetingIn(query));
     return meetings;
+}
+
+/// Whether nobody writes to the store, and nobody can from here: who writes has an index of the log, which
+/// this process could not even make.
+bool isAtRest(const std::filesystem::path& file) {
+    std::error_code error;
+    return std::filesystem::status(besides(file, "-shm"), error).type() ==
+               std::filesystem::file_type::not_found &&
+           ::access(file.parent_path().c_str(), W_OK) != 0;
+}
+
+/// The store without locks and without the index of its log.
+SQLite::Database openedAlone(const std::filesystem::path& file) {
+    constexpr int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX;
+    std::error_code error;
+    const auto logSize = std::filesystem::file_size(besides(file, "-wal"), error);
+    if (error || logSize == 0) {
+        std::string name = percentEncodedForQuery(file.string()).value_or(std::string());
+        for (auto mark = name.find('?'); mark != std::string::npos; mark = name.find('?', mark))
+            name.replace(mark, 1, "%3F");
+        return {"file:" + name + "?immutable=1", flags | SQLITE_OPEN_URI, 0, fileSystem(Sharing::Alone)};
+    }
+    SQLite::Database database(file.c_str(), flags, 0, fileSystem(Sharing::Alone));
+    sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    database.exec("PRAGMA locking_mode = EXCLUSIVE"); // keeps the index in memory
+    return database;
+}
+
+std::optional<std::vector<Meeting>> meetingsFrom(const std::filesystem::path& file, std::int64_t earliest,
+                                                 bool ascending) {
+    deadline = SteadyClock::now() + timeLimit;
+    try {
+        const SQLite::Database database(file.c_str(), SQLite::OPEN_READONLY | SQLite::OPEN_NOMUTEX, 0,
+                                        fileSystem(Sharing::Shared));
+        return meetingsIn(database, earliest, ascending);
+    } catch (const SQLite::Exception& trouble) {
+        // On a read-only file system, SQLite cannot share a store that has a log.
+        if (trouble.getErrorCode() != SQLITE_CANTOPEN || !isAtRest(file))
+            throw;
+    }
+    auto meetings = meetingsIn(openedAlone(file), earliest, ascending);
+    return isAtRest(file) ? std::optional(std::move(meetings)) : std::nullopt;
 }
 
 } // namespace

@@ -7,8 +7,11 @@
 
 #include <fstream>
 #include <functional>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace velloren {
 namespace {
@@ -37,7 +40,7 @@ class LocalMeetingStoreTest : public testing::Test {
     }
 
     TemporaryDirectory directory;
-    std::filesystem::path file = directory / "meetings.sqlite3";
+    std::filesystem::path file = directory / "meetings? 100%.sqlite3";
     Date now{std::chrono::seconds(1000)};
     LocalMeetingStore store{file, [this] { return now; }};
 };
@@ -128,6 +131,28 @@ TEST_F(LocalMeetingStoreTest, CannotReadWhatIsNoStoreOrIsLockedDamagedOrUnreason
         for (const char* suffix : {"", "-journal", "-wal", "-shm"})
             std::filesystem::remove(file.string() + suffix);
     }
+}
+
+TEST_F(LocalMeetingStoreTest, ReadsWhatIsAtRestOnAReadOnlyFileSystemWithItsLogOrWithout) {
+    const std::filesystem::path left = directory / "left.sqlite3";
+    writer("INSERT INTO meeting VALUES('old','','',2000)");
+    {
+        const auto mainApp = writer("UPDATE meeting SET id = 'new'");
+        for (const char* suffix : {"", "-wal"})
+            std::filesystem::copy_file(file.string() + suffix, left.string() + suffix);
+    }
+    const auto readWithoutWriting = [&] {
+        const char* folder = directory.path().c_str();
+        if ((::unshare(CLONE_NEWNS) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) ||
+            ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount(folder, folder, nullptr, MS_BIND, nullptr) != 0 ||
+            ::mount(nullptr, folder, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) != 0)
+            ::_exit(2);
+        const auto withLog = LocalMeetingStore(left, [this] { return now; }).upcomingMeetings(true);
+        ::_exit(ids() == std::vector<std::string>{"new"} && withLog == store.upcomingMeetings(true) ? 0 : 1);
+    };
+    GTEST_FLAG_SET(death_test_style, "fast"); // the process that ends has the folder of this one
+    EXPECT_EXIT(readWithoutWriting(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(LocalMeetingStoreTest, ReadsWhileTheMainAppWritesAndWhatItLeavesInItsLogWhenItIsKilled) {
