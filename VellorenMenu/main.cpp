@@ -120,9 +120,11 @@ int runAgent(TerminationSignals& signals, SessionDisplay display, StartedBy star
     const SessionBackends backends(
         display, bus, {identifier, "Velloren", {VApp(VApp::main).bundleIdentifier(), identifier}});
     const SessionEnd sessionEnd(bus, application, signals);
-    const DesktopApplication desktopApplication(bus, identifier, [&application](StartedBy by) {
-        if (by == StartedBy::User)
+    const DesktopApplication desktopApplication(bus, identifier, [&](StartedBy by) {
+        signals.deliver(); // one may have been sent before this call
+        if (by == StartedBy::User && !application.isTerminating())
             application.reopen();
+        return !application.isTerminating();
     });
     const auto rank = announceRunning(bus, identifier);
     if (!rank)

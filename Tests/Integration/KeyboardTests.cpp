@@ -1,5 +1,8 @@
 #include "Tests/Integration/MenuAgentTest.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace velloren {
 
 namespace {
@@ -92,6 +95,26 @@ TEST_F(SecondStart, ShowsThePopoverOfTheFirstAtThePointerIfThatAnswers) {
     agent->signal(SIGSTOP);
     EXPECT_EQ(startAgain(), 1);
     agent->signal(SIGCONT);
+}
+
+TEST_F(SecondStart, TakesThePlaceOfAFirstThatIsAboutToEnd) {
+    startAgent();
+    const auto first = std::exchange(agent, nullptr);
+    first->signal(SIGSTOP);
+    first->signal(SIGTERM);
+    agent = desktop.start(binaries + "/velloren-menu");
+    ASSERT_TRUE(desktop.waitUntil([this] {
+        std::string queue;
+        desktop.run({"dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus",
+                     "/org/freedesktop/DBus", "org.freedesktop.DBus.ListQueuedOwners",
+                     "string:com.velloren.velloren-mac.menu"},
+                    &queue);
+        return std::ranges::count(queue, '"') == 4;
+    })) << "two are in line";
+    first->signal(SIGCONT);
+    EXPECT_EQ(first->wait(), 0);
+    EXPECT_TRUE(waitForLog("Registering menuAppListener endpoint SUCCESSFUL", 2));
+    EXPECT_TRUE(agent->isRunning());
 }
 
 TEST_F(ScreenReader, IsToldTheNamesAndRolesOfAllControlsAndPressesThem) {

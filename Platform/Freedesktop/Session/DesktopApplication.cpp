@@ -3,6 +3,10 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusReply>
+#include <QDeadlineTimer>
+
+#include <chrono>
+#include <thread>
 
 namespace velloren {
 
@@ -11,11 +15,28 @@ namespace {
 // Of the platform data of a call: nobody asked to see the application.
 const QString bySessionKey = QStringLiteral("velloren-started-by-session");
 
-constexpr int answerTimeout = 5000; // milliseconds
+constexpr std::chrono::seconds patience(10);
+constexpr std::chrono::milliseconds pauseBetweenQuestions(20);
 
 QString objectPath(const std::string& bundleIdentifier) {
     QString path = QStringLiteral("/") + QString::fromStdString(bundleIdentifier);
     return path.replace(QLatin1Char('.'), QLatin1Char('/')).replace(QLatin1Char('-'), QLatin1Char('_'));
+}
+
+QDBusMessage callTo(const QString& owner, const std::string& bundleIdentifier, StartedBy startedBy) {
+    auto call = QDBusMessage::createMethodCall(owner, objectPath(bundleIdentifier),
+                                               QStringLiteral("org.freedesktop.Application"),
+                                               QStringLiteral("Activate"));
+    QVariantMap platformData;
+    if (startedBy == StartedBy::Session)
+        platformData.insert(bySessionKey, true);
+    call.setArguments({platformData});
+    return call;
+}
+
+bool answers(const QDBusConnection& bus, const QDBusMessage& call, const QDeadlineTimer& limit) {
+    const int timeout = int(limit.remainingTime());
+    return bus.call(call, QDBus::Block, timeout).type() == QDBusMessage::ReplyMessage;
 }
 
 } // namespace
@@ -31,31 +52,35 @@ DesktopApplication::~DesktopApplication() {
 }
 
 void DesktopApplication::Activate(const QVariantMap& platformData) {
-    startedAgain(platformData.contains(bySessionKey) ? StartedBy::Session : StartedBy::User);
+    wasStartedAgain(platformData.contains(bySessionKey) ? StartedBy::Session : StartedBy::User);
 }
 
 void DesktopApplication::Open(const QStringList&, const QVariantMap&) {
-    startedAgain(StartedBy::User);
+    wasStartedAgain(StartedBy::User);
 }
 
 void DesktopApplication::ActivateAction(const QString&, const QVariantList&, const QVariantMap&) {
-    startedAgain(StartedBy::User);
+    wasStartedAgain(StartedBy::User);
+}
+
+void DesktopApplication::wasStartedAgain(StartedBy by) {
+    if (!startedAgain(by))
+        sendErrorReply(QDBusError::Failed, QStringLiteral("the application is about to end"));
 }
 
 OtherInstance activateOtherInstance(const QDBusConnection& bus, const std::string& bundleIdentifier,
                                     StartedBy startedBy) {
-    const QDBusReply<QString> owner = bus.interface()->serviceOwner(QString::fromStdString(bundleIdentifier));
-    if (!owner.isValid() || owner.value() == bus.baseService())
-        return OtherInstance::Gone;
-    auto call = QDBusMessage::createMethodCall(owner.value(), objectPath(bundleIdentifier),
-                                               QStringLiteral("org.freedesktop.Application"),
-                                               QStringLiteral("Activate"));
-    QVariantMap platformData;
-    if (startedBy == StartedBy::Session)
-        platformData.insert(bySessionKey, true);
-    call.setArguments({platformData});
-    const QDBusMessage answer = bus.call(call, QDBus::Block, answerTimeout);
-    return answer.type() == QDBusMessage::ReplyMessage ? OtherInstance::Activated : OtherInstance::Silent;
+    const QDeadlineTimer limit(patience);
+    do {
+        const QDBusReply<QString> owner =
+            bus.interface()->serviceOwner(QString::fromStdString(bundleIdentifier));
+        if (!owner.isValid() || owner.value() == bus.baseService())
+            return OtherInstance::Gone;
+        if (answers(bus, callTo(owner.value(), bundleIdentifier, startedBy), limit))
+            return OtherInstance::Activated;
+        std::this_thread::sleep_for(pauseBetweenQuestions);
+    } while (!limit.hasExpired());
+    return OtherInstance::Silent;
 }
 
 } // namespace velloren

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusContext>
 #include <QObject>
 #include <QVariantMap>
 
@@ -15,12 +16,13 @@ enum class StartedBy { User, Session };
 /// This application as an object on the session bus (`org.freedesktop.Application`), at the path that belongs
 /// to its bundle identifier. Each call tells it that it was started again: it opens no files and has no
 /// actions of its own. Main thread only.
-class DesktopApplication final : public QObject {
+class DesktopApplication final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
   public:
-    using Handler = std::function<void(StartedBy)>;
+    /// Answers whether this instance stays: where it is about to end, who asks waits for its place.
+    using Handler = std::function<bool(StartedBy)>;
 
     /// Make it before the application announces that it runs. `startedAgain` is called within a call of the
     /// bus.
@@ -33,6 +35,8 @@ class DesktopApplication final : public QObject {
     void ActivateAction(const QString& name, const QVariantList& parameter, const QVariantMap& platformData);
 
   private:
+    void wasStartedAgain(StartedBy by);
+
     QDBusConnection bus;
     QString path;
     Handler startedAgain;
@@ -40,8 +44,9 @@ class DesktopApplication final : public QObject {
 
 enum class OtherInstance { Activated, Gone, Silent };
 
-/// Tells the instance that runs under the identifier that it was started again, and waits for the answer. It
-/// is gone when this process has the name meanwhile.
+/// Tells the instance that runs under the identifier that it was started again, and waits for the answer of
+/// one that stays; it is silent where neither an answer nor its end comes within ten seconds. It is gone when
+/// this process has the name meanwhile.
 [[nodiscard]] OtherInstance activateOtherInstance(const QDBusConnection& bus,
                                                   const std::string& bundleIdentifier, StartedBy startedBy);
 
