@@ -11,7 +11,10 @@ EventMonitor::~EventMonitor() {
 }
 
 void EventMonitor::start() {
-    monitor = GlobalEvents::shared().addMonitorForEventsMatchingMask(mask, handler);
+    auto added = GlobalEvents::shared().addMonitorForEventsMatchingMask(mask, handler);
+    if (monitor)
+        monitor->abandon();
+    monitor = std::move(added);
 }
 
 void EventMonitor::stop() {

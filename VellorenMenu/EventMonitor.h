@@ -18,7 +18,9 @@ class EventMonitor {
     EventMonitor& operator=(const EventMonitor&) = delete;
     ~EventMonitor();
 
+    /// Started once more, it watches twice: what it started before stays for as long as the process does.
     void start();
+    /// Ends what was started last.
     void stop();
 
   private:

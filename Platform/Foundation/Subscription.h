@@ -29,6 +29,9 @@ class [[nodiscard]] Subscription {
 
     Subscription& operator=(const Subscription&) = delete;
 
+    /// Leaves it subscribed for good.
+    void abandon() { unsubscribe = nullptr; }
+
     explicit operator bool() const { return unsubscribe != nullptr; }
 
   private:

@@ -26,6 +26,8 @@ void Popover::showRelativeToRect(const QRect& rect, const View& view, RectEdge) 
     }
     controller->viewWillAppear();
     window = std::make_unique<PopoverWindow>();
+    if (!animated)
+        WindowServer::shared().disableAnimation(*window);
     window->setCloseRequestHandler([this] {
         if (closeRequested)
             closeRequested();

@@ -27,7 +27,7 @@ class Popover final {
 
     [[nodiscard]] bool animates() const { return animated; }
 
-    /// Whether the window fades in and out, where the desktop's window manager does that.
+    /// Whether the window may fade in and out, where the desktop does that; from the next showing on.
     void setAnimates(bool animates) { animated = animates; }
 
     [[nodiscard]] bool isShown() const { return window != nullptr; }

@@ -43,6 +43,9 @@ class WindowServer {
     /// is called, while it is shown, when the display starts or ceases to be composited.
     virtual void preparePopover(QWidget& window, ChangeHandler compositingChanged) = 0;
 
+    /// Has the popover's window come and go at once, where the display lets a window say so.
+    virtual void disableAnimation(QWidget& window) = 0;
+
     /// Calls `found` with the site of a popover at `anchor`, which is empty where nobody knows what the
     /// popover belongs to. That is once, at once or a little later; never after the popover was hidden.
     virtual void findSite(QWidget& window, const QRect& anchor, SiteHandler found) = 0;

@@ -185,6 +185,12 @@ TEST_F(PopoverOnPanel, IsNoTaskAndLeavesNoBlackMarginWhenTheCompositorEnds) {
     std::string windows;
     desktop.run({"xprop", "-root", "_NET_CLIENT_LIST"}, &windows);
     EXPECT_EQ(std::ranges::count(windows, 'x'), 1) << "the panel is the only one: " << windows;
+    std::string animation;
+    desktop.run({"sh", "-c",
+                 "xprop -id $(xdotool search --onlyvisible --name '^Velloren$') "
+                 "_KDE_NET_WM_SKIP_CLOSE_ANIMATION"},
+                &animation);
+    EXPECT_TRUE(animation.ends_with(" = 1\n")) << animation;
     const QPoint margin = desktop.popover()->bottomLeft() + QPoint(4, -4);
     desktop.run(
         {"xfconf-query", "-c", "xfwm4", "-p", "/general/use_compositing", "-n", "-t", "bool", "-s", "false"});

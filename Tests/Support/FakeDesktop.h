@@ -52,6 +52,8 @@ class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer
 
     void preparePopover(QWidget&, ChangeHandler) override {}
 
+    void disableAnimation(QWidget&) override {}
+
     void findSite(QWidget&, const QRect& anchor, SiteHandler found) override {
         const QScreen& screen = *QGuiApplication::primaryScreen();
         found({anchor, screen.geometry(), screen.availableGeometry()});

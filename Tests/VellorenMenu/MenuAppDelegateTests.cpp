@@ -163,6 +163,11 @@ TEST_F(MenuAppDelegateTest, OpensOnTheIconAndClosesOnItOrOnAPressElsewhere) {
     pressIcon();
     expectOpen(false);
     EXPECT_FALSE(delegate.popover().animates());
+    delegate.showPopover(nullptr);
+    delegate.showPopover(nullptr);
+    EXPECT_EQ(events.monitorCount(), 2u) << "the first one stays for good";
+    delegate.closePopover(nullptr);
+    EXPECT_EQ(events.monitorCount(), 1u);
     pressIcon();
     EXPECT_DEATH(events.postWithoutEvent(), "fatal error: a click outside the popover");
 }

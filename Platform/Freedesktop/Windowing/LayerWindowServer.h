@@ -41,6 +41,10 @@ class LayerWindowServer final : public QObject, public WindowServer {
     [[nodiscard]] bool isComposited() const override { return true; }
 
     void preparePopover(QWidget& window, ChangeHandler compositingChanged) override;
+
+    /// A layer's surface has no way to say so.
+    void disableAnimation(QWidget&) override {}
+
     void findSite(QWidget& window, const QRect& anchor, SiteHandler found) override;
     void showPopover(QWidget& window, const QRect& frame) override;
     void hidePopover(QWidget& window) override;

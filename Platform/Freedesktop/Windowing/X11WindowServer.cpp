@@ -129,6 +129,14 @@ void X11WindowServer::preparePopover(QWidget& window, ChangeHandler changed) {
     compositingChanged = std::move(changed);
 }
 
+void X11WindowServer::disableAnimation(QWidget& window) {
+    if (!x11::connection())
+        return;
+    constexpr std::uint32_t yes = 1;
+    xcb_change_property(x11::connection(), XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
+                        x11::atomNamed("_KDE_NET_WM_SKIP_CLOSE_ANIMATION"), XCB_ATOM_CARDINAL, 32, 1, &yes);
+}
+
 void X11WindowServer::findSite(QWidget&, const QRect& anchor, SiteHandler found) {
     if (anchor.isEmpty()) {
         const QScreen& screen = *QGuiApplication::primaryScreen();

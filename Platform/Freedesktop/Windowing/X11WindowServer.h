@@ -26,6 +26,7 @@ class X11WindowServer final : public WindowServer, private QAbstractNativeEventF
     [[nodiscard]] std::optional<QPoint> pointerLocation() const override;
     [[nodiscard]] bool isComposited() const override;
     void preparePopover(QWidget& window, ChangeHandler compositingChanged) override;
+    void disableAnimation(QWidget& window) override;
     /// The anchor becomes what is drawn around it in the bar that it lies in, from one side of the bar to the
     /// other: where in the icon the press was makes no difference.
     void findSite(QWidget& window, const QRect& anchor, SiteHandler found) override;
