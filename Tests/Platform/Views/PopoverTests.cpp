@@ -1,4 +1,5 @@
 #include "Platform/Views/Popover.h"
+#include "Platform/Views/PopoverPlacement.h"
 #include "Platform/Views/PopoverWindow.h"
 #include "Tests/Support/FakeDesktop.h"
 #include "Tests/Support/QtTest.h"
@@ -72,6 +73,41 @@ TEST_F(PopoverTest, IsShownOnceUntilItsOwnerClosesItAndFollowsTheSizeOfItsConten
     controller->row.setFixedHeight(160);
     EXPECT_TRUE(waitUntil([&] { return popover.contentWindow()->height() == before + 60; }));
     EXPECT_EQ(controller->root.height(), 160);
+}
+
+TEST(PopoverPlacement, StandsBesideItsIconInsideTheScreenWithItsArrowAtTheIcon) {
+    using enum ArrowEdge;
+    constexpr QRect screen(0, 0, 1280, 800);
+    constexpr QRect second(1280, 0, 1920, 1080);
+    constexpr QRect tiny(0, 0, 200, 100);
+
+    struct {
+        const char* where;
+        QPoint icon; ///< the middle of it
+        QRect screen;
+        QRect available;
+        ArrowEdge edge;
+        QRect frame;
+        int arrow;
+    } const places[] = {
+        {"panel at the top", {640, 15}, screen, {0, 30, 1280, 770}, Top, {480, 30, 320, 278}, 160},
+        {"panel at the bottom", {640, 785}, screen, {0, 0, 1280, 770}, Bottom, {480, 492, 320, 278}, 160},
+        {"panel at the left", {20, 400}, screen, {40, 0, 1240, 800}, Left, {40, 265, 328, 270}, 135},
+        {"panel at the right", {1260, 400}, screen, {0, 0, 1240, 800}, Right, {912, 265, 328, 270}, 135},
+        {"corner of a top panel", {1265, 10}, screen, {0, 30, 1280, 770}, Top, {956, 30, 320, 278}, 309},
+        {"corner of a left panel", {20, 10}, screen, {40, 0, 1240, 800}, Left, {40, 4, 328, 270}, 6},
+        {"bottom corner, no panel", {13, 789}, screen, screen, Bottom, {4, 501, 320, 278}, 9},
+        {"upper half, no panel", {640, 100}, screen, screen, Top, {480, 112, 320, 278}, 160},
+        {"second screen", {1290, 15}, second, {1280, 30, 1920, 1050}, Top, {1284, 30, 320, 278}, 6},
+        {"too small a screen", {190, 10}, tiny, tiny, Top, {4, 22, 320, 278}, 186},
+    };
+
+    for (const auto& place : places) {
+        QRect icon(0, 0, 28, 22);
+        icon.moveCenter(place.icon);
+        const auto placement = placePopover(icon, {320, 270}, place.screen, place.available);
+        EXPECT_EQ(placement, (PopoverPlacement{place.frame, place.edge, place.arrow})) << place.where;
+    }
 }
 
 } // namespace velloren

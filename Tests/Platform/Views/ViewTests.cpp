@@ -4,6 +4,7 @@
 #include <QEnterEvent>
 #include <gmock/gmock.h>
 
+#include <numbers>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,8 @@ namespace velloren {
 
 namespace {
 
+using namespace std::chrono_literals;
+using std::numbers::pi;
 using ::testing::ElementsAre;
 
 class PlainWindow final : public Window {
@@ -86,8 +89,7 @@ TEST_F(ViewTest, ReportsThePointerOncePerCrossingAndOnHiding) {
 
 TEST_F(ViewTest, DrawsAnAnimationOnlyWhileItIsVisible) {
     root.setWantsLayer(true);
-    root.layer()->addAnimation(
-        {"transform.rotation.z", 3.14, std::chrono::seconds(1), BasicAnimation::forever}, "key");
+    root.layer()->addAnimation({"transform.rotation.z", pi, 1s, BasicAnimation::forever}, "key");
     root.resize(10, 10);
     root.show();
     ASSERT_TRUE(waitUntil([&] { return root.drawn >= 3; }));
@@ -98,6 +100,35 @@ TEST_F(ViewTest, DrawsAnAnimationOnlyWhileItIsVisible) {
     QTimer::singleShot(100, [&] { later = true; });
     ASSERT_TRUE(waitUntil([&] { return later; }));
     EXPECT_EQ(root.drawn, last);
+}
+
+TEST(Layer, TellsItsViewOfChangesBelowItAndMayEndBeforeASublayer) {
+    std::optional<Layer> root(std::in_place);
+    int changes = 0;
+    root->setChangeHandler([&] { ++changes; });
+    const auto child = std::make_shared<Layer>();
+    root->addSublayer(child);
+    child->setBackgroundColor(Qt::red);
+    EXPECT_EQ(changes, 2);
+    child->removeFromSuperlayer();
+    child->setBackgroundColor(Qt::blue);
+    EXPECT_EQ(changes, 3) << "a layer that left tells nobody";
+    root->addSublayer(child);
+    root.reset();
+    EXPECT_EQ(child->superlayer(), nullptr);
+}
+
+TEST(Layer, TurnsOverAndOverUntilItsOneAnimationOfThatKeyIsRemoved) {
+    Layer layer;
+    layer.addAnimation({"transform.rotation.z", pi, 1s, 1}, "key");
+    const auto start = Layer::Clock::now();
+    layer.addAnimation({"transform.rotation.z", pi, 1s, BasicAnimation::forever}, "key");
+    const auto later = Layer::Clock::now();
+    EXPECT_LE(layer.rotation(start + 250ms), pi / 4);
+    EXPECT_GE(layer.rotation(later + 250ms), pi / 4);
+    EXPECT_TRUE(layer.isAnimating(later + 24h));
+    layer.removeAnimationForKey("key");
+    EXPECT_FALSE(layer.isAnimating(later));
 }
 
 } // namespace velloren
