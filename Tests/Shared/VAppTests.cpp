@@ -31,7 +31,7 @@ TEST_F(VAppTest, LaunchesWhatDoesNotRunAndSaysSo) {
     EXPECT_TRUE(VApp(VApp::menu).launchIfNotRunning()) << "a launch was asked for, taken or not";
     EXPECT_THAT(workspace.launches, ElementsAre(mainApp, mainApp + ".menu"));
     const std::string launching = "info Shared/VApp:94 launchIfNotRunning() Launching " + mainApp;
-    EXPECT_THAT(log.numberedLines(),
+    EXPECT_THAT(log.numberedLines,
                 ElementsAre(launching + ", launched=true", launching + ".menu, launched=false"));
 }
 
@@ -42,7 +42,7 @@ TEST_F(VAppTest, LeavesARunningApplicationAloneHoweverManyInstancesThereAre) {
         EXPECT_FALSE(VApp(VApp::main).launchIfNotRunning());
     }
     EXPECT_THAT(workspace.launches, IsEmpty());
-    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_THAT(log.lines, IsEmpty());
 }
 
 TEST_F(VAppTest, StopsTheProcessWhenAskedAboutInstancesOfTheAgent) {

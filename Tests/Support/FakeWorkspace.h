@@ -32,8 +32,6 @@ class FakeWorkspace final : public Installable<FakeWorkspace, Workspace> {
         return {Notification::Info{{"NSApplicationBundleIdentifier", identifier}}};
     }
 
-    [[nodiscard]] std::size_t observerCount() const { return observers.size(); }
-
     Subscription addObserver(Notice notice, Observer observer) override {
         const auto entry = observers.insert(observers.end(), {notice, std::move(observer)});
         return Subscription([this, entry] { observers.erase(entry); });

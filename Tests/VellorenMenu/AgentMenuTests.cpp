@@ -58,7 +58,7 @@ TEST_F(AgentMenuTest, ListsWhatThePopoverShows) {
                                           {"4", "Four", start}};
     EXPECT_THAT(titles(), IsEmpty()) << "nobody asked yet";
     menu.aboutToShow();
-    EXPECT_THAT(log.messages(), IsEmpty());
+    EXPECT_THAT(log.messages, IsEmpty());
     const std::string time = *UpcommingMeetingItemView::relativeDateFromDateString(start);
     EXPECT_THAT(titles(), ElementsAre(time + " – One", time, "(Three)", "Create a new meeting", "---",
                                       "Support", "Help Center", "Quit"));
@@ -107,7 +107,7 @@ TEST_F(AgentMenuTest, DoesWhatThePopoverDoesAndClosesItButToQuit) {
     delegate.showPopover(nullptr);
     choose("Quit");
     EXPECT_TRUE(delegate.popover().isShown());
-    EXPECT_EQ(log.messages().back(), "applicationWillTerminate");
+    EXPECT_EQ(log.messages.back(), "applicationWillTerminate");
     SharedInstance<Bundle>::reset();
 }
 

@@ -1,8 +1,6 @@
 #include "Tests/Support/QtTest.h"
-#include "VellorenMenu/CreateMeetingItemView.h"
+#include "VellorenMenu/MainViewController.h"
 #include "VellorenMenu/MeetingButton.h"
-#include "VellorenMenu/UpcommingMeetingItemView.h"
-#include "VellorenMenu/UploadItemView.h"
 
 #include <QEnterEvent>
 
@@ -12,27 +10,9 @@ namespace velloren {
 
 namespace {
 
-using ItemViewTest = QtTest;
-
-/// The upload row with the outlets that the form would give it.
-struct LoadedUpload {
-    LoadedUpload() {
-        row.titleLabel = &title;
-        animating.setWantsLayer(true);
-        animating.resize(16, 16);
-        row.animatingView = &animating;
-        row.imageView = &image;
-    }
-
-    UploadItemView row;
-    Label title{&row};
-    View animating{&row};
-    ImageView image{&animating};
-};
-
-class PlainWindow final : public Window {
-  public:
-    [[nodiscard]] QWidget* contentView() const override { return nullptr; }
+class ItemViewTest : public QtTest {
+  protected:
+    std::unique_ptr<MainViewController> form = MainViewController::controller();
 };
 
 } // namespace
@@ -56,59 +36,45 @@ TEST_F(ItemViewTest, LightsTheCreateRowUpUnderThePointerAndGivesItsColourBack) {
 }
 
 TEST_F(ItemViewTest, KeepsWhatAMeetingDoesNotTell) {
-    UpcommingMeetingItemView row;
-    Label title(&row);
-    Label time(&row);
-    row.titleLabel = &title;
-    row.timeLabel = &time;
-    row.awakeFromNib();
+    UpcommingMeetingItemView& row = *form->firstMeetingView;
     EXPECT_EQ(row.bgColor(), QColor(Qt::white));
     row.configureForMeeting({"a", "Review", "2001-03-07T14:05:00Z"});
-    const QString first = time.stringValue();
+    const QString first = row.timeLabel->stringValue();
     EXPECT_FALSE(first.isEmpty());
     row.configureForMeeting({});
     row.configureForMeeting({std::nullopt, std::nullopt, "tomorrow, perhaps"});
     EXPECT_EQ(row.meetingId, "a");
-    EXPECT_EQ(title.stringValue(), "Review");
-    EXPECT_EQ(time.stringValue(), first);
+    EXPECT_EQ(row.titleLabel->stringValue(), "Review");
+    EXPECT_EQ(row.timeLabel->stringValue(), first);
 }
 
 TEST_F(ItemViewTest, TellsTheUploadStateAndForgetsIt) {
-    LoadedUpload upload;
-    upload.row.heightConstraint = new LayoutConstraint(upload.row);
-    upload.row.setItemHidden(false);
-    EXPECT_EQ(upload.row.height(), 30);
-    upload.row.setSyncing(true);
-    EXPECT_FALSE(upload.row.isSyncing());
-    EXPECT_EQ(upload.title.stringValue(), "Uploading meeting files");
-    const Layer& turning = *upload.animating.layer();
+    UploadItemView& row = *form->uploadItemView;
+    const auto title = [&] { return row.titleLabel->stringValue(); };
+    row.setItemHidden(false);
+    EXPECT_EQ(row.heightConstraint->constant(), 30);
+    row.animatingView->resize(16, 16);
+    row.setSyncing(true);
+    EXPECT_FALSE(row.isSyncing());
+    EXPECT_EQ(title(), "Uploading meeting files");
+    const Layer& turning = *row.animatingView->layer();
     const auto* rotation = turning.animationForKey("transform.rotation.z");
     ASSERT_NE(rotation, nullptr);
     EXPECT_EQ(rotation->toValue, std::numbers::pi);
     EXPECT_EQ(rotation->duration.count(), 1.0);
     EXPECT_EQ(turning.position(), QPointF(8, 8));
     for (const int minutes : {12, -3}) {
-        upload.row.setRemaningTime(minutes);
-        EXPECT_EQ(upload.title.stringValue(), QString("Uploading meeting files (%1 min left)").arg(minutes));
-        EXPECT_EQ(upload.image.image()->name(), "sync");
+        row.setRemaningTime(minutes);
+        EXPECT_EQ(title(), QString("Uploading meeting files (%1 min left)").arg(minutes));
+        EXPECT_EQ(row.imageView->image()->name(), "sync");
     }
     const auto removedKey = "com.VellorenMenu.rotationanimationkey";
-    upload.image.layer()->addAnimation(*rotation, removedKey);
-    upload.row.setSyncing(false);
-    EXPECT_EQ(upload.title.stringValue(), "Up to date");
-    EXPECT_EQ(upload.image.image()->name(), "upToDate");
-    EXPECT_EQ(upload.image.layer()->animationForKey(removedKey), nullptr);
+    row.imageView->layer()->addAnimation(*rotation, removedKey);
+    row.setSyncing(false);
+    EXPECT_EQ(title(), "Up to date");
+    EXPECT_EQ(row.imageView->image()->name(), "upToDate");
+    EXPECT_EQ(row.imageView->layer()->animationForKey(removedKey), nullptr);
     EXPECT_NE(turning.animationForKey("transform.rotation.z"), nullptr) << "the rotation stays";
-}
-
-TEST_F(ItemViewTest, HidesTheUploadRowsContentsOnTheWayIntoAWindow) {
-    LoadedUpload upload;
-    upload.row.viewWillMoveToWindow(nullptr);
-    EXPECT_FALSE(upload.title.isHidden());
-    PlainWindow window;
-    moveToSuperview(upload.row, &window);
-    EXPECT_TRUE(upload.title.isHidden() && upload.animating.isHidden() && upload.image.isHidden());
-    moveToSuperview(upload.row, nullptr);
 }
 
 TEST_F(ItemViewTest, StylesAMeetingButtonOnceWhenItIsLoaded) {

@@ -68,11 +68,11 @@ TEST_F(MainViewControllerTest, ListsTheFirstThreeOfTheStoreWhileTheMainAppIsOff)
     EXPECT_THAT(shownIds(), ElementsAre("0", "1", "2"));
     EXPECT_EQ(store.queries, std::vector{true});
     const std::string unit = "debug VellorenMenu/MainViewController";
-    EXPECT_EQ(log.numberedLines().at(0), unit + ":36 viewWillAppear() MainViewController viewWillAppear(), "
-                                                "Velloren main app is running=false");
-    EXPECT_EQ(log.numberedLines().at(1),
+    EXPECT_EQ(log.numberedLines.at(0), unit + ":36 viewWillAppear() MainViewController viewWillAppear(), "
+                                              "Velloren main app is running=false");
+    EXPECT_EQ(log.numberedLines.at(1),
               unit + ":47 viewWillAppear() Velloren Menu: user currently logged in main app <User ada>");
-    EXPECT_EQ(log.lines().at(2), unit + " fetchMeetings() Fetching from Realm, meetings.count=5");
+    EXPECT_EQ(log.lines.at(2), unit + " fetchMeetings() Fetching from Realm, meetings.count=5");
 }
 
 TEST_F(MainViewControllerTest, CollapsesTheRowsThatHaveNoMeeting) {
@@ -83,7 +83,7 @@ TEST_F(MainViewControllerTest, CollapsesTheRowsThatHaveNoMeeting) {
         appear();
         EXPECT_EQ(heights(), expected);
     }
-    EXPECT_EQ(log.messages().back(), "Fetching from Realm failed, returned object is nil");
+    EXPECT_EQ(log.messages.back(), "Fetching from Realm failed, returned object is nil");
     delete controller->createMeetingView->heightConstraint.data();
     controller->createMeetingView->setItemHidden(true);
     EXPECT_TRUE(controller->createMeetingView->isItemHidden())
@@ -93,7 +93,7 @@ TEST_F(MainViewControllerTest, CollapsesTheRowsThatHaveNoMeeting) {
 TEST_F(MainViewControllerTest, AsksNobodyElseWhileTheMainAppRunsUnconnected) {
     workspace.instances[mainApp] = 1;
     appear();
-    EXPECT_EQ(log.messages().back(), "Fetching meetings from main app...");
+    EXPECT_EQ(log.messages.back(), "Fetching meetings from main app...");
     startMainApp();
     application.setDelegate(nullptr);
     appear();
@@ -111,8 +111,8 @@ TEST_F(MainViewControllerTest, FetchesNothingForSomebodyWhoIsNotLoggedIn) {
         log.clear();
         appear();
         EXPECT_THAT(heights(), ElementsAre(34, 0, 0, 0, 0));
-        EXPECT_THAT(log.messages(), ElementsAre("MainViewController viewWillAppear(), Velloren main app is "
-                                                "running=true"));
+        EXPECT_THAT(log.messages, ElementsAre("MainViewController viewWillAppear(), Velloren main app is "
+                                              "running=true"));
     }
     EXPECT_THAT(mainAppObject.requests, IsEmpty());
     EXPECT_TRUE(store.queries.empty());
@@ -190,9 +190,13 @@ TEST_F(MainViewControllerTest, LaysAGreyBehindTheWholeOfThePopoverAtEachEntry) {
     Popover popover;
     View anchor;
     auto* content = controller.get();
+    const UploadItemView& upload = *content->uploadItemView;
+    EXPECT_FALSE(upload.titleLabel->isHidden() || upload.animatingView->isHidden());
     popover.setContentViewController(std::move(controller));
     for (int showing = 0; showing < 2; ++showing) {
         popover.showRelativeToRect({0, 0, 28, 22}, anchor, RectEdge::MaxY);
+        EXPECT_TRUE(upload.titleLabel->isHidden() && upload.animatingView->isHidden() &&
+                    upload.imageView->isHidden());
         const auto& frame = static_cast<PopoverWindow*>(popover.contentWindow())->frameView();
         const auto backgrounds = [&] {
             auto views = frame.findChildren<View*>(QString(), Qt::FindDirectChildrenOnly);
