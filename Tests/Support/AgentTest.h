@@ -22,7 +22,7 @@ class AgentTest : public QtTest {
         SharedInstance<UserDefaults>::provide(
             [] { return std::make_unique<UserDefaults>(std::filesystem::path()); });
         link.serve("com.velloren.velloren-mac.agent", exportedEndPointHandling(registry));
-        link.serve(endpoint, exportedCommunication(mainAppObject));
+        link.serve(endpoint.address(), exportedCommunication(mainAppObject));
     }
 
     ~AgentTest() override {

@@ -34,7 +34,7 @@ class TestRegistry final : public EndPointHandling {
 };
 
 /// A main app that lists what it is asked, and answers at once or keeps the questions.
-class TestMainApp final : public Communication {
+class TestMainApp : public Communication {
   public:
     std::vector<std::string> requests;
     Meetings meetings;
@@ -53,9 +53,9 @@ class TestMainApp final : public Communication {
             reply(meetings);
     }
 
-    void displaySyncing() override {}
+    void displaySyncing() override { requests.emplace_back("syncing"); }
 
-    void displayNotSyncing() override {}
+    void displayNotSyncing() override { requests.emplace_back("not syncing"); }
 };
 
 } // namespace velloren

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/RunLoop.h"
 #include "Tests/Support/Installable.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <list>
@@ -14,31 +15,88 @@ namespace velloren {
 /// called from other threads.
 class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
   public:
-    /// The main run loop of a test that provided a manual one.
-    static ManualRunLoop& shared() { return static_cast<ManualRunLoop&>(RunLoop::main()); }
+    void post(Task task) override {
+        const std::scoped_lock lock(mutex);
+        posted.push_back(std::move(task));
+        arrived.notify_all();
+    }
 
-    void post(Task task) override;
-    void postAfter(Seconds delay, Task task) override;
-    std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) override;
+    void postAfter(Seconds delay, Task task) override { schedule(delay, Moment::zero(), std::move(task)); }
+
+    std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) override {
+        return schedule(interval, std::chrono::round<Moment>(interval), std::move(task));
+    }
 
     [[nodiscard]] bool isCurrent() const override { return home == std::this_thread::get_id(); }
 
     /// Runs what was posted, and what that posts, without time passing.
-    void runPending();
+    void runPending() {
+        for (std::unique_lock lock(mutex); !posted.empty(); lock.lock()) {
+            const Task next = std::move(posted.front());
+            posted.pop_front();
+            lock.unlock();
+            next();
+        }
+    }
 
     /// Lets `duration` pass: everything that falls due runs at its moment.
-    void advance(Seconds duration);
+    void advance(Seconds duration) {
+        const Moment end = now + std::chrono::round<Moment>(duration);
+        runPending();
+        while (!scheduled.empty()) {
+            const auto next =
+                std::ranges::min_element(scheduled, {}, [](const auto& entry) { return entry->due; });
+            const auto entry = *next;
+            if (entry->due > end)
+                break;
+            now = entry->due;
+            entry->due += entry->interval;
+            if (entry->interval == Moment::zero())
+                scheduled.erase(next);
+            entry->task();
+            runPending();
+        }
+        now = end;
+    }
 
     /// Runs what other threads post, until `condition` holds; whether it did within a generous limit of real
     /// time. No virtual time passes.
-    bool waitUntil(const std::function<bool()>& condition);
+    bool waitUntil(const std::function<bool()>& condition) {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        for (runPending(); !condition(); runPending()) {
+            if (std::chrono::steady_clock::now() > limit)
+                return false;
+            // Conditions may also be about what other threads wrote: look again soon.
+            std::unique_lock lock(mutex);
+            arrived.wait_for(lock, std::chrono::milliseconds(5), [this] { return !posted.empty(); });
+        }
+        return true;
+    }
 
     /// The repeating timers and delayed tasks that are still to come.
     [[nodiscard]] std::size_t pendingTimers() const { return scheduled.size(); }
 
   private:
-    class Entry;
     using Moment = std::chrono::microseconds; // sums of seconds would not be exact
+
+    struct Entry final : Timer {
+        Entry(ManualRunLoop& loop, Moment due, Moment interval, Task task)
+            : loop(loop), due(due), interval(interval), task(std::move(task)) {}
+
+        void invalidate() override {
+            std::erase_if(loop.scheduled, [this](const auto& entry) { return entry.get() == this; });
+        }
+
+        ManualRunLoop& loop;
+        Moment due;
+        const Moment interval; ///< zero is once
+        const Task task;
+    };
+
+    std::shared_ptr<Timer> schedule(Seconds delay, Moment interval, Task task) {
+        const Moment due = now + std::chrono::round<Moment>(delay);
+        return scheduled.emplace_back(std::make_shared<Entry>(*this, due, interval, std::move(task)));
+    }
 
     std::mutex mutex;
     std::condition_variable arrived;

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Freedesktop/Bus/DBusLink.h"
-#include "Shared/Communication.h"
 #include "Tests/Support/EnvironmentVariable.h"
+#include "Tests/Support/FakeEnds.h"
 #include "Tests/Support/ManualRunLoop.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
@@ -13,23 +12,13 @@
 
 namespace velloren {
 
-/// A main app that notes what it is asked, lets in whom it likes, and keeps the questions.
-class ListeningMainApp final : public Communication, public ListenerDelegate {
+/// A main app that lets in whom it likes, and keeps the questions.
+class ListeningMainApp final : public TestMainApp, public ListenerDelegate {
   public:
     bool accepts = true;
     int refusals = 0;
-    std::vector<std::string> requests;
-    std::vector<MeetingsReply> questions;
 
-    void openMeetingWithId(const std::string& id) override { requests.push_back("open " + id); }
-
-    void createNewMeeting() override { requests.emplace_back("create"); }
-
-    void fetchUpcomingMeetings(MeetingsReply reply) override { questions.push_back(std::move(reply)); }
-
-    void displaySyncing() override { requests.emplace_back("syncing"); }
-
-    void displayNotSyncing() override { requests.emplace_back("not syncing"); }
+    ListeningMainApp() { withholds = true; }
 
     bool listenerShouldAcceptNewConnection(Listener&, IncomingConnection& connection) override {
         connection.setExportedInterface(exportedCommunication(*this));
@@ -41,11 +30,7 @@ class ListeningMainApp final : public Communication, public ListenerDelegate {
 /// A main app that listens, and the near end of a connection that counts what happens to it.
 class LinkTest : public ::testing::Test {
   protected:
-    LinkTest() {
-        SharedInstance<RunLoop>::provide([] { return std::make_unique<ManualRunLoop>(); });
-        listener->setDelegate(&mainApp);
-        listener->resume();
-    }
+    LinkTest() { listen(); }
 
     ~LinkTest() override {
         listener.reset();
@@ -55,25 +40,20 @@ class LinkTest : public ::testing::Test {
 
     void TearDown() override { disconnect(); }
 
-    static bool waitUntil(const std::function<bool()>& condition) {
-        return ManualRunLoop::shared().waitUntil(condition);
-    }
+    bool waitUntil(const std::function<bool()>& condition) { return loop.waitUntil(condition); }
 
-    void disconnect() {
-        proxy.reset();
-        connection.reset();
-        near.reset();
+    /// The main app listens at a fresh endpoint.
+    void listen() {
+        listener = far->anonymousListener();
+        listener->setDelegate(&mainApp);
+        listener->resume();
     }
 
     void connect(const Endpoint& endpoint, const DBusLink::Options& options = {}) {
         disconnect();
-        near = std::make_unique<DBusLink>(options);
-        connectThrough(*near, endpoint);
-    }
-
-    void connectThrough(Link& link, const Endpoint& endpoint) {
         interruptions = invalidations = errors = 0;
-        connection = link.connectionToEndpoint(endpoint);
+        near = std::make_unique<DBusLink>(options);
+        connection = near->connectionToEndpoint(endpoint);
         connection->setRemoteObjectInterface(interface);
         connection->setInterruptionHandler([this] { ++interruptions; });
         connection->setInvalidationHandler([this] { ++invalidations; });
@@ -85,15 +65,22 @@ class LinkTest : public ::testing::Test {
         connection->resume();
     }
 
+    void disconnect() {
+        proxy.reset();
+        connection.reset();
+        near.reset();
+    }
+
     void fetchInVain() {
         proxy->fetchUpcomingMeetings([](const auto&) { ADD_FAILURE() << "there is no answer"; });
     }
 
+    ManualRunLoop& loop = ManualRunLoop::install();
     ListeningMainApp mainApp;
     TemporaryDirectory runtimeFolder;
     EnvironmentVariable runtime{"XDG_RUNTIME_DIR", runtimeFolder.path().string()};
     std::unique_ptr<DBusLink> far = std::make_unique<DBusLink>();
-    std::unique_ptr<Listener> listener = far->anonymousListener();
+    std::unique_ptr<Listener> listener;
 
     RemoteInterface interface = communicationInterface();
     std::unique_ptr<DBusLink> near;

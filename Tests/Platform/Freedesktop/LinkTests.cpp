@@ -1,66 +1,55 @@
 #include "Tests/Platform/Freedesktop/LinkTest.h"
-#include "Tests/Support/FakeLink.h"
+#include "Tests/Support/Socket.h"
 
 #include <gmock/gmock.h>
 
 #include <future>
+#include <thread>
 
 namespace velloren {
 
 namespace {
 
+using namespace std::chrono_literals;
+using namespace std::string_literals;
 using ::testing::ElementsAre;
 
-/// The link within the test, and the one over D-Bus: both have to keep the same contract.
-class LinkContract : public LinkTest, public ::testing::WithParamInterface<std::string> {
+class DBusLinkTest : public LinkTest {
   protected:
-    LinkContract() { fake.serve(endpoint, exportedCommunication(mainApp)); }
-
-    void connect(const Endpoint& there) {
-        if (GetParam() == "D-Bus")
-            LinkTest::connect(there);
-        else
-            connectThrough(fake, there);
-    }
-
-    /// Asks, and brings back what arrives of the main app's answer.
-    Communication::Meetings fetched(const Communication::Meetings& answer = {}) {
-        std::promise<Communication::Meetings> arrived;
-        proxy->fetchUpcomingMeetings([&](const auto& meetings) { arrived.set_value(meetings); });
-        EXPECT_TRUE(waitUntil([&] { return !mainApp.questions.empty(); }));
-        std::exchange(mainApp.questions, {}).front()(answer);
-        return arrived.get_future().get();
-    }
-
-    void setLetsIn(bool letsIn) {
-        mainApp.accepts = letsIn;
-        fake.setLetsIn(endpoint, letsIn);
-    }
-
-    /// The methods of what the connection gives back.
-    std::vector<std::string> givenBack() {
-        std::vector<std::string> methods;
-        for (const auto& request : connection->takeBack())
-            methods.push_back(request.method);
-        return methods;
-    }
-
-    void stopTheMainApp() {
-        fake.stop(endpoint);
-        listener.reset();
-    }
-
-    FakeLink fake;
-    Endpoint endpoint = listener->endpoint().value();
+    const Endpoint endpoint = listener->endpoint().value();
 };
 
-using DBusLinkTest = LinkTest;
+/// A far end of another make: it may neither stall nor end the process.
+class OddServer : public LinkTest {
+  protected:
+    /// Answers the first that comes with `opening`, and hangs up.
+    [[nodiscard]] static std::jthread serverThatSays(const Socket& listening, const std::string& opening) {
+        return std::jthread([&listening, opening] {
+            const Socket accepted = listening.next();
+            (void)accepted.hear();
+            accepted.say(opening);
+        });
+    }
+
+    /// From now on it is a main app of ours that serves there.
+    void becomesOurs() {
+        listen();
+        std::filesystem::rename(listener->endpoint().value().socketName(), path);
+    }
+
+    void getsEverythingInTheEnd() {
+        proxy->createNewMeeting();
+        EXPECT_TRUE(waitUntil([this] { return mainApp.requests.size() >= 2; }));
+        EXPECT_THAT(std::exchange(mainApp.requests, {}), ElementsAre("open first", "create"));
+        EXPECT_EQ(errors + invalidations, 0);
+    }
+
+    const std::string path = runtimeFolder / "peer.socket";
+};
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Link, LinkContract, ::testing::Values("fake", "D-Bus"));
-
-TEST_P(LinkContract, DeliversCallsInOrderAndOnce) {
+TEST_F(DBusLinkTest, DeliversCallsInOrderAndOnce) {
     connect(endpoint);
     std::vector<std::string> expected;
     for (int round = 0; round < 20; ++round) {
@@ -76,44 +65,37 @@ TEST_P(LinkContract, DeliversCallsInOrderAndOnce) {
     EXPECT_EQ(errors, 0);
 }
 
-TEST_P(LinkContract, BringsBackTheListOrThatThereIsNone) {
+TEST_F(DBusLinkTest, BringsBackTheListOrThatThereIsNone) {
     connect(endpoint);
     const Dictionary meeting{{"id", "7"}, {"title", "\xc3\x9c, \"b\""}, {"startTime", ""}};
     using List = std::vector<Dictionary>;
+    mainApp.withholds = false;
     for (const Communication::Meetings& meetings :
-         std::initializer_list<Communication::Meetings>{std::nullopt, List(), List{meeting, {}}})
-        EXPECT_EQ(fetched(meetings), meetings);
+         std::initializer_list<Communication::Meetings>{std::nullopt, List(), List{meeting, {}}}) {
+        mainApp.meetings = meetings;
+        std::promise<Communication::Meetings> arrived;
+        auto answer = arrived.get_future();
+        proxy->fetchUpcomingMeetings([&](const auto& list) { arrived.set_value(list); });
+        ASSERT_TRUE(waitUntil([&] { return answer.wait_for(0s) == std::future_status::ready; }));
+        EXPECT_EQ(answer.get(), meetings);
+    }
 }
 
-TEST_P(LinkContract, DeliversWhatWasAskedBeforeTheConnectionWasReleased) {
+TEST_F(DBusLinkTest, DeliversWhatWasAskedBeforeTheConnectionWasReleased) {
     connect(endpoint);
     std::atomic<bool> answered = false;
     proxy->openMeetingWithId("last");
     proxy->fetchUpcomingMeetings([&](const auto&) { answered = true; });
     proxy.reset();
     connection.reset();
-    ASSERT_TRUE(waitUntil([&] { return mainApp.questions.size() == 1; }));
-    mainApp.questions.front()(std::nullopt);
+    ASSERT_TRUE(waitUntil([&] { return mainApp.withheld.size() == 1; }));
+    mainApp.withheld.front()(std::nullopt);
     EXPECT_TRUE(waitUntil([&] { return answered.load(); }));
-    EXPECT_THAT(mainApp.requests, ElementsAre("open last"));
+    EXPECT_THAT(mainApp.requests, ElementsAre("open last", "fetch"));
 }
 
-TEST_P(LinkContract, KeepsWhatItIsGivenUntilTheFarEndLetsItIn) {
-    setLetsIn(false);
-    connect(endpoint);
-    proxy->openMeetingWithId("first");
-    proxy->fetchUpcomingMeetings([](const auto&) {});
-    EXPECT_TRUE(waitUntil([&] { return mainApp.refusals >= 3 || GetParam() == "fake"; }));
-    setLetsIn(true);
-    proxy->createNewMeeting();
-    EXPECT_TRUE(waitUntil([&] { return mainApp.requests.size() == 2 && mainApp.questions.size() == 1; }));
-    EXPECT_THAT(mainApp.requests, ElementsAre("open first", "create"));
-    EXPECT_THAT(givenBack(), ElementsAre());
-    EXPECT_EQ(errors + invalidations, 0);
-}
-
-TEST_P(LinkContract, GivesBackWhatItDidNotDeliver) {
-    setLetsIn(false);
+TEST_F(DBusLinkTest, KeepsWhatItIsGivenUntilItIsLetInOrHasToGiveItBack) {
+    mainApp.accepts = false;
     connect(endpoint);
     proxy->openMeetingWithId("first");
     fetchInVain();
@@ -124,26 +106,35 @@ TEST_P(LinkContract, GivesBackWhatItDidNotDeliver) {
     EXPECT_THAT(back[0].arguments, ElementsAre("first"));
     EXPECT_EQ(back[1].method, "createNewMeeting");
     EXPECT_TRUE(waitUntil([&] { return errors == 1; })) << "the question has failed";
-    setLetsIn(true);
-    proxy->displaySyncing();
-    EXPECT_TRUE(waitUntil([&] { return !mainApp.requests.empty(); }));
-    EXPECT_THAT(mainApp.requests, ElementsAre("syncing"));
+
+    proxy->openMeetingWithId("second");
+    fetchInVain();
+    EXPECT_TRUE(waitUntil([&] { return mainApp.refusals >= 3; }));
+    mainApp.accepts = true;
+    proxy->createNewMeeting();
+    EXPECT_TRUE(waitUntil([&] { return mainApp.requests.size() == 3; }));
+    EXPECT_THAT(mainApp.requests, ElementsAre("open second", "fetch", "create"));
+    EXPECT_TRUE(connection->takeBack().empty());
+    EXPECT_EQ(errors + invalidations, 1);
 }
 
-TEST_P(LinkContract, TellsOnceOfAnInterruption) {
+TEST_F(DBusLinkTest, TellsOnceOfAnInterruptionAndFailsWhatWasAsked) {
     connect(endpoint);
-    fetched();
-    stopTheMainApp();
-    EXPECT_TRUE(waitUntil([&] { return interruptions == 1; }));
+    for (int count = 0; count < 3; ++count)
+        fetchInVain();
+    ASSERT_TRUE(waitUntil([&] { return mainApp.withheld.size() == 3; }));
+    listener.reset();
+    EXPECT_TRUE(waitUntil([&] { return errors == 3 && interruptions == 1; }));
     proxy->createNewMeeting();
     fetchInVain();
-    EXPECT_TRUE(waitUntil([&] { return errors == 1; }));
-    EXPECT_THAT(givenBack(), ElementsAre("createNewMeeting"));
-    EXPECT_EQ(interruptions, 1);
-    EXPECT_EQ(invalidations, 0);
+    EXPECT_TRUE(waitUntil([&] { return errors == 4; }));
+    const auto back = connection->takeBack();
+    ASSERT_EQ(back.size(), 1u);
+    EXPECT_EQ(back.front().method, "createNewMeeting");
+    EXPECT_EQ(interruptions + invalidations, 1);
 }
 
-TEST_P(LinkContract, TellsOnceOfAnEndpointWhereNobodyIs) {
+TEST_F(DBusLinkTest, TellsOnceOfAnEndpointWhereNobodyIs) {
     for (const std::string& path :
          {std::string("/nonexistent/socket"), std::string("/dev/null"), runtimeFolder.path().string()}) {
         SCOPED_TRACE(path);
@@ -158,17 +149,18 @@ TEST_P(LinkContract, TellsOnceOfAnEndpointWhereNobodyIs) {
     }
 }
 
-TEST_P(LinkContract, RunsNoHandlerThatWasTakenAway) {
+TEST_F(DBusLinkTest, RunsNoHandlerThatWasTakenAway) {
     connect(endpoint);
-    fetched();
-    connection->setInterruptionHandler(nullptr);
-    stopTheMainApp();
     fetchInVain();
-    EXPECT_TRUE(waitUntil([&] { return errors == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return mainApp.withheld.size() == 1; }));
+    connection->setInterruptionHandler(nullptr);
+    listener.reset();
+    fetchInVain();
+    EXPECT_TRUE(waitUntil([&] { return errors == 2; }));
     EXPECT_EQ(interruptions, 0);
 }
 
-TEST_P(LinkContract, ReportsACallThatNobodyServes) {
+TEST_F(DBusLinkTest, ReportsACallThatNobodyServes) {
     interface.name = "com.velloren.Other";
     connect(endpoint);
     fetchInVain();
@@ -176,31 +168,48 @@ TEST_P(LinkContract, ReportsACallThatNobodyServes) {
     EXPECT_THAT(latestError, ::testing::MatchesRegex("org\\.freedesktop\\.DBus\\.Error\\.Unknown.*: .*"));
 }
 
-TEST_F(DBusLinkTest, ListensOnlyInAPrivateRuntimeDirectoryAndTidiesUp) {
-    const std::string path = listener->endpoint().value().socketName();
-    EXPECT_TRUE(std::filesystem::is_socket(path));
-    listener.reset();
-    EXPECT_FALSE(std::filesystem::exists(path));
+TEST_F(OddServer, GetsEverythingOnceItLetsUsIn) {
+    for (const auto& opening : {""s, "REJECTED EXTERNAL\r\n"s, "OK\r\n"s, std::string(100000, 'x')}) {
+        SCOPED_TRACE(opening.substr(0, 40));
+        const Socket odd(path, 8);
+        connect(*Endpoint::ofSocketPath(path));
+        proxy->openMeetingWithId("first");
+        serverThatSays(odd, opening).join();
+        becomesOurs();
+        getsEverythingInTheEnd();
+        std::filesystem::remove(path);
+    }
+}
 
-    const auto listensIn = [this](const std::optional<std::string>& folder) {
-        runtime.set(folder);
-        const auto another = far->anonymousListener();
-        another->resume();
-        return another->endpoint().has_value();
-    };
-    const TemporaryDirectory folder;
-    const auto product = folder / "velloren";
-    EXPECT_TRUE(listensIn(folder.path()));
-    std::filesystem::permissions(product, std::filesystem::perms(0740));
-    EXPECT_FALSE(listensIn(folder.path())) << "others could read what goes on there";
-    std::filesystem::permissions(product, std::filesystem::perms::owner_all);
-    std::filesystem::rename(product, folder / "elsewhere");
-    std::filesystem::create_directory_symlink(folder / "elsewhere", product);
-    EXPECT_FALSE(listensIn(folder.path())) << "somebody else may have said where it leads";
-    std::filesystem::create_directory(folder / std::string(120, 'd'));
-    EXPECT_FALSE(listensIn(folder / std::string(120, 'd'))) << "no socket has so long a name";
-    EXPECT_FALSE(listensIn(std::nullopt));
-    EXPECT_FALSE(listensIn("/nonexistent"));
+TEST_F(OddServer, GetsEverythingOnceItAcceptsAgain) {
+    std::optional<Socket> full(std::in_place, path, 0);
+    std::optional<Socket> first(std::in_place);
+    ASSERT_TRUE(first->connectTo(path));
+    connect(*Endpoint::ofSocketPath(path));
+    proxy->openMeetingWithId("first");
+    (void)full->next(); // room for one more, which it never talks to
+    becomesOurs();
+    full.reset();
+    getsEverythingInTheEnd();
+}
+
+TEST_F(OddServer, MayTalkNonsenseOnceWeAreIn) {
+    const Socket odd(path, 8);
+    const auto server = serverThatSays(
+        odd, "DATA\r\nOK 00000000000000000000000000000000\r\nAGREE_UNIX_FD\r\n" + std::string(64, '\x7f'));
+    connect(*Endpoint::ofSocketPath(path));
+    fetchInVain();
+    EXPECT_TRUE(waitUntil([this] { return errors == 1 && interruptions + invalidations == 1; }));
+}
+
+TEST_F(OddServer, MayNeverAnswerACallAndGoOn) {
+    connect(listener->endpoint().value(), {.callTimeout = 100ms});
+    fetchInVain();
+    EXPECT_TRUE(waitUntil([this] { return errors == 1; }));
+    mainApp.withheld.front()(std::nullopt); // too late
+    proxy->createNewMeeting();
+    EXPECT_TRUE(waitUntil([this] { return mainApp.requests.size() == 2; }));
+    EXPECT_EQ(interruptions + invalidations, 0);
 }
 
 } // namespace velloren

@@ -143,6 +143,8 @@ TEST_F(OddReply, OfAnotherKindIsNoMeetingsAndACharacterThatSdBusRefusesCostsItse
         {{{"title", "a\xEF\xBF\xBD"s + "b"}}, {{"title", "\xF0\x9F\xBF\xBD"}}, {{"title", "\xEF\xBF\xBC"}}}};
     const std::tuple<std::string, std::string, Communication::Meetings> replies[] = {
         {"v", Bytes().signature("au").number(4).number(7).text, {}},
+        {"v", Bytes().signature("aa{sv}").number(24).number(20).string("title").signature("u").number(7).text,
+         std::vector{Dictionary{{"title", Scalar()}}}},
         {"s", Bytes().string("text").text, {}},
         {"", "", {}},
         {"v", listOf({"a\xEF\xBF\xBE"s + "b", "\xF0\x9F\xBF\xBF", "\xEF\xBF\xBC"}), meetings},
