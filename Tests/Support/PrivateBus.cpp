@@ -2,12 +2,9 @@
 
 #include "Platform/Foundation/FatalError.h"
 
-#include <systemd/sd-bus.h>
-
 #include <chrono>
 #include <csignal>
 #include <fstream>
-#include <thread>
 
 namespace velloren {
 
@@ -22,17 +19,6 @@ std::string configuration(const std::string& address, const std::string& service
            "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>";
 }
 
-/// A connection that ends here; none while nobody answers.
-sd_bus* connected() {
-    sd_bus* bus = nullptr;
-    if (sd_bus_open_user(&bus) < 0)
-        return nullptr;
-    if (sd_bus_call_method(bus, "org.freedesktop.DBus", "/", "org.freedesktop.DBus.Peer", "Ping", nullptr,
-                           nullptr, nullptr) < 0)
-        return sd_bus_close_unref(bus);
-    return bus;
-}
-
 } // namespace
 
 PrivateBus::PrivateBus() {
@@ -45,13 +31,10 @@ PrivateBus::PrivateBus() {
     daemon = std::make_unique<Process>(command, Process::Environment(), temporary / "bus.log");
 
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    sd_bus* bus = nullptr;
-    while (!(bus = connected())) {
+    while (!callDaemon("GetId")) {
         if (std::chrono::steady_clock::now() > limit)
             fatalError("the private bus does not answer");
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    sd_bus_close_unref(bus);
 }
 
 PrivateBus::~PrivateBus() = default;
@@ -59,17 +42,27 @@ PrivateBus::~PrivateBus() = default;
 void PrivateBus::addService(const std::string& name, const std::string& commandLine) {
     std::ofstream((temporary / "services") / (name + ".service"))
         << "[D-BUS Service]\nName=" << name << "\nExec=" << commandLine << "\n";
-    sd_bus* bus = connected();
-    sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                       "ReloadConfig", nullptr, nullptr, nullptr);
-    sd_bus_close_unref(bus);
+    callDaemon("ReloadConfig");
+}
+
+std::optional<std::string> PrivateBus::call(const std::string& service, const std::string& path,
+                                            const std::string& method,
+                                            const std::vector<std::string>& arguments) const {
+    std::vector<std::string> command{
+        "dbus-send", "--bus=" + busAddress, "--print-reply", "--dest=" + service, path, method};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const TemporaryDirectory answer;
+    Process process(command, {}, answer / "output");
+    return process.wait() == 0 ? std::optional(process.output()) : std::nullopt;
+}
+
+std::optional<std::string> PrivateBus::callDaemon(const std::string& method,
+                                                  const std::vector<std::string>& arguments) const {
+    return call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus." + method, arguments);
 }
 
 bool PrivateBus::hasOwner(const std::string& name) const {
-    sd_bus* bus = connected();
-    const bool owned = sd_bus_get_name_creds(bus, name.c_str(), 0, nullptr) >= 0;
-    sd_bus_close_unref(bus);
-    return owned;
+    return callDaemon("GetNameOwner", {"string:" + name}).has_value();
 }
 
 void PrivateBus::hang() const {

@@ -25,6 +25,11 @@ class PrivateBus {
     /// From now on the bus starts `commandLine` when the name is asked for.
     void addService(const std::string& name, const std::string& commandLine);
 
+    /// What another process that makes this call prints of the answer; none where it fails.
+    std::optional<std::string> call(const std::string& service, const std::string& path,
+                                    const std::string& method,
+                                    const std::vector<std::string>& arguments = {}) const;
+
     /// Whether somebody has that name.
     [[nodiscard]] bool hasOwner(const std::string& name) const;
 
@@ -35,6 +40,9 @@ class PrivateBus {
     void stop();
 
   private:
+    std::optional<std::string> callDaemon(const std::string& method,
+                                          const std::vector<std::string>& arguments = {}) const;
+
     TemporaryDirectory temporary;
     std::string busAddress;
     std::unique_ptr<Process> daemon;

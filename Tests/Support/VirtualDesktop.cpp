@@ -63,18 +63,14 @@ void VirtualDesktop::stopPanel() {
 }
 
 bool VirtualDesktop::hasTray() const {
-    return run({"dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus",
-                "/org/freedesktop/DBus", "org.freedesktop.DBus.GetNameOwner",
-                "string:org.kde.StatusNotifierWatcher"}) == 0;
+    return bus().hasOwner("org.kde.StatusNotifierWatcher");
 }
 
 int VirtualDesktop::itemCount() const {
-    std::string output;
-    run({"dbus-send", "--session", "--print-reply", "--dest=org.kde.StatusNotifierWatcher",
-         "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties.Get",
-         "string:org.kde.StatusNotifierWatcher", "string:RegisteredStatusNotifierItems"},
-        &output);
-    return int(QString::fromStdString(output).count(QStringLiteral("string \"")));
+    const auto items = bus().call(
+        "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties.Get",
+        {"string:org.kde.StatusNotifierWatcher", "string:RegisteredStatusNotifierItems"});
+    return int(QString::fromStdString(items.value_or("")).count(QStringLiteral("string \"")));
 }
 
 std::optional<QRect> VirtualDesktop::popover() const {

@@ -27,7 +27,7 @@ class VirtualScreen {
     VirtualScreen(const VirtualScreen&) = delete;
     VirtualScreen& operator=(const VirtualScreen&) = delete;
 
-    [[nodiscard]] PrivateBus& bus() { return *sessionBus; }
+    [[nodiscard]] PrivateBus& bus() const { return *sessionBus; }
 
     [[nodiscard]] std::filesystem::path folder() const { return sessionBus->folder(); }
 
