@@ -184,7 +184,10 @@ TEST_F(DeferredOperations, WaitAgainInOrderWhenTheirConnectionEndsBeforeItStood)
          [this] {
              const auto* former = delegate.mainAppCallerConnection.get();
              registry.withheld.at(0)(endpoint);
+             link.stop(endpoint); // what this brings comes after the other endpoint
+             link.serve(endpoint.address(), exportedCommunication(mainAppObject));
              loop.runPending();
+             ASSERT_TRUE(delegate.mainAppCallerConnection);
              EXPECT_NE(delegate.mainAppCallerConnection.get(), former);
          }},
     };
@@ -236,6 +239,7 @@ TEST_F(DeferredOperations, AreNotNeededWhileConnected) {
 
 TEST_F(DeferredOperations, AreDroppedWithoutAProxyThatConformsButLogged) {
     delegate.openMeeting("A");
+    delegate.createNewMeeting();
     registry.withholds = true;
     delegate.checkIfMainAppCallerConnectionEstablishedAndRetryIfNot();
     log.clear();
@@ -251,7 +255,8 @@ TEST_F(DeferredOperations, AreDroppedWithoutAProxyThatConformsButLogged) {
                             "com.velloren.velloren-mac.agent>, endPoint=" +
                                 endpoint.address(),
                             "Velloren Menu agent?.openMeeting(withId: A)",
-                            HasSubstr("exists. Open meeting B "), HasSubstr("exists. Create new meeting ")));
+                            "Velloren Menu agent?.createNewMeeting()", HasSubstr("exists. Open meeting B "),
+                            HasSubstr("exists. Create new meeting ")));
     EXPECT_TRUE(delegate.operationsQueue.empty());
     EXPECT_THAT(mainAppObject.requests, IsEmpty());
 }
