@@ -51,12 +51,12 @@ void MenuAgentTest::installRegistry(const std::string& command) {
     desktop.bus().addService("com.velloren.velloren-mac.agent", command);
 }
 
-void MenuAgentTest::installMainApp(Make make, const std::string& options) {
+void MenuAgentTest::installMainApp(Make make) {
     const auto script = desktop.folder() / "main-app.sh";
     const std::string command = make == Make::StandIn ? binaries + "/velloren-main --no-window"
                                                       : "/usr/bin/python3 " FOREIGN_MAIN_APP;
     std::ofstream(script) << "cd " << desktop.folder().string() << "\necho $$ >> main-app.pids\nexec "
-                          << command << " --log-requests requests " << options << " >> main-app.log 2>&1\n";
+                          << command << " --log-requests requests >> main-app.log 2>&1\n";
     desktop.bus().addService(mainAppName, "/bin/sh " + script.string());
 }
 

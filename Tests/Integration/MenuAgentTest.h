@@ -29,7 +29,7 @@ class MenuAgentTest : public ::testing::Test {
     /// From now on the bus starts this command when the registry is asked for.
     void installRegistry(const std::string& command);
     /// Has the bus start this main app when it is asked to.
-    void installMainApp(Make make = Make::StandIn, const std::string& options = {});
+    void installMainApp(Make make = Make::StandIn);
 
     /// Clicks the icon until the popover is open.
     void openPopover(QPoint place = VirtualDesktop::icon);
