@@ -187,6 +187,10 @@ TEST_F(OddServer, GetsEverythingOnceItAcceptsAgain) {
     ASSERT_TRUE(first->connectTo(path));
     connect(*Endpoint::ofSocketPath(path));
     proxy->openMeetingWithId("first");
+    const auto next = near->connectionToEndpoint(*Endpoint::ofSocketPath("/nonexistent/socket"));
+    next->setInvalidationHandler([this] { ++invalidations; });
+    next->resume();
+    EXPECT_TRUE(waitUntil([this] { return invalidations.exchange(0) == 1; })) << "the first was tried before";
     (void)full->next(); // room for one more, which it never talks to
     becomesOurs();
     full.reset();
