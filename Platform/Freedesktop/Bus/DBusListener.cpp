@@ -213,20 +213,33 @@ class DBusListener::Server : public std::enable_shared_from_this<Server> {
             return false;
         peer.descriptor = -1;
         return sd_id128_randomize(&identity) >= 0 && sd_bus_set_server(peer.bus, 1, identity) >= 0 &&
-               sd_bus_start(peer.bus) >= 0 &&
+               sd_bus_set_connected_signal(peer.bus, 1) >= 0 && sd_bus_start(peer.bus) >= 0 &&
                sd_bus_add_filter(peer.bus, nullptr, &Server::received, &peer) >= 0 &&
                sd_bus_attach_event(peer.bus, thread.loop(), SD_EVENT_PRIORITY_NORMAL) >= 0;
     }
 
     static int received(sd_bus_message* message, void* data, sd_bus_error*) {
-        if (!wire::isLocalSignal(*message, "Disconnected"))
-            return 0;
         const auto& [server, number] = std::pair<Server&, std::uint64_t>(static_cast<Peer*>(data)->server,
                                                                          static_cast<Peer*>(data)->number);
-        server.thread.post(
-            [self = server.shared_from_this(), number = number] { self->peers.erase(number); });
+        const auto later = [&server, number](void (Server::*what)(std::uint64_t)) {
+            server.thread.post([self = server.shared_from_this(), what, number] { (*self.*what)(number); });
+        };
+        if (wire::isLocalSignal(*message, "Connected"))
+            later(&Server::readOn);
+        else if (wire::isLocalSignal(*message, "Disconnected"))
+            later(&Server::forget);
         return 0;
     }
+
+    /// Calls that came together with the last word of the authentication have been read from the socket
+    /// already: nothing would tell of them before more arrives.
+    void readOn(std::uint64_t number) {
+        const auto found = peers.find(number);
+        if (found != peers.end() && sd_bus_process(found->second->bus, nullptr) > 0)
+            thread.post([self = shared_from_this(), number] { self->readOn(number); });
+    }
+
+    void forget(std::uint64_t number) { peers.erase(number); }
 
     LinkThread& thread;
     RunLoop& mainLoop;

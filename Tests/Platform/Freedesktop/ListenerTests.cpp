@@ -134,6 +134,25 @@ TEST_F(OddClient, LeavesTheListenerToTheOthers) {
     EXPECT_EQ(errors, 0);
 }
 
+TEST_F(OddClient, MayCallInTheSameBreathAsItBegins) {
+    const auto field = [](char code, char type, std::string text) {
+        text += std::string(8 - text.size() % 8, '\0');
+        return std::string{code, 1, type, 0, char(text.find('\0')), 0, 0, 0} + text;
+    };
+    const std::string fields = field(1, 'o', "/com/velloren/Communication") +
+                               field(2, 's', "com.velloren.Communication") +
+                               field(3, 's', "createNewMeeting");
+    const std::string call{'l', 1, 1, 1, 0, 0, 0, 0, 1, 0, 0, 0, char(fields.size() - 7), 0, 0, 0};
+    const Socket socket;
+    answerTo([&] {
+        EXPECT_TRUE(socket.connectTo(endpoint.socketName()));
+        socket.say(std::string(1, '\0') + "AUTH EXTERNAL\r\nDATA\r\n");
+        return socket.hear();
+    });
+    socket.say("BEGIN\r\n" + call + fields);
+    EXPECT_TRUE(waitUntil([this] { return mainApp.requests.size() == 1; }));
+}
+
 TEST_F(OddClient, IsToldThatItsArgumentsAreWrong) {
     for (const char* types : {"", "u", "ss"}) {
         EXPECT_EQ(answerTo([this, types] {
