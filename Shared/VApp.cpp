@@ -57,12 +57,15 @@ std::vector<RunningApplication> VApp::runningInstances() const {
 }
 
 bool VApp::isRunning() const {
-    return !runningInstances().empty();
+    stopUnlessObservable();
+    return Workspace::shared().isRunning(bundleIdentifier());
 }
 
 bool VApp::launchIfNotRunning() const {
     stopUnlessObservable();
-    if (isRunning())
+    // Asked, not taken from the notices: one that has just ended would be taken for running, and not
+    // launched.
+    if (!runningInstances().empty())
         return false;
     const bool launched = Workspace::shared().launchApplication(bundleIdentifier());
     Logger::sharedInstance().info("Launching " + bundleIdentifier() +

@@ -49,6 +49,9 @@ class Workspace {
     [[nodiscard]] virtual std::vector<RunningApplication>
     runningApplications(const std::string& bundleIdentifier) = 0;
 
+    /// Whether any instance runs, as the notices tell it: nobody is asked for an application that is watched.
+    [[nodiscard]] virtual bool isRunning(const std::string& bundleIdentifier) = 0;
+
     /// Asks for the application to be started and does not wait for it. Whether the request was taken.
     virtual bool launchApplication(const std::string& bundleIdentifier) = 0;
 

@@ -41,6 +41,7 @@ TEST_F(VAppTest, LeavesARunningApplicationAloneHoweverManyInstancesThereAre) {
         EXPECT_EQ(VApp(VApp::main).runningInstances().size(), std::size_t(instances));
         EXPECT_FALSE(VApp(VApp::main).launchIfNotRunning());
     }
+    EXPECT_EQ(workspace.queries, 4) << "a launch asks: the notice of an end may still be under way";
     EXPECT_THAT(workspace.launches, IsEmpty());
     EXPECT_THAT(log.lines, IsEmpty());
 }

@@ -42,6 +42,8 @@ class FakeWorkspace final : public Installable<FakeWorkspace, Workspace> {
         return {static_cast<std::size_t>(instances[identifier]), {identifier, ":1.0"}};
     }
 
+    bool isRunning(const std::string& identifier) override { return instances[identifier] > 0; }
+
     bool launchApplication(const std::string& identifier) override {
         launches.push_back(identifier);
         asked();

@@ -26,13 +26,15 @@ QDBusMessage callToDaemon(const QString& method, const QVariantList& arguments) 
 
 } // namespace
 
-DBusWorkspace::DBusWorkspace(const QDBusConnection& sessionBus, const std::vector<std::string>& watched)
+DBusWorkspace::DBusWorkspace(const QDBusConnection& sessionBus, const std::vector<std::string>& identifiers)
     : bus(sessionBus) {
-    for (const std::string& identifier : watched)
+    for (const std::string& identifier : identifiers) {
         followSignal(bus,
                      {daemonService, daemonPath, daemonService, QStringLiteral("NameOwnerChanged"),
                       QString::fromStdString(identifier)},
                      *this, SLOT(nameOwnerChanged(QString, QString, QString)));
+        watched.emplace(identifier, std::nullopt);
+    }
 }
 
 Subscription DBusWorkspace::addObserver(Notice notice, Observer observer) {
@@ -41,13 +43,31 @@ Subscription DBusWorkspace::addObserver(Notice notice, Observer observer) {
 }
 
 std::vector<RunningApplication> DBusWorkspace::runningApplications(const std::string& bundleIdentifier) {
+    std::vector<RunningApplication> running;
+    for (const QString& owner : ownersOf(bundleIdentifier).value_or(QStringList()))
+        running.push_back({bundleIdentifier, owner.toStdString()});
+    return running;
+}
+
+bool DBusWorkspace::isRunning(const std::string& bundleIdentifier) {
+    const auto entry = watched.find(bundleIdentifier);
+    if (entry != watched.end() && entry->second)
+        return *entry->second;
+    const auto owners = ownersOf(bundleIdentifier);
+    if (entry != watched.end() && owners)
+        entry->second = !owners->isEmpty();
+    return owners && !owners->isEmpty();
+}
+
+/// None where the bus daemon does not tell.
+std::optional<QStringList> DBusWorkspace::ownersOf(const std::string& bundleIdentifier) const {
     const QDBusReply<QStringList> owners =
         bus.call(callToDaemon(QStringLiteral("ListQueuedOwners"), {QString::fromStdString(bundleIdentifier)}),
                  QDBus::Block, daemonTimeout);
-    std::vector<RunningApplication> running;
-    for (const QString& owner : owners.value())
-        running.push_back({bundleIdentifier, owner.toStdString()});
-    return running;
+    if (owners.isValid())
+        return owners.value();
+    const bool hasNone = owners.error().name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
+    return hasNone ? std::optional(QStringList()) : std::nullopt;
 }
 
 bool DBusWorkspace::launchApplication(const std::string& bundleIdentifier) {
@@ -66,6 +86,7 @@ bool DBusWorkspace::openURL(const URL& url) {
 }
 
 void DBusWorkspace::nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner) {
+    watched.insert_or_assign(name.toStdString(), !newOwner.isEmpty());
     if (!oldOwner.isEmpty())
         tell(Notice::DidTerminateApplication, name);
     if (!newOwner.isEmpty())

@@ -41,6 +41,7 @@ TEST_F(DBusWorkspaceTest, TellsOfEachOwnerOfTheNameAsLongAsTheObserverLikes) {
             once.reset();
         });
     EXPECT_EQ(running(), 0u);
+    EXPECT_FALSE(workspace.isRunning(mainApp));
     EXPECT_TRUE(announceRunning(connection("first"), mainApp));
     EXPECT_TRUE(waitUntil([&] { return notices.size() == 1; }));
     EXPECT_TRUE(announceRunning(connection("second"), mainApp));
@@ -49,9 +50,12 @@ TEST_F(DBusWorkspaceTest, TellsOfEachOwnerOfTheNameAsLongAsTheObserverLikes) {
     QDBusConnection::disconnectFromBus(QStringLiteral("first"));
     EXPECT_TRUE(waitUntil([&] { return notices.size() == 3 && running() == 1; }));
     EXPECT_THAT(notices, ElementsAre(launched, terminated, launched)) << "the name changed hands";
+    EXPECT_TRUE(workspace.isRunning(mainApp));
+    EXPECT_TRUE(DBusWorkspace(connection("later"), {mainApp}).isRunning(mainApp)) << "no notice told it";
     QDBusConnection::disconnectFromBus(QStringLiteral("second"));
     EXPECT_TRUE(waitUntil([&] { return notices.size() == 4 && running() == 0; }));
     EXPECT_EQ(notices.back(), terminated);
+    EXPECT_FALSE(workspace.isRunning(mainApp));
     EXPECT_EQ(calls, 1);
 }
 
@@ -63,7 +67,9 @@ TEST_F(DBusWorkspaceTest, LaunchesWhatTheBusCanStartAndKnowsNothingOnceTheBusHas
     EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(mark); }));
     EXPECT_TRUE(notices.empty()) << "it ended without ever taking its name";
     announceRunning(connection("first"), mainApp);
+    EXPECT_TRUE(waitUntil([&] { return notices.size() == 1; }));
     bus.stop();
+    EXPECT_TRUE(workspace.isRunning(mainApp)) << "it was told, and asks nobody";
     EXPECT_EQ(running(), 0u);
     EXPECT_FALSE(workspace.launchApplication(mainApp));
 }
