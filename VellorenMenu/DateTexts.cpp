@@ -4,7 +4,6 @@
 #include "Platform/Foundation/FatalError.h"
 
 #include <unicode/calendar.h>
-#include <unicode/dtptngen.h>
 #include <unicode/locid.h>
 #include <unicode/smpdtfmt.h>
 
@@ -48,13 +47,8 @@ int dayOfMonth(icu::Calendar& calendar, Date date) {
 } // namespace
 
 bool isAMPMFormat() {
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::DateTimePatternGenerator> generator(
-        icu::DateTimePatternGenerator::createInstance(currentLocale(), status));
-    if (U_FAILURE(status))
-        return false;
-    const icu::UnicodeString pattern = generator->getBestPattern(icu::UnicodeString(u"j"), status);
-    return U_SUCCESS(status) && pattern.indexOf(u'a') >= 0;
+    const auto pattern = CurrentLocale::hourPattern();
+    return pattern && pattern->find('a') != std::string::npos;
 }
 
 std::string appendingAMPMIfNeeded(const std::string& format) {

@@ -1,11 +1,13 @@
 #include "Platform/Foundation/CurrentLocale.h"
 
+#include <unicode/dtptngen.h>
+#include <unicode/locid.h>
 #include <unicode/timezone.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
+#include <memory>
 #include <string_view>
 #include <sys/stat.h>
 #include <system_error>
@@ -90,6 +92,17 @@ std::string hoursOf(HourCycle cycle) {
     return {};
 }
 
+std::optional<std::string> hourPatternOf(const std::string& identifier) {
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::DateTimePatternGenerator> generator(
+        icu::DateTimePatternGenerator::createInstance(icu::Locale(identifier.c_str()), status));
+    if (U_FAILURE(status))
+        return std::nullopt;
+    const icu::UnicodeString pattern = generator->getBestPattern(icu::UnicodeString(u"j"), status);
+    std::string text;
+    return U_SUCCESS(status) ? std::optional(pattern.toUTF8String(text)) : std::nullopt;
+}
+
 // Changes whenever the zone may have: a zone is set by replacing the link, the file, or the variable.
 std::string timeZoneSource() {
     const char* variable = std::getenv("TZ");
@@ -117,6 +130,17 @@ std::string CurrentLocale::identifier() {
     if (locale)
         return *locale + hoursOf(cycle);
     return "en_US_POSIX" + hoursOf(cycle == HourCycle::FromLocale ? HourCycle::TwentyFourHour : cycle);
+}
+
+std::optional<std::string> CurrentLocale::hourPattern() {
+    static std::string knownIdentifier;
+    static std::optional<std::string> knownPattern;
+    std::string current = identifier();
+    if (current != knownIdentifier) {
+        knownPattern = hourPatternOf(current);
+        knownIdentifier = std::move(current);
+    }
+    return knownPattern;
 }
 
 void CurrentLocale::setHourCycle(HourCycle cycle) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace velloren {
@@ -14,6 +15,10 @@ class CurrentLocale {
     /// LC_TIME and LANG that is set, and from the hour cycle. "C" and what is no locale name read as US
     /// English with the 24-hour clock, which is how the C library prints times there.
     [[nodiscard]] static std::string identifier();
+
+    /// How that locale prefers to write the hour of the day, a date pattern such as "h a" or "HH"; none where
+    /// ICU cannot tell. ICU takes long to find it out: it is asked once for each locale after another.
+    [[nodiscard]] static std::optional<std::string> hourPattern();
 
     /// Follows the desktop's clock setting; from the locale until it is first called.
     static void setHourCycle(HourCycle cycle);
