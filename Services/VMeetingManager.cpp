@@ -4,8 +4,9 @@
 
 namespace velloren {
 
-std::optional<std::vector<Meeting>> MeetingFetcher::fetchNextMeetingsSortedByDate(bool ascending) const {
-    return SharedInstance<MeetingStore>::get().upcomingMeetings(ascending);
+std::optional<NextMeetings> MeetingFetcher::fetchNextMeetingsSortedByDate(bool ascending,
+                                                                          std::size_t most) const {
+    return SharedInstance<MeetingStore>::get().upcomingMeetings(ascending, most);
 }
 
 } // namespace velloren

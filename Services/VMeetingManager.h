@@ -2,10 +2,20 @@
 
 #include "Services/VModel.h"
 
+#include <cstddef>
 #include <optional>
 #include <vector>
 
 namespace velloren {
+
+/// The first of the upcoming meetings, and how many there are in all; none where they are too many to count
+/// without delay.
+struct NextMeetings {
+    std::vector<Meeting> first;
+    std::optional<std::size_t> count;
+
+    friend bool operator==(const NextMeetings&, const NextMeetings&) = default;
+};
 
 /// The product's local store of meetings, read only. Main thread only.
 class MeetingStore {
@@ -15,16 +25,18 @@ class MeetingStore {
     MeetingStore& operator=(const MeetingStore&) = delete;
     virtual ~MeetingStore() = default;
 
-    /// The upcoming meetings by start, earliest first when `ascending`. Absence means that the store could
-    /// not be read; that answer too comes within 50 ms.
-    [[nodiscard]] virtual std::optional<std::vector<Meeting>> upcomingMeetings(bool ascending) = 0;
+    /// At most `most` of the upcoming meetings by start, earliest first when `ascending`. Absence means that
+    /// the store could not be read; that answer too comes within 50 ms.
+    [[nodiscard]] virtual std::optional<NextMeetings> upcomingMeetings(bool ascending, std::size_t most) = 0;
 };
 
 /// Queries on the local store, which is provided through SharedInstance<MeetingStore>. Main thread only.
 class MeetingFetcher {
   public:
-    /// The user's next meetings by start date. Absence means that the store could not be read.
-    [[nodiscard]] std::optional<std::vector<Meeting>> fetchNextMeetingsSortedByDate(bool ascending) const;
+    /// At most `most` of the user's next meetings by start date. Absence means that the store could not be
+    /// read.
+    [[nodiscard]] std::optional<NextMeetings> fetchNextMeetingsSortedByDate(bool ascending,
+                                                                            std::size_t most) const;
 };
 
 } // namespace velloren

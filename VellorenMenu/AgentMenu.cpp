@@ -37,7 +37,8 @@ void AgentMenu::aboutToShow() {
         list(std::nullopt, Session::LoggedOut);
         return;
     }
-    list(MeetingFetcher().fetchNextMeetingsSortedByDate(true), Session::LoggedIn);
+    const auto next = MeetingFetcher().fetchNextMeetingsSortedByDate(true, mostMeetingsShown);
+    list(next ? FetchedMeetings(next->first) : std::nullopt, Session::LoggedIn);
     if (!VApp(VApp::main).isRunning())
         return;
     fetchFromMainApp(delegate, [this, showing](const FetchedMeetings& meetings) {

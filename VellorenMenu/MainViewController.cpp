@@ -40,6 +40,10 @@ void collapse(ItemView& row) {
     setRow(row, 0, true);
 }
 
+std::string printedCount(std::optional<std::size_t> count) {
+    return count ? std::to_string(*count) : "unknown: too many to count in time";
+}
+
 void bind(ItemView* row, Label* titleLabel) {
     row->titleLabel = titleLabel;
     row->heightConstraint = new LayoutConstraint(*row);
@@ -143,12 +147,11 @@ void MainViewController::fetchThroughDelegate() {
 }
 
 std::optional<std::vector<Meeting>> MainViewController::fetchMeetings() {
-    auto meetings = MeetingFetcher().fetchNextMeetingsSortedByDate(true);
-    Logger::sharedInstance().debug(
-        meetings ? "Fetching from Realm, meetings.count=" + std::to_string(meetings->size())
-                 : std::string("Fetching from Realm failed, returned object is nil"),
-        {unit, "fetchMeetings()"});
-    return meetings;
+    auto next = MeetingFetcher().fetchNextMeetingsSortedByDate(true, mostMeetingsShown);
+    Logger::sharedInstance().debug(next ? "Fetching from Realm, meetings.count=" + printedCount(next->count)
+                                        : std::string("Fetching from Realm failed, returned object is nil"),
+                                   {unit, "fetchMeetings()"});
+    return next ? std::optional(std::move(next->first)) : std::nullopt;
 }
 
 void MainViewController::showNoMeetingsView() {

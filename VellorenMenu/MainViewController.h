@@ -40,7 +40,7 @@ class MainViewController final : public ViewController {
     /// Lays out the meetings; none is laid out like an empty list.
     void loadUpcoming(const std::optional<std::vector<Meeting>>& meetings);
 
-    /// Reads the local store. None when it could not be read.
+    /// Reads the local store for as many meetings as there are rows. None when it could not be read.
     [[nodiscard]] std::optional<std::vector<Meeting>> fetchMeetings();
 
     // The outlets, set from the form; reaching one that is missing stops the process.

@@ -11,8 +11,6 @@ namespace velloren {
 
 namespace {
 
-constexpr std::size_t mostShown = 3;
-
 std::vector<Meeting> meetingsFrom(const std::vector<Dictionary>& dictionaries) {
     std::vector<Meeting> meetings;
     meetings.reserve(dictionaries.size());
@@ -31,7 +29,7 @@ std::vector<Meeting> meetingsFrom(const std::vector<Dictionary>& dictionaries) {
 std::span<const Meeting> shownMeetings(const FetchedMeetings& fetched) {
     if (!fetched)
         return {};
-    return std::span(*fetched).first(std::min(fetched->size(), mostShown));
+    return std::span(*fetched).first(std::min(fetched->size(), mostMeetingsShown));
 }
 
 std::unique_ptr<User> loggedInUser() {

@@ -18,6 +18,8 @@ class MainAppLink;
 /// The answer of the store or the main app; none where that could not tell.
 using FetchedMeetings = std::optional<std::vector<Meeting>>;
 
+inline constexpr std::size_t mostMeetingsShown = 3;
+
 /// Those that show: the first three, in the order in which they came.
 [[nodiscard]] std::span<const Meeting> shownMeetings(const FetchedMeetings& fetched);
 

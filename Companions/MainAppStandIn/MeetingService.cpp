@@ -4,6 +4,8 @@ namespace velloren {
 
 namespace {
 
+constexpr std::size_t mostSent = 10'000; // more than that no agent takes
+
 Dictionary dictionaryOf(const Meeting& meeting) {
     Dictionary dictionary;
     for (const auto& [key, value] : {std::pair("id", &meeting.id), std::pair("title", &meeting.title),
@@ -26,13 +28,13 @@ void MeetingService::createNewMeeting() {
 
 void MeetingService::fetchUpcomingMeetings(MeetingsReply reply) {
     log.add("fetch");
-    const auto meetings = store.upcomingMeetings(true);
-    if (!meetings) {
+    const auto next = store.upcomingMeetings(true, mostSent);
+    if (!next) {
         reply(std::nullopt);
         return;
     }
     std::vector<Dictionary> list;
-    for (const Meeting& meeting : *meetings)
+    for (const Meeting& meeting : next->first)
         list.push_back(dictionaryOf(meeting));
     reply(std::move(list));
 }

@@ -27,6 +27,7 @@ using SteadyClock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds timeLimit(45);
 constexpr std::chrono::milliseconds pauseWhileLocked(1);
 constexpr int stepsBetweenLooksAtTheTime = 1000;
+constexpr std::int64_t mostCounted = 10'000; // takes less than a millisecond
 constexpr int longestValue = 1024 * 1024;
 // The first reader after a crash reads the whole log in one go, without looking at the time.
 constexpr std::uintmax_t largestWriteAheadLog = std::uintmax_t{16} * 1024 * 1024;
@@ -126,23 +127,43 @@ Meeting meetingIn(SQLite::Statement& row) {
 }
 
 // A start that is no number would compare as later than any number.
-std::string queryOrdered(bool ascending) {
-    const std::string direction = ascending ? "ASC" : "DESC";
-    return "SELECT id, title, start_time FROM meeting "
-           "WHERE start_utc >= ? AND typeof(start_utc) IN ('integer', 'real') "
-           "ORDER BY start_utc " +
-           direction + ", id " + direction;
-}
+const std::string upcoming =
+    " FROM meeting WHERE start_utc >= ? AND typeof(start_utc) IN ('integer', 'real') ";
 
-std::vector<Meeting> meetingsIn(const SQLite::Database& database, std::int64_t earliest, bool ascending) {
-    keepDeadline(database.getHandle());
-    distrust(database.getHandle());
-    SQLite::Statement query(database, queryOrdered(ascending));
+std::vector<Meeting> firstIn(const SQLite::Database& database, std::int64_t earliest, bool ascending,
+                             std::size_t most) {
+    const std::string direction = ascending ? "ASC" : "DESC";
+    SQLite::Statement query(database, "SELECT id, title, start_time" + upcoming + "ORDER BY start_utc " +
+                                          direction + ", id " + direction + " LIMIT ?");
     query.bind(1, earliest);
+    query.bind(2, static_cast<std::int64_t>(most));
     std::vector<Meeting> meetings;
     while (query.executeStep())
         meetings.push_back(meetingIn(query));
     return meetings;
+}
+
+std::optional<std::size_t> countIn(const SQLite::Database& database, std::int64_t earliest) {
+    try {
+        SQLite::Statement query(database, "SELECT count(*) FROM (SELECT 1" + upcoming + "LIMIT ?)");
+        query.bind(1, earliest);
+        query.bind(2, mostCounted + 1);
+        if (!query.executeStep() || query.getColumn(0).getInt64() > mostCounted)
+            return std::nullopt;
+        return static_cast<std::size_t>(query.getColumn(0).getInt64());
+    } catch (const SQLite::Exception&) {
+        return std::nullopt;
+    }
+}
+
+NextMeetings meetingsIn(SQLite::Database& database, std::int64_t earliest, bool ascending, std::size_t most) {
+    keepDeadline(database.getHandle());
+    distrust(database.getHandle());
+
+    const SQLite::Transaction bothOfOneMoment(database);
+    NextMeetings next{firstIn(database, earliest, ascending, most), std::nullopt};
+    next.count = next.first.size() < most ? next.first.size() : countIn(database, earliest);
+    return next;
 }
 
 /// Whether nobody writes to the store, and nobody can from here: who writes has an index of the log, which
@@ -171,19 +192,20 @@ SQLite::Database openedAlone(const std::filesystem::path& file) {
     return database;
 }
 
-std::optional<std::vector<Meeting>> meetingsFrom(const std::filesystem::path& file, std::int64_t earliest,
-                                                 bool ascending) {
+std::optional<NextMeetings> meetingsFrom(const std::filesystem::path& file, std::int64_t earliest,
+                                         bool ascending, std::size_t most) {
     deadline = SteadyClock::now() + timeLimit;
     try {
-        const SQLite::Database database(file.c_str(), SQLite::OPEN_READONLY | SQLite::OPEN_NOMUTEX, 0,
-                                        fileSystem(Sharing::Shared));
-        return meetingsIn(database, earliest, ascending);
+        SQLite::Database database(file.c_str(), SQLite::OPEN_READONLY | SQLite::OPEN_NOMUTEX, 0,
+                                  fileSystem(Sharing::Shared));
+        return meetingsIn(database, earliest, ascending, most);
     } catch (const SQLite::Exception& trouble) {
         // On a read-only file system, SQLite cannot share a store that has a log.
         if (trouble.getErrorCode() != SQLITE_CANTOPEN || !isAtRest(file))
             throw;
     }
-    auto meetings = meetingsIn(openedAlone(file), earliest, ascending);
+    SQLite::Database database = openedAlone(file);
+    NextMeetings meetings = meetingsIn(database, earliest, ascending, most);
     return isAtRest(file) ? std::optional(std::move(meetings)) : std::nullopt;
 }
 
@@ -198,12 +220,12 @@ std::unique_ptr<LocalMeetingStore> LocalMeetingStore::ofThisUser() {
                                                       : std::filesystem::path());
 }
 
-std::optional<std::vector<Meeting>> LocalMeetingStore::upcomingMeetings(bool ascending) {
+std::optional<NextMeetings> LocalMeetingStore::upcomingMeetings(bool ascending, std::size_t most) {
     if (!canBeOpened(file))
         return std::nullopt;
     const auto earliest = std::chrono::ceil<std::chrono::seconds>(clock()).time_since_epoch().count();
     try {
-        return meetingsFrom(file, earliest, ascending);
+        return meetingsFrom(file, earliest, ascending, most);
     } catch (const SQLite::Exception&) {
         return std::nullopt;
     }

@@ -28,7 +28,7 @@ class LocalMeetingStore final : public MeetingStore {
     /// The store at its usual place, `meetings.sqlite3` in the product's data folder.
     [[nodiscard]] static std::unique_ptr<LocalMeetingStore> ofThisUser();
 
-    [[nodiscard]] std::optional<std::vector<Meeting>> upcomingMeetings(bool ascending) override;
+    [[nodiscard]] std::optional<NextMeetings> upcomingMeetings(bool ascending, std::size_t most) override;
 
   private:
     static Date systemClock();

@@ -29,12 +29,16 @@ class LocalMeetingStoreTest : public testing::Test {
         return database;
     }
 
-    [[nodiscard]] std::optional<std::vector<std::string>> ids(bool ascending = true) {
-        const auto meetings = store.upcomingMeetings(ascending);
-        if (!meetings)
+    [[nodiscard]] std::optional<NextMeetings> upcoming(bool ascending = true, std::size_t most = 10) {
+        return store.upcomingMeetings(ascending, most);
+    }
+
+    [[nodiscard]] std::optional<std::vector<std::string>> ids(bool ascending = true, std::size_t most = 10) {
+        const auto next = upcoming(ascending, most);
+        if (!next)
             return std::nullopt;
         std::vector<std::string> result;
-        for (const Meeting& meeting : *meetings)
+        for (const Meeting& meeting : next->first)
             result.push_back(meeting.id.value_or("none"));
         return result;
     }
@@ -55,20 +59,35 @@ TEST_F(LocalMeetingStoreTest, ListsByStartThenIdWhatHasNotStarted) {
     EXPECT_THAT(ids(), Optional(ElementsAre("a", "b", "late")));
 }
 
+TEST_F(LocalMeetingStoreTest, GivesTheFirstOfAnyNumberAndCountsThemWhereTheyAreNotTooMany) {
+    writer("CREATE INDEX start ON meeting(start_utc); INSERT INTO meeting WITH RECURSIVE n(i) AS "
+           "(SELECT 0 UNION ALL SELECT i + 1 FROM n LIMIT 100000) SELECT 'm' || i, '', '', i FROM n");
+    using Row = std::tuple<int, std::vector<std::string>, std::optional<std::size_t>>;
+    for (const auto& [second, first, count] :
+         {Row{0, {"m0", "m1", "m2"}, std::nullopt}, Row{90'000, {"m90000", "m90001", "m90002"}, 10'000},
+          Row{99'998, {"m99998", "m99999"}, 2}}) {
+        now = Date(std::chrono::seconds(second));
+        const auto next = upcoming(true, 3);
+        EXPECT_TRUE(next && next->count == count) << second;
+        EXPECT_THAT(ids(true, 3), Optional(first));
+    }
+}
+
 TEST_F(LocalMeetingStoreTest, ReadsTextsAsTheyAreStoredAndNothingElse) {
     writer("INSERT INTO meeting VALUES('m1','K\u00f6ln <b>','2026-03-07T14:05:00+01:00',2000),"
            "(NULL,NULL,NULL,3000),(x'00ff',x'41',x'42',4000),"
            "(CAST(x'61ff' AS TEXT),CAST(x'61ff7a' AS TEXT),CAST(x'ff' AS TEXT),5000)");
-    EXPECT_THAT(store.upcomingMeetings(true),
-                Optional(ElementsAre(
-                    Meeting{.id = "m1", .title = "K\u00f6ln <b>", .startTime = "2026-03-07T14:05:00+01:00"},
-                    Meeting{}, Meeting{}, Meeting{.id = {}, .title = "a\uFFFDz", .startTime = {}})));
+    ASSERT_TRUE(upcoming());
+    EXPECT_THAT(
+        upcoming()->first,
+        ElementsAre(Meeting{.id = "m1", .title = "K\u00f6ln <b>", .startTime = "2026-03-07T14:05:00+01:00"},
+                    Meeting{}, Meeting{}, Meeting{.id = {}, .title = "a\uFFFDz", .startTime = {}}));
 }
 
 TEST_F(LocalMeetingStoreTest, CannotReadAMissingStoreAndDoesNotMakeIt) {
-    EXPECT_EQ(store.upcomingMeetings(true), std::nullopt);
+    EXPECT_EQ(upcoming(), std::nullopt);
     EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
-    EXPECT_EQ(LocalMeetingStore(std::filesystem::path()).upcomingMeetings(true), std::nullopt);
+    EXPECT_EQ(LocalMeetingStore(std::filesystem::path()).upcomingMeetings(true, 3), std::nullopt);
 }
 
 TEST_F(LocalMeetingStoreTest, CannotReadWhatIsNoStoreOrIsLockedDamagedOrUnreasonable) {
@@ -126,7 +145,7 @@ TEST_F(LocalMeetingStoreTest, CannotReadWhatIsNoStoreOrIsLockedDamagedOrUnreason
         writer("INSERT INTO meeting VALUES('m','','',2000)");
         ASSERT_THAT(ids(), Optional(ElementsAre("m"))) << name;
         make();
-        EXPECT_EQ(store.upcomingMeetings(true), std::nullopt) << name;
+        EXPECT_EQ(upcoming(), std::nullopt) << name;
         holder.reset();
         for (const char* suffix : {"", "-journal", "-wal", "-shm"})
             std::filesystem::remove(file.string() + suffix);
@@ -165,8 +184,7 @@ TEST_F(LocalMeetingStoreTest, ReadsWhileTheMainAppWritesAndWhatItLeavesInItsLogW
     const std::filesystem::path left = directory / "left.sqlite3";
     for (const char* suffix : {"", "-wal"})
         std::filesystem::copy_file(file.string() + suffix, left.string() + suffix);
-    EXPECT_EQ(LocalMeetingStore(left, [this] { return now; }).upcomingMeetings(true),
-              store.upcomingMeetings(true));
+    EXPECT_EQ(LocalMeetingStore(left, [this] { return now; }).upcomingMeetings(true, 10), upcoming());
 }
 
 } // namespace

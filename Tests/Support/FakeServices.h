@@ -7,6 +7,8 @@
 #include "Services/VUserManager.h"
 #include "Tests/Support/Installable.h"
 
+#include <algorithm>
+
 namespace velloren {
 
 class FakeMeetingStore final : public Installable<FakeMeetingStore, MeetingStore> {
@@ -14,9 +16,15 @@ class FakeMeetingStore final : public Installable<FakeMeetingStore, MeetingStore
     std::optional<std::vector<Meeting>> meetings = std::vector<Meeting>();
     std::vector<bool> queries; ///< whether each asked for ascending order
 
-    std::optional<std::vector<Meeting>> upcomingMeetings(bool ascending) override {
+    bool counts = true; ///< else there are too many
+
+    std::optional<NextMeetings> upcomingMeetings(bool ascending, std::size_t most) override {
         queries.push_back(ascending);
-        return meetings;
+        if (!meetings)
+            return std::nullopt;
+        const std::size_t size = meetings->size();
+        const auto end = meetings->begin() + std::ptrdiff_t(std::min(most, size));
+        return NextMeetings{{meetings->begin(), end}, counts ? std::optional(size) : std::nullopt};
     }
 };
 

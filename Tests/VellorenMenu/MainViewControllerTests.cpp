@@ -73,6 +73,9 @@ TEST_F(MainViewControllerTest, ListsTheFirstThreeOfTheStoreWhileTheMainAppIsOff)
     EXPECT_EQ(log.numberedLines.at(1),
               unit + ":47 viewWillAppear() Velloren Menu: user currently logged in main app <User ada>");
     EXPECT_EQ(log.lines.at(2), unit + " fetchMeetings() Fetching from Realm, meetings.count=5");
+    store.counts = false;
+    appear();
+    EXPECT_EQ(log.messages.back(), "Fetching from Realm, meetings.count=unknown: too many to count in time");
 }
 
 TEST_F(MainViewControllerTest, CollapsesTheRowsThatHaveNoMeeting) {
