@@ -39,8 +39,14 @@ QImage surroundingsOf(QSize bubble, double pixelsPerPoint) {
     QImage image((size * pixelsPerPoint).toSize(), QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(pixelsPerPoint);
     const int corner = int(std::ceil((popoverShadowMargin + radius) * pixelsPerPoint));
+    // Between them all rows are alike.
+    const int ends = int(std::ceil((popoverShadowMargin + lightOffset + radius) * pixelsPerPoint));
     for (int y = 0; y < image.height(); ++y) {
         auto* const line = reinterpret_cast<QRgb*>(image.scanLine(y));
+        if (y > ends && y < image.height() - ends) {
+            std::copy_n(line - image.width(), image.width(), line);
+            continue;
+        }
         const double top = (y + 0.5) / pixelsPerPoint - popoverShadowMargin;
         const auto pixelAt = [&](double across) {
             return blackAt(distance(across, top - lightOffset, bubble.height()),
