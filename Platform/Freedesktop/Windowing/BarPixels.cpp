@@ -10,6 +10,7 @@
 #include <xcb/xcb.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 #include <vector>
@@ -50,12 +51,19 @@ QImage shownAround(QPoint icon, const QRect& bar) {
     return imageOf(screen().root, length(before) > length(after) ? before : after);
 }
 
+std::array<double, 256> linearComponents() {
+    std::array<double, 256> linear{};
+    for (std::size_t component = 0; component < linear.size(); ++component) {
+        const double value = double(component) / 255.0;
+        linear[component] = value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    }
+    return linear;
+}
+
 double luminanceOf(QRgb color) {
-    const auto linear = [](int component) {
-        const double value = component / 255.0;
-        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(qRed(color)) + 0.7152 * linear(qGreen(color)) + 0.0722 * linear(qBlue(color));
+    static const std::array<double, 256> linear = linearComponents();
+    const auto part = [](double share, int component) { return share * linear[std::size_t(component)]; };
+    return part(0.2126, qRed(color)) + part(0.7152, qGreen(color)) + part(0.0722, qBlue(color));
 }
 
 } // namespace
