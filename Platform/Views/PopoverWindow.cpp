@@ -194,6 +194,10 @@ void PopoverWindow::keyPressEvent(QKeyEvent* event) {
         if (auto* button = qobject_cast<QAbstractButton*>(focusWidget()))
             button->click();
         return;
+    case Qt::Key_Down:
+    case Qt::Key_Up: // a button with the focus sees to them itself
+        focusNextPrevChild(event->key() == Qt::Key_Down);
+        return;
     default:
         Window::keyPressEvent(event);
     }

@@ -39,7 +39,7 @@ class PopoverFrameView final : public View {
 };
 
 /// The window of one showing of a popover. It follows the size that its content asks for. Its controls are
-/// reached by Tab and work by Return as well as by Space; Escape asks for it to be closed.
+/// reached by Tab or the arrow keys and work by Return as well as by Space; Escape asks for it to be closed.
 class PopoverWindow final : public Window {
     Q_OBJECT
 

@@ -9,11 +9,11 @@ namespace {
 
 class Keyboard : public MenuAgentTest {
   protected:
-    void openPopoverAndPressTab(int times) {
+    void openPopoverAndPress(const char* key, int times) {
         openPopover();
         ASSERT_TRUE(popoverGetsKeys());
         for (int press = 0; press < times; ++press)
-            desktop.type("Tab");
+            desktop.type(key);
     }
 };
 
@@ -42,10 +42,10 @@ TEST_F(Keyboard, GoesThroughThePopoverFromTopToBottom) {
     startAgent();
 
     std::vector<std::string> expected;
-    for (const auto& [tabs, key, request] :
-         {std::tuple(1, "Return", "open demo-1"), std::tuple(3, "space", "open demo-3"),
-          std::tuple(4, "Return", "create")}) {
-        openPopoverAndPressTab(tabs);
+    for (const auto& [step, times, key, request] :
+         {std::tuple("Tab", 1, "Return", "open demo-1"), std::tuple("Down", 3, "space", "open demo-3"),
+          std::tuple("Up", 2, "Return", "create")}) {
+        openPopoverAndPress(step, times);
         EXPECT_TRUE(closesWithin([this, key = key] { desktop.type(key); }));
         expected.emplace_back(request);
         expectRequests(expected);
@@ -54,7 +54,7 @@ TEST_F(Keyboard, GoesThroughThePopoverFromTopToBottom) {
 
 TEST_F(Keyboard, ClosesThePopoverWithEscapeAndOpensItsMenuWithSpace) {
     startAgent();
-    openPopoverAndPressTab(5);
+    openPopoverAndPress("Tab", 5);
     desktop.type("space");
     EXPECT_TRUE(desktop.waitUntil([this] { return desktop.menu().has_value(); }));
     desktop.type("Escape");
