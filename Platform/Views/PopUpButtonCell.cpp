@@ -36,8 +36,9 @@ void PopUpButtonCell::performClickWithFrame(const QRect& frame, QWidget& view) {
     const QRect onScreen(view.mapToGlobal(frame.topLeft()), frame.size());
     const QMargins shadow = shownMenu->contentsMargins();
     const QSize size = shownMenu->sizeHint().shrunkBy(shadow);
-    shownMenu->exec(menuCorner(onScreen, size, edge, view.screen()->availableGeometry()) -
-                    QPoint(shadow.left(), shadow.top()));
+    // With its shadow: Qt moves what reaches over the edge of the screen, and that is onto the button.
+    const QRect room = view.screen()->availableGeometry().marginsRemoved(shadow);
+    shownMenu->exec(menuCorner(onScreen, size, edge, room) - QPoint(shadow.left(), shadow.top()));
 }
 
 } // namespace velloren
