@@ -1,4 +1,5 @@
 #include "Benchmarks/ItemWatcher.h"
+#include "Benchmarks/MeetingStores.h"
 #include "Benchmarks/ScreenProbe.h"
 #include "Benchmarks/WakeUps.h"
 #include "Platform/Foundation/FatalError.h"
@@ -6,15 +7,17 @@
 #include "Tests/Support/VirtualDesktop.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <map>
 #include <thread>
 #include <vector>
 
 /// Measures the agent against the least that a Qt program with an icon can be, in pairs of runs on a desktop
 /// of their own: start-up until the item registers, private memory, wake-ups while idle, and the time from a
-/// click on the icon until the popover is painted.
+/// click on the icon until the popover is painted, the very first one and later ones, with several stores.
 namespace {
 
 using namespace velloren;
@@ -23,6 +26,8 @@ using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr int pairs = 15;
+constexpr int rounds = 5;
+constexpr int clicksOfRound = 5;
 constexpr auto settling = 2s;
 constexpr auto idle = 30s;
 constexpr std::uint32_t popoverGrey = 0xececec;
@@ -30,10 +35,14 @@ constexpr QPoint popoverPixel = VirtualDesktop::icon + QPoint(0, 28);
 
 const std::string binaries = VELLOREN_BINARIES;
 
+using Kind = MeetingStores::Kind;
+
 struct Figures {
-    std::vector<double> startUp; ///< milliseconds
-    std::vector<double> memory;  ///< KiB
-    std::vector<double> click;   ///< milliseconds
+    std::vector<double> startUp;           ///< milliseconds
+    std::vector<double> memory;            ///< KiB
+    std::vector<double> memoryBesidePanel; ///< KiB, where a panel has asked for the icon and its menu
+    std::map<Kind, std::vector<double>> firstClick; ///< milliseconds
+    std::map<Kind, std::vector<double>> laterClick; ///< milliseconds
     long wakeUps = 0;
 };
 
@@ -58,7 +67,8 @@ void measureStart(VirtualDesktop& desktop, ItemWatcher& watcher, const std::stri
     end(*process);
 }
 
-void measureClick(ScreenProbe& probe, Figures& figures) {
+/// Milliseconds from a click until the popover is painted; it is closed again afterwards.
+double measureClick(ScreenProbe& probe) {
     const auto isShown = [&] { return probe.colorAt(popoverPixel.x(), popoverPixel.y()) == popoverGrey; };
     const auto start = Clock::now();
     probe.click();
@@ -66,36 +76,66 @@ void measureClick(ScreenProbe& probe, Figures& figures) {
         if (Clock::now() - start > 10s)
             fatalError("nothing was painted after a click");
     }
-    figures.click.push_back(Milliseconds(Clock::now() - start).count());
+    const double taken = Milliseconds(Clock::now() - start).count();
     std::this_thread::sleep_for(300ms);
     probe.click();
     while (isShown())
         std::this_thread::sleep_for(10ms);
     std::this_thread::sleep_for(300ms);
+    return taken;
 }
 
-void measureRunning(VirtualDesktop& desktop, ScreenProbe& probe, const std::string& program,
-                    Figures& figures) {
-    const auto process = desktop.start(binaries + "/" + program);
-    VirtualDesktop::waitUntil([&] { return desktop.itemCount() == 1; });
-    probe.moveTo(VirtualDesktop::icon.x(), VirtualDesktop::icon.y());
+/// A program beside the panel, for as long as this lives.
+class Running {
+  public:
+    Running(VirtualDesktop& desktop, ScreenProbe& probe, const std::string& program)
+        : desktop(desktop), process(desktop.start(binaries + "/" + program)) {
+        VirtualDesktop::waitUntil([&] { return desktop.itemCount() == 1; });
+        probe.moveTo(VirtualDesktop::icon.x(), VirtualDesktop::icon.y());
+        std::this_thread::sleep_for(settling);
+    }
+
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+    ~Running() {
+        end(*process);
+        VirtualDesktop::waitUntil([&] { return desktop.itemCount() == 0; });
+    }
+
+    [[nodiscard]] pid_t pid() const { return process->pid(); }
+
+  private:
+    VirtualDesktop& desktop;
+    std::unique_ptr<Process> process;
+};
+
+void measureFirstClick(VirtualDesktop& desktop, ScreenProbe& probe, const std::string& program, Kind kind,
+                       Figures& figures) {
+    const Running running(desktop, probe, program);
+    figures.memoryBesidePanel.push_back(double(privateMemoryOf(running.pid())));
+    figures.firstClick[kind].push_back(measureClick(probe));
+}
+
+void measureLaterClicks(VirtualDesktop& desktop, ScreenProbe& probe, const std::string& program,
+                        const MeetingStores& stores, Figures& figures) {
+    const Running running(desktop, probe, program);
+    measureClick(probe);
+    for (int count = 0; count < clicksOfRound; ++count) {
+        for (const Kind kind : {Kind::Latin, Kind::OtherScripts, Kind::ManyUpcoming, Kind::ManyPast}) {
+            stores.use(kind);
+            figures.laterClick[kind].push_back(measureClick(probe));
+        }
+    }
+}
+
+void measureIdle(VirtualDesktop& desktop, ScreenProbe& probe, const std::string& program, Figures& figures) {
+    const Running running(desktop, probe, program);
+    measureClick(probe);
     std::this_thread::sleep_for(settling);
-    for (int count = 0; count < pairs; ++count)
-        measureClick(probe, figures);
-    const VoluntarySwitches before = voluntarySwitchesOf(process->pid());
+    const VoluntarySwitches before = voluntarySwitchesOf(running.pid());
     std::this_thread::sleep_for(idle);
-    figures.wakeUps = wakeUpsBetween(before, voluntarySwitchesOf(process->pid()));
-    end(*process);
-    VirtualDesktop::waitUntil([&] { return desktop.itemCount() == 0; });
-}
-
-/// The first click has to load fonts and much else that the later ones find.
-std::vector<double> firstOf(const std::vector<double>& clicks) {
-    return {clicks.at(0)};
-}
-
-std::vector<double> laterOf(const std::vector<double>& clicks) {
-    return {clicks.begin() + 1, clicks.end()};
+    figures.wakeUps = wakeUpsBetween(before, voluntarySwitchesOf(running.pid()));
 }
 
 void print(const char* what, const char* unit, const std::vector<double>& agent,
@@ -103,7 +143,7 @@ void print(const char* what, const char* unit, const std::vector<double>& agent,
     std::vector<double> ratios;
     for (std::size_t run = 0; run < std::min(agent.size(), minimal.size()); ++run)
         ratios.push_back(agent[run] / minimal[run]);
-    std::printf("%-34s %9.1f %s %9.1f %s %9.2f\n", what, median(agent), unit, median(minimal), unit,
+    std::printf("%-42s %9.1f %s %9.1f %s %9.2f\n", what, median(agent), unit, median(minimal), unit,
                 median(ratios));
 }
 
@@ -112,24 +152,42 @@ void print(const char* what, const char* unit, const std::vector<double>& agent,
 int main() {
     VirtualDesktop desktop;
     desktop.bus().addService("com.velloren.velloren-mac.agent", binaries + "/velloren-agent");
-    desktop.start(binaries + "/velloren-main", {"--make-demonstration-store"})->wait();
+    const MeetingStores stores;
 
     Figures agent;
     Figures minimal;
+    const std::array programs{std::pair("velloren-menu", &agent), std::pair("minimal-tray", &minimal)};
     ScreenProbe probe;
-    measureRunning(desktop, probe, "velloren-menu", agent);
-    measureRunning(desktop, probe, "minimal-tray", minimal);
+    for (int round = 0; round < rounds; ++round) {
+        for (const Kind kind : {Kind::Latin, Kind::OtherScripts}) {
+            stores.use(kind);
+            for (const auto& [program, figures] : programs)
+                measureFirstClick(desktop, probe, program, kind, *figures);
+        }
+        for (const auto& [program, figures] : programs)
+            measureLaterClicks(desktop, probe, program, stores, *figures);
+    }
+    for (const auto& [program, figures] : programs)
+        measureIdle(desktop, probe, program, *figures);
     desktop.stopPanel();
     ItemWatcher watcher;
     for (int count = 0; count < pairs; ++count) {
-        measureStart(desktop, watcher, "velloren-menu", agent);
-        measureStart(desktop, watcher, "minimal-tray", minimal);
+        for (const auto& [program, figures] : programs)
+            measureStart(desktop, watcher, program, *figures);
     }
 
-    std::printf("%-34s %12s %12s %9s\n", "medians of pairs", "agent", "minimal", "ratio");
+    std::printf("%-42s %12s %12s %9s\n", "medians of pairs", "agent", "minimal", "ratio");
     print("start-up to the registered item", "ms ", agent.startUp, minimal.startUp);
     print("private memory", "KiB", agent.memory, minimal.memory);
-    print("first click to painted popover", "ms ", firstOf(agent.click), firstOf(minimal.click));
-    print("later clicks to painted popover", "ms ", laterOf(agent.click), laterOf(minimal.click));
-    std::printf("%-34s %9ld     %9ld\n", "wake-ups in 30 idle seconds", agent.wakeUps, minimal.wakeUps);
+    print("private memory beside a panel", "KiB", agent.memoryBesidePanel, minimal.memoryBesidePanel);
+    const auto printClick = [&](const char* what, auto clicks, Kind kind) {
+        print(what, "ms ", (agent.*clicks)[kind], (minimal.*clicks)[kind]);
+    };
+    printClick("first click, three Latin titles", &Figures::firstClick, Kind::Latin);
+    printClick("first click, Chinese, Arabic and emoji", &Figures::firstClick, Kind::OtherScripts);
+    printClick("later click, three Latin titles", &Figures::laterClick, Kind::Latin);
+    printClick("later click, Chinese, Arabic and emoji", &Figures::laterClick, Kind::OtherScripts);
+    printClick("later click, a million upcoming meetings", &Figures::laterClick, Kind::ManyUpcoming);
+    printClick("later click, a million past meetings", &Figures::laterClick, Kind::ManyPast);
+    std::printf("%-42s %9ld     %9ld\n", "wake-ups in 30 idle seconds", agent.wakeUps, minimal.wakeUps);
 }
