@@ -27,6 +27,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <malloc.h>
 #include <optional>
 #include <string>
 
@@ -69,6 +70,18 @@ class ProcessServices {
         return folder ? *folder / (VApp(VApp::menu).bundleIdentifier() + ".ini") : std::filesystem::path();
     }
 };
+
+/// The agent does next to nothing most of the time: little memory is worth more than threads that need not
+/// wait for one another's allocations.
+void shareOneArena() {
+    mallopt(M_ARENA_MAX, 1);
+}
+
+/// Once the bar has asked for what it shows and was looked at for the last time: starting takes more memory
+/// than running.
+void giveBackWhatStartingTook() {
+    RunLoop::main().postAfter(RunLoop::Seconds(4), [] { malloc_trim(0); });
+}
 
 int fail(const char* reason) {
     writeToStandardError(std::string("velloren-menu: ") + reason + "\n");
@@ -145,12 +158,14 @@ int runAgent(TerminationSignals& signals, SessionDisplay display, StartedBy star
     application.setDelegate(&delegate);
     signals.setHandler([&application](const std::string& sender) { application.terminate(sender); });
     const DesktopSettings settings(bus, [&delegate] { delegate.icon().setNeedsDisplay(); });
+    giveBackWhatStartingTook();
     return application.run();
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+    shareOneArena();
     TerminationSignals signals;
     std::signal(SIGPIPE, SIG_IGN); // nobody may read standard error any more
     neverWaitForStandardError();
