@@ -29,6 +29,7 @@ constexpr int pairs = 15;
 constexpr int rounds = 5;
 constexpr int clicksOfRound = 5;
 constexpr auto settling = 2s;
+constexpr auto settled = 6s; // what starting took was given back by then
 constexpr auto idle = 30s;
 constexpr std::uint32_t popoverGrey = 0xececec;
 constexpr QPoint popoverPixel = VirtualDesktop::icon + QPoint(0, 28);
@@ -62,7 +63,7 @@ void measureStart(VirtualDesktop& desktop, ItemWatcher& watcher, const std::stri
     const auto process = desktop.start(binaries + "/" + program);
     watcher.waitForItem();
     figures.startUp.push_back(Milliseconds(Clock::now() - start).count());
-    std::this_thread::sleep_for(settling);
+    std::this_thread::sleep_for(settled);
     figures.memory.push_back(double(privateMemoryOf(process->pid())));
     end(*process);
 }
@@ -113,6 +114,7 @@ class Running {
 void measureFirstClick(VirtualDesktop& desktop, ScreenProbe& probe, const std::string& program, Kind kind,
                        Figures& figures) {
     const Running running(desktop, probe, program);
+    std::this_thread::sleep_for(settled);
     figures.memoryBesidePanel.push_back(double(privateMemoryOf(running.pid())));
     figures.firstClick[kind].push_back(measureClick(probe));
 }
