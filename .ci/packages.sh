@@ -18,6 +18,16 @@ test_packages=(
     libxcb-xtest0-dev python3-gi qt6-wayland sway tint2 trayer waybar xdg-utils
 )
 
+# The desktops that the agent is tried on: those of few packages, and those of many.
+light_desktop_packages=(
+    i3-wm i3status lxqt-panel lxqt-themes marco mate-panel mate-settings-daemon-common openbox sway
+    tigervnc-standalone-server tint2 trayer waybar x11-xserver-utils xfconf xwayland
+)
+heavy_desktop_packages=(
+    cinnamon gnome-shell gnome-shell-extension-appindicator kwin-x11 plasma-desktop plasma-workspace
+    xapp-sn-watcher
+)
+
 packaging_packages=(
     appstream desktop-file-utils dpkg-dev file lintian
 )

@@ -10,7 +10,7 @@
 
 namespace velloren {
 
-VirtualScreen::VirtualScreen() {
+VirtualScreen::VirtualScreen(Screens screens) {
     // The bus hands its own environment to what it starts, so that has to be there first.
     const std::filesystem::path folder = home.path();
     for (const auto& [name, below] :
@@ -26,7 +26,7 @@ VirtualScreen::VirtualScreen() {
         setVariable(name, std::nullopt);
     setVariable("LANG", "C.UTF-8");
     setVariable("NO_AT_BRIDGE", "1");
-    startDisplay();
+    startDisplay(screens);
     sessionBus = std::make_unique<PrivateBus>();
 }
 
@@ -39,17 +39,30 @@ void VirtualScreen::require(const std::function<bool()>& isThere, const char* wh
         fatalError(std::string("the desktop in memory has no ") + what + "\n" + part.output());
 }
 
-void VirtualScreen::startDisplay() {
+void VirtualScreen::startDisplay(Screens screens) {
     const auto numberFile = home / "number";
-    const std::string size = std::to_string(width) + "x" + std::to_string(height) + "x24";
+    const std::string socket = home / "screens";
+    const auto size = [](int columns) { return std::to_string(columns) + "x" + std::to_string(height); };
+    const std::string server = screens == Screens::One
+                                   ? "Xvfb -nolisten tcp -noreset -screen 0 " + size(width) + "x24"
+                                   // Toolkits do not see what is made of Xvfb's only screen.
+                                   : "Xtigervnc -nolisten tcp -noreset -SecurityTypes None -rfbport -1 "
+                                     "-rfbunixpath " +
+                                         socket + " -geometry " + size(2 * width);
     const std::vector<std::string> command{"sh", "-c",
-                                           "exec Xvfb -displayfd 3 -nolisten tcp -noreset -screen 0 " + size +
-                                               " 3>" + numberFile.string()};
-    display = std::make_unique<Process>(command, Process::Environment(), home / "Xvfb");
+                                           "exec " + server + " -displayfd 3 3>" + numberFile.string()};
+    display = std::make_unique<Process>(command, Process::Environment(), home / "X");
     std::string number;
     require([&] { return static_cast<bool>(std::getline(std::ifstream(numberFile), number)); }, "X server",
             *display);
     setVariable("DISPLAY", ":" + number);
+    if (screens == Screens::TwoSideBySide)
+        require(
+            [&] {
+                return run({"python3", SPLIT_SCREEN, socket, std::to_string(width),
+                            std::to_string(height)}) == 0;
+            },
+            "second screen", *display);
 }
 
 std::unique_ptr<Process> VirtualScreen::start(const std::string& name,
@@ -85,7 +98,7 @@ void VirtualScreen::type(const std::string& key) const {
 
 QImage VirtualScreen::screen() const {
     const TemporaryDirectory temporary;
-    const auto file = temporary / "screen.png";
+    const auto file = temporary / "screen.bmp";
     run({"import", "-window", "root", file.string()});
     return QImage(QString::fromStdString(file.string()));
 }

@@ -16,6 +16,9 @@
 
 namespace velloren {
 
+/// How many screens of `VirtualScreen`'s size the X server has.
+enum class Screens { One, TwoSideBySide };
+
 /// An X server in memory and a session bus, the test's own. They are what this process's environment names
 /// for as long as this lives; the product's folders are fresh ones.
 class VirtualScreen {
@@ -23,7 +26,7 @@ class VirtualScreen {
     static constexpr int width = 1280;
     static constexpr int height = 800;
 
-    VirtualScreen();
+    explicit VirtualScreen(Screens screens = Screens::One);
     VirtualScreen(const VirtualScreen&) = delete;
     VirtualScreen& operator=(const VirtualScreen&) = delete;
 
@@ -58,7 +61,7 @@ class VirtualScreen {
     TemporaryDirectory home;
 
   private:
-    void startDisplay();
+    void startDisplay(Screens screens);
 
     std::vector<std::unique_ptr<EnvironmentVariable>> environment;
     std::unique_ptr<Process> display;
