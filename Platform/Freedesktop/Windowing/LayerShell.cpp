@@ -103,6 +103,10 @@ void WaylandRelease::operator()(wl_registry* registry) const {
     wl_registry_destroy(registry);
 }
 
+void WaylandRelease::operator()(wl_seat* seat) const {
+    wl_seat_destroy(seat);
+}
+
 void WaylandRelease::operator()(wl_shm* memory) const {
     wl_shm_destroy(memory);
 }
@@ -163,6 +167,11 @@ LayerShell::LayerShell() : registry(wl_display_get_registry(displayOfQt())) {
 LayerShell::~LayerShell() = default;
 
 void LayerShell::bind(std::uint32_t name, std::string_view interface, std::uint32_t version) {
+    static constexpr wl_seat_listener seatListener{[](void* self, wl_seat*, std::uint32_t capabilities) {
+                                                       static_cast<LayerShell*>(self)->pointerThere =
+                                                           capabilities & WL_SEAT_CAPABILITY_POINTER;
+                                                   },
+                                                   nullptr}; // of later versions
     const auto take = [&]<class Object>(WaylandOwned<Object>& global, const wl_interface& wanted,
                                         std::uint32_t oldest, std::uint32_t newest) {
         if (interface != wanted.name || version < oldest)
@@ -172,8 +181,11 @@ void LayerShell::bind(std::uint32_t name, std::string_view interface, std::uint3
     };
     take(compositor, wl_compositor_interface, 3, 4);
     take(memory, wl_shm_interface, 1, 1);
+    take(seat, wl_seat_interface, 1, 1);
     take(viewporter, wp_viewporter_interface, 1, 1);
     take(shell, zwlr_layer_shell_v1_interface, oldestLayerShell, keyboardOnDemandSince);
+    if (interface == nameOf(wl_seat_interface))
+        wl_seat_add_listener(seat.get(), &seatListener, this);
 }
 
 WaylandOwned<wl_surface> LayerShell::newSurface() const {

@@ -13,6 +13,7 @@ struct wl_buffer;
 struct wl_compositor;
 struct wl_display;
 struct wl_registry;
+struct wl_seat;
 struct wl_shm;
 struct wl_surface;
 struct wp_viewport;
@@ -28,6 +29,7 @@ struct WaylandRelease {
     void operator()(wl_compositor* compositor) const;
     void operator()(wl_display* display) const;
     void operator()(wl_registry* registry) const;
+    void operator()(wl_seat* seat) const;
     void operator()(wl_shm* memory) const;
     void operator()(wl_surface* surface) const;
     void operator()(wp_viewport* viewport) const;
@@ -55,6 +57,9 @@ class LayerShell final {
     /// Whether the compositor has told of all that is needed here; it does so soon after the start.
     [[nodiscard]] bool isReady() const { return compositor && memory && shell; }
 
+    /// Whether the user has a pointer, which is then over one of the surfaces that cover all screens.
+    [[nodiscard]] bool hasPointer() const { return pointerThere; }
+
     [[nodiscard]] zwlr_layer_shell_v1* layerShell() const { return shell.get(); }
 
     /// A surface that is not one of Qt's.
@@ -72,9 +77,11 @@ class LayerShell final {
 
     WaylandOwned<wl_registry> registry;
     WaylandOwned<wl_compositor> compositor;
+    WaylandOwned<wl_seat> seat;
     WaylandOwned<wl_shm> memory;
     WaylandOwned<wp_viewporter> viewporter;
     WaylandOwned<zwlr_layer_shell_v1> shell;
+    bool pointerThere = false;
 };
 
 /// The surface of a window whose flags have Qt::BypassWindowManagerHint, which Qt leaves without a role.

@@ -18,8 +18,11 @@ namespace velloren {
 
 namespace {
 
-// Compositors answer within a frame or two; a seat without a pointer never says where it is.
-constexpr std::chrono::milliseconds longestLook{1000}; // compositors take a frame or two
+// Compositors answer within a frame or two, on a busy machine much later. Without the pointer's place the
+// host's number counts, and some hosts tell one within the icon. A seat without a pointer never says where it
+// is.
+constexpr std::chrono::milliseconds patienceWithPointer{10000};
+constexpr std::chrono::milliseconds patienceWithoutPointer{1000};
 
 constexpr QSize iconSize(28, 22);
 
@@ -41,7 +44,6 @@ struct LayerWindowServer::ScreenView {
 
 LayerWindowServer::LayerWindowServer() {
     patience.setSingleShot(true);
-    patience.setInterval(longestLook);
     connect(&patience, &QTimer::timeout, this, &LayerWindowServer::answer);
 }
 
@@ -63,7 +65,7 @@ void LayerWindowServer::findSite(QWidget& window, const QRect& anchor, SiteHandl
         for (QScreen* screen : QGuiApplication::screens())
             lookAtScreen(*screen);
     }
-    patience.start();
+    patience.start(shell.hasPointer() ? patienceWithPointer : patienceWithoutPointer);
     answerWhenKnown();
 }
 
