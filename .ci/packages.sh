@@ -15,13 +15,13 @@ desktop_packages=(
 
 test_packages=(
     at-spi2-core clang-format clang-tidy gir1.2-atspi-2.0 gir1.2-glib-2.0 libbenchmark-dev libgmock-dev libgtest-dev
-    libxcb-xtest0-dev python3-gi qt6-wayland sway tint2 trayer waybar xdg-utils
+    libxcb-xtest0-dev python3-gi trayer xdg-utils
 )
 
 # The desktops that the agent is tried on: those of few packages, and those of many.
 light_desktop_packages=(
-    i3-wm i3status lxqt-panel lxqt-themes marco mate-panel mate-settings-daemon-common openbox sway
-    tigervnc-standalone-server tint2 trayer waybar x11-xserver-utils xfconf xwayland
+    i3-wm i3status lxqt-panel lxqt-themes marco mate-panel mate-settings-daemon-common openbox qt6-wayland sway
+    tigervnc-standalone-server tint2 waybar x11-xserver-utils xfconf xwayland
 )
 heavy_desktop_packages=(
     cinnamon gnome-shell gnome-shell-extension-appindicator kwin-x11 plasma-desktop plasma-workspace

@@ -61,24 +61,4 @@ TEST_F(ActionMenuOnPanel, LeavesThePopoverOpenWhenAClickDismissesIt) {
     EXPECT_FALSE(std::filesystem::exists(openedFile()));
 }
 
-TEST_F(ActionMenuOnPanel, IsInThePanelsOwnMenuOfTheIconAsWellBelowTheMeetings) {
-    installMainApp();
-    const auto panelMenuShows = [this] {
-        constexpr QPoint belowIcon = VirtualDesktop::icon + QPoint(-40, 45);
-        return !desktop.popover() && desktop.screen().pixelColor(belowIcon) != Qt::black;
-    };
-    const auto chooseWith = [&](const char* key) {
-        desktop.click(VirtualDesktop::icon, 3);
-        EXPECT_TRUE(desktop.waitUntil(panelMenuShows)) << "in the place of the popover";
-        desktop.type(key);
-        desktop.type("Return");
-        EXPECT_TRUE(desktop.waitUntil([&] { return !panelMenuShows(); }));
-    };
-    chooseWith("Down");
-    expectRequests({"open demo-1"});
-    openPopover();
-    chooseWith("Up");
-    EXPECT_EQ(agent->wait(), 0);
-}
-
 } // namespace velloren

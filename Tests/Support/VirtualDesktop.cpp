@@ -3,63 +3,15 @@
 #include <QRegularExpression>
 #include <QString>
 
-#include <csignal>
-#include <fstream>
-
 namespace velloren {
 
-namespace {
-
-constexpr auto panelSettings = R"(<?xml version="1.0" encoding="UTF-8"?>
-<channel name="xfce4-panel" version="1.0">
-  <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array"><value type="int" value="1"/>
-    <property name="panel-1" type="empty">
-      <property name="position" type="string" value="p=6;x=0;y=0"/>
-      <property name="position-locked" type="bool" value="true"/>
-      <property name="length" type="uint" value="100"/>
-      <property name="size" type="uint" value="30"/>
-      <property name="icon-size" type="uint" value="22"/>
-      <property name="plugin-ids" type="array">
-        <value type="int" value="1"/><value type="int" value="2"/><value type="int" value="3"/></property>
-    </property>
-  </property>
-  <property name="plugins" type="empty">
-    <property name="plugin-1" type="string" value="separator">
-      <property name="expand" type="bool" value="true"/></property>
-    <property name="plugin-2" type="string" value="systray">
-      <property name="square-icons" type="bool" value="true"/></property>
-    <property name="plugin-3" type="string" value="separator"/>
-  </property>
-</channel>
-)";
-
-} // namespace
-
-VirtualDesktop::VirtualDesktop() {
-    const std::filesystem::path settings = home / "config/xfce4/xfconf/xfce-perchannel-xml";
-    std::filesystem::create_directories(settings);
-    std::ofstream(settings / "xfce4-panel.xml") << panelSettings;
-    windowManager = start("xfwm4", {"--compositor=on"});
-    require(
-        [this] {
-            std::string answer;
-            run({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}, &answer);
-            return answer.find("window id") != std::string::npos;
-        },
-        "window manager", *windowManager);
-    startPanel();
-}
-
-void VirtualDesktop::startPanel() {
-    panel = start("xfce4-panel", {"--disable-wm-check"});
-    require([this] { return hasTray(); }, "panel", *panel);
+VirtualDesktop::VirtualDesktop() : HostDesktop("xfce") {
+    startBar();
 }
 
 void VirtualDesktop::stopPanel() {
-    panel->signal(SIGKILL);
-    panel->wait();
-    require([this] { return !hasTray(); }, "end of its panel", *panel);
+    stopBar();
+    waitUntil([this] { return !hasTray(); });
 }
 
 bool VirtualDesktop::hasTray() const {
@@ -107,14 +59,6 @@ bool VirtualDesktop::isViewable(const std::string& window) const {
     std::string state;
     run({"xwininfo", "-id", window, "-stats"}, &state);
     return state.find("IsViewable") != std::string::npos;
-}
-
-bool VirtualDesktop::isHighlight(QColor color) {
-    return color.blue() > 200 && color.red() < 100; // the panel blends it a little
-}
-
-bool VirtualDesktop::iconIsHighlighted() const {
-    return isHighlight(screen().pixelColor(icon - aboveGlyph));
 }
 
 } // namespace velloren

@@ -1,8 +1,9 @@
 #include "Tests/Support/VirtualScreen.h"
 
 #include "Platform/Foundation/FatalError.h"
+#include "Platform/Freedesktop/Windowing/X11Display.h"
 
-#include <QString>
+#include <xcb/xcb.h>
 
 #include <chrono>
 #include <fstream>
@@ -97,25 +98,20 @@ void VirtualScreen::type(const std::string& key) const {
 }
 
 QImage VirtualScreen::screen() const {
-    const TemporaryDirectory temporary;
-    const auto file = temporary / "screen.bmp";
-    run({"import", "-window", "root", file.string()});
-    return QImage(QString::fromStdString(file.string()));
-}
-
-std::optional<QRect> VirtualScreen::boundsOf(const QImage& picture, const std::function<bool(QRgb)>& wanted) {
-    QRect bounds;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            if (wanted(picture.pixel(x, y)))
-                bounds |= QRect(x, y, 1, 1);
-        }
-    }
-    return bounds.isNull() ? std::nullopt : std::optional(bounds);
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> server(xcb_connect(nullptr, nullptr),
+                                                                              &xcb_disconnect);
+    const xcb_screen_t& all = *xcb_setup_roots_iterator(xcb_get_setup(server.get())).data;
+    const auto request = xcb_get_image(server.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, all.root, 0, 0,
+                                       all.width_in_pixels, all.height_in_pixels, ~0U);
+    const auto shown = x11::owned(xcb_get_image_reply(server.get(), request, nullptr));
+    return shown ? QImage(xcb_get_image_data(shown.get()), all.width_in_pixels, all.height_in_pixels,
+                          QImage::Format_RGB32)
+                       .copy()
+                 : QImage();
 }
 
 bool VirtualScreen::waitUntil(const std::function<bool()>& condition) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!condition()) {
         if (std::chrono::steady_clock::now() > limit)
             return false;

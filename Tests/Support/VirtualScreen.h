@@ -47,8 +47,6 @@ class VirtualScreen {
     void type(const std::string& key) const;
 
     [[nodiscard]] QImage screen() const;
-    /// Where the picture has colours that are `wanted`; none where it has none.
-    static std::optional<QRect> boundsOf(const QImage& picture, const std::function<bool(QRgb)>& wanted);
 
     /// Whether `condition` comes to hold within a generous limit.
     static bool waitUntil(const std::function<bool()>& condition);

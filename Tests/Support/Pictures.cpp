@@ -1,4 +1,4 @@
-#include "Tests/Desktops/Pictures.h"
+#include "Tests/Support/Pictures.h"
 
 #include <algorithm>
 #include <cmath>
@@ -49,11 +49,15 @@ double greatestContrast(const QImage& picture) {
     double greatest = 1;
     for (int y = 0; y < picture.height(); ++y) {
         for (int x = 0; x < picture.width(); ++x) {
-            const auto [less, more] = std::minmax(luminance(picture.pixelColor(x, y)), background);
-            greatest = std::max(greatest, (more + 0.05) / (less + 0.05));
+            const double ratio = (luminance(picture.pixelColor(x, y)) + 0.05) / (background + 0.05);
+            greatest = std::max({greatest, ratio, 1 / ratio});
         }
     }
     return greatest;
+}
+
+bool isHighlight(QColor color) {
+    return color.blue() > 200 && color.red() < 100;
 }
 
 } // namespace velloren

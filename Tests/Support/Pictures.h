@@ -25,4 +25,7 @@ QColor commonColor(const QImage& picture);
 /// it has.
 double greatestContrast(const QImage& picture);
 
+/// Whether it is the highlight of an icon, which bars blend a little.
+bool isHighlight(QColor color);
+
 } // namespace velloren
