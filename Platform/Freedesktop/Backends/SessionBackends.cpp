@@ -3,8 +3,8 @@
 #include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Freedesktop/Session/DBusWorkspace.h"
 #include "Platform/Freedesktop/Tray/StatusNotifierBar.h"
+#include "Platform/Freedesktop/Windowing/CaughtPresses.h"
 #include "Platform/Freedesktop/Windowing/FocusEvents.h"
-#include "Platform/Freedesktop/Windowing/LayerEvents.h"
 #include "Platform/Freedesktop/Windowing/LayerWindowServer.h"
 #include "Platform/Freedesktop/Windowing/X11WindowServer.h"
 #include "Platform/Freedesktop/Windowing/XInputEvents.h"
@@ -13,23 +13,33 @@ namespace velloren {
 
 namespace {
 
+template <class Taker, class... Arguments>
+void providePressTaker(Arguments... arguments) {
+    SharedInstance<WindowServer>::provide([=] { return std::make_unique<Taker>(arguments...); });
+    // Now: a compositor's answers are to be there by the first click.
+    auto& server = static_cast<Taker&>(SharedInstance<WindowServer>::get());
+    SharedInstance<GlobalEvents>::provide([&server] { return std::make_unique<CaughtPresses>(server); });
+}
+
 void provideDisplay(SessionDisplay display) {
     using Server = SharedInstance<WindowServer>;
     using Events = SharedInstance<GlobalEvents>;
-    if (display == SessionDisplay::LayerShell) {
-        Server::provide([] { return std::make_unique<LayerWindowServer>(); });
-        // Now: the compositor's answers are to be there by the first click.
-        auto& server = static_cast<LayerWindowServer&>(Server::get());
-        Events::provide([&server] { return std::make_unique<LayerEvents>(server); });
-        return;
-    }
-    using Session = X11WindowServer::Session;
-    const Session session = display == SessionDisplay::X11 ? Session::X11 : Session::Wayland;
-    Server::provide([session] { return std::make_unique<X11WindowServer>(session); });
-    if (display == SessionDisplay::X11)
+    switch (display) {
+    case SessionDisplay::X11:
+        Server::provide([] { return std::make_unique<X11WindowServer>(X11WindowServer::Session::X11); });
         Events::provide([] { return std::make_unique<XInputEvents>(); });
-    else
+        break;
+    case SessionDisplay::XWayland:
+        providePressTaker<X11WindowServer>(X11WindowServer::Session::Wayland);
+        break;
+    case SessionDisplay::LayerShell:
+        providePressTaker<LayerWindowServer>();
+        break;
+    case SessionDisplay::Wayland:
+        Server::provide([] { return std::make_unique<X11WindowServer>(X11WindowServer::Session::Wayland); });
         Events::provide([] { return std::make_unique<FocusEvents>(); });
+        break;
+    }
 }
 
 } // namespace

@@ -49,10 +49,6 @@ LayerWindowServer::LayerWindowServer() {
 
 LayerWindowServer::~LayerWindowServer() = default;
 
-void LayerWindowServer::setPressHandler(std::function<void(Qt::MouseButton, QPoint)> handler) {
-    pressed = std::move(handler);
-}
-
 void LayerWindowServer::preparePopover(QWidget& window, ChangeHandler) {
     window.setWindowFlag(Qt::BypassWindowManagerHint);
 }

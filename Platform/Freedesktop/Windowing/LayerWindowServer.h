@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Freedesktop/Windowing/CaughtPresses.h"
 #include "Platform/Freedesktop/Windowing/LayerShell.h"
 #include "Platform/Views/WindowServer.h"
 
@@ -26,15 +27,14 @@ class PressCatcher;
 /// latest press, or the end of the bar where icons usually are.
 ///
 /// The popover stays on its screen when the workspace there changes. Qt's own pop-ups become parts of it.
-class LayerWindowServer final : public QObject, public WindowServer {
+class LayerWindowServer final : public QObject, public WindowServer, public PressTaker {
     Q_OBJECT
 
   public:
     LayerWindowServer();
     ~LayerWindowServer() override;
 
-    /// Is told of presses outside the popover's window while it is shown.
-    void setPressHandler(std::function<void(Qt::MouseButton, QPoint)> handler);
+    void setPressHandler(Handler handler) override { pressed = std::move(handler); }
 
     [[nodiscard]] std::optional<QPoint> pointerLocation() const override { return std::nullopt; }
 
@@ -65,7 +65,7 @@ class LayerWindowServer final : public QObject, public WindowServer {
     void leaveOutOwnWindows();
 
     LayerShell shell;
-    std::function<void(Qt::MouseButton, QPoint)> pressed;
+    Handler pressed;
     std::vector<std::unique_ptr<ScreenView>> views;
     QTimer patience;
     QRect askedAnchor;

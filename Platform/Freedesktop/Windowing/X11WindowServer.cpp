@@ -3,6 +3,7 @@
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
 #include "Platform/Freedesktop/Windowing/X11Bars.h"
 #include "Platform/Freedesktop/Windowing/X11Display.h"
+#include "Platform/Freedesktop/Windowing/XPressCatcher.h"
 
 #include <QCursor>
 #include <QGuiApplication>
@@ -154,8 +155,15 @@ void X11WindowServer::showPopover(QWidget& window, const QRect& frame) {
     if (window.isVisible())
         return;
     window.show();
-    if (!x11::connection() || session != Session::X11)
+    if (!x11::connection())
         return;
+    if (session == Session::Wayland) {
+        catcher = std::make_unique<XPressCatcher>(window, [this](Qt::MouseButton button, QPoint place) {
+            if (pressed)
+                pressed(button, place);
+        });
+        return;
+    }
     // No window manager does it, and Qt would say a time before the click that is meant.
     xcb_set_input_focus(x11::connection(), XCB_INPUT_FOCUS_PARENT, xcb_window_t(window.winId()),
                         XCB_CURRENT_TIME);
@@ -164,6 +172,7 @@ void X11WindowServer::showPopover(QWidget& window, const QRect& frame) {
 
 void X11WindowServer::hidePopover(QWidget& window) {
     popover = nullptr;
+    catcher.reset();
     window.hide();
 }
 

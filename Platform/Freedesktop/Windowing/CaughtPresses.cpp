@@ -1,6 +1,4 @@
-#include "Platform/Freedesktop/Windowing/LayerEvents.h"
-
-#include "Platform/Freedesktop/Windowing/LayerWindowServer.h"
+#include "Platform/Freedesktop/Windowing/CaughtPresses.h"
 
 #include <QApplication>
 #include <QWidget>
@@ -27,19 +25,19 @@ std::optional<EventType> pressTypeOf(Qt::MouseButton button) {
 
 } // namespace
 
-LayerEvents::LayerEvents(LayerWindowServer& server) : server(server) {
-    server.setPressHandler([this](Qt::MouseButton button, QPoint place) { pressed(button, place); });
+CaughtPresses::CaughtPresses(PressTaker& taker) : taker(taker) {
+    taker.setPressHandler([this](Qt::MouseButton button, QPoint place) { pressed(button, place); });
 }
 
-LayerEvents::~LayerEvents() {
-    server.setPressHandler(nullptr);
+CaughtPresses::~CaughtPresses() {
+    taker.setPressHandler(nullptr);
 }
 
-Subscription LayerEvents::addMonitorForEventsMatchingMask(EventMask mask, Handler handler) {
+Subscription CaughtPresses::addMonitorForEventsMatchingMask(EventMask mask, Handler handler) {
     return monitors.add(mask, std::move(handler));
 }
 
-void LayerEvents::pressed(Qt::MouseButton button, QPoint place) {
+void CaughtPresses::pressed(Qt::MouseButton button, QPoint place) {
     if (QWidget* menu = QApplication::activePopupWidget()) {
         menu->close(); // to dismiss it is all that this click does
         return;

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Platform/Freedesktop/Windowing/CaughtPresses.h"
+
+#include <QObject>
+#include <QRect>
+
+#include <memory>
+#include <vector>
+
+class QWidget;
+
+namespace velloren {
+
+/// Transparent X windows all round what a popover shows, above everything else on every screen, bars
+/// included: they take what is pressed there. They follow the popover where it goes. Main thread only.
+class XPressCatcher final : public QObject {
+    Q_OBJECT
+
+  public:
+    /// `popover` is shown, and outlives this.
+    XPressCatcher(QWidget& popover, PressTaker::Handler pressed);
+    ~XPressCatcher() override;
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    class Part;
+
+    struct EndOfPart {
+        void operator()(Part* part) const;
+    };
+
+    void surround();
+
+    QWidget& popover;
+    PressTaker::Handler pressed;
+    QRect surrounded;
+    std::vector<std::unique_ptr<Part, EndOfPart>> parts;
+};
+
+} // namespace velloren
