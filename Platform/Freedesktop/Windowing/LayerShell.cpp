@@ -2,6 +2,7 @@
 
 #include "layer-shell-client-protocol.h"
 #include "viewporter-client-protocol.h"
+#include "xdg-shell-client-protocol.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -123,6 +124,18 @@ void WaylandRelease::operator()(wp_viewporter* viewporter) const {
     wp_viewporter_destroy(viewporter);
 }
 
+void WaylandRelease::operator()(xdg_surface* surface) const {
+    xdg_surface_destroy(surface);
+}
+
+void WaylandRelease::operator()(xdg_toplevel* window) const {
+    xdg_toplevel_destroy(window);
+}
+
+void WaylandRelease::operator()(xdg_wm_base* windows) const {
+    xdg_wm_base_destroy(windows);
+}
+
 void WaylandRelease::operator()(zwlr_layer_shell_v1* shell) const {
     zwlr_layer_shell_v1_destroy(shell);
 }
@@ -183,6 +196,12 @@ void LayerShell::bind(std::uint32_t name, std::string_view interface, std::uint3
     take(memory, wl_shm_interface, 1, 1);
     take(seat, wl_seat_interface, 1, 1);
     take(viewporter, wp_viewporter_interface, 1, 1);
+    take(windows, xdg_wm_base_interface, 1, 1);
+    if (windows && interface == std::string_view(nameOf(xdg_wm_base_interface))) {
+        static constexpr xdg_wm_base_listener alive{
+            [](void*, xdg_wm_base* base, std::uint32_t serial) { xdg_wm_base_pong(base, serial); }};
+        xdg_wm_base_add_listener(windows.get(), &alive, nullptr);
+    }
     take(shell, zwlr_layer_shell_v1_interface, oldestLayerShell, keyboardOnDemandSince);
     if (interface == nameOf(wl_seat_interface))
         wl_seat_add_listener(seat.get(), &seatListener, this);
@@ -285,5 +304,27 @@ void LayerSurface::configure(void* self, zwlr_layer_surface_v1* role, std::uint3
     surface->configuredSize = size;
     surface->handlers.configured(size);
 }
+
+MaximizedSize::MaximizedSize(const LayerShell& shell, std::function<void(QSize)> handler)
+    : told(std::move(handler)), surface(shell.newSurface()),
+      role(xdg_wm_base_get_xdg_surface(shell.windowMaker(), surface.get())),
+      window(xdg_surface_get_toplevel(role.get())) {
+    static constexpr xdg_surface_listener roleListener{
+        [](void* self, xdg_surface* role, std::uint32_t serial) {
+            xdg_surface_ack_configure(role, serial);
+            static_cast<MaximizedSize*>(self)->told(static_cast<MaximizedSize*>(self)->size);
+        }};
+    static constexpr xdg_toplevel_listener windowListener{
+        [](void* self, xdg_toplevel*, std::int32_t width, std::int32_t height, wl_array*) {
+            static_cast<MaximizedSize*>(self)->size = {width, height};
+        },
+        [](void*, xdg_toplevel*) {}, nullptr, nullptr};
+    xdg_surface_add_listener(role.get(), &roleListener, this);
+    xdg_toplevel_add_listener(window.get(), &windowListener, this);
+    xdg_toplevel_set_maximized(window.get());
+    wl_surface_commit(surface.get());
+}
+
+MaximizedSize::~MaximizedSize() = default;
 
 } // namespace velloren

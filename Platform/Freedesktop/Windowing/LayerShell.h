@@ -18,6 +18,9 @@ struct wl_shm;
 struct wl_surface;
 struct wp_viewport;
 struct wp_viewporter;
+struct xdg_surface;
+struct xdg_toplevel;
+struct xdg_wm_base;
 struct zwlr_layer_shell_v1;
 struct zwlr_layer_surface_v1;
 
@@ -34,6 +37,9 @@ struct WaylandRelease {
     void operator()(wl_surface* surface) const;
     void operator()(wp_viewport* viewport) const;
     void operator()(wp_viewporter* viewporter) const;
+    void operator()(xdg_surface* surface) const;
+    void operator()(xdg_toplevel* window) const;
+    void operator()(xdg_wm_base* windows) const;
     void operator()(zwlr_layer_shell_v1* shell) const;
     void operator()(zwlr_layer_surface_v1* surface) const;
 };
@@ -62,6 +68,9 @@ class LayerShell final {
 
     [[nodiscard]] zwlr_layer_shell_v1* layerShell() const { return shell.get(); }
 
+    /// What makes windows; null where nothing does.
+    [[nodiscard]] xdg_wm_base* windowMaker() const { return windows.get(); }
+
     /// A surface that is not one of Qt's.
     [[nodiscard]] WaylandOwned<wl_surface> newSurface() const;
 
@@ -80,6 +89,7 @@ class LayerShell final {
     WaylandOwned<wl_seat> seat;
     WaylandOwned<wl_shm> memory;
     WaylandOwned<wp_viewporter> viewporter;
+    WaylandOwned<xdg_wm_base> windows;
     WaylandOwned<zwlr_layer_shell_v1> shell;
     bool pointerThere = false;
 };
@@ -122,6 +132,25 @@ class LayerSurface final {
     QSize configuredSize;
     QRect placedAt;
     WaylandOwned<zwlr_layer_surface_v1> role;
+};
+
+/// Asks how large a maximized window would be, on the screen that the compositor would show it on. It is
+/// never shown. Bars that are no layer surfaces (Plasma's) leave out of that what they take. Main thread
+/// only.
+class MaximizedSize final {
+  public:
+    /// `told` gets the size, empty where the compositor leaves it to the window.
+    MaximizedSize(const LayerShell& shell, std::function<void(QSize)> told);
+    MaximizedSize(const MaximizedSize&) = delete;
+    MaximizedSize& operator=(const MaximizedSize&) = delete;
+    ~MaximizedSize();
+
+  private:
+    std::function<void(QSize)> told;
+    QSize size;
+    WaylandOwned<wl_surface> surface;
+    WaylandOwned<xdg_surface> role;
+    WaylandOwned<xdg_toplevel> window;
 };
 
 } // namespace velloren

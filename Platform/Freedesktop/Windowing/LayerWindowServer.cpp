@@ -60,6 +60,11 @@ void LayerWindowServer::findSite(QWidget& window, const QRect& anchor, SiteHandl
     if (views.empty() && shell.isReady()) {
         for (QScreen* screen : QGuiApplication::screens())
             lookAtScreen(*screen);
+        if (shell.windowMaker())
+            windowProbe = std::make_unique<MaximizedSize>(shell, [this](QSize size) {
+                maximized = size;
+                answerWhenKnown();
+            });
     }
     patience.start(shell.hasPointer() ? patienceWithPointer : patienceWithoutPointer);
     answerWhenKnown();
@@ -89,7 +94,7 @@ void LayerWindowServer::answerWhenKnown() {
         std::any_of(views.begin(), views.end(), [](const auto& view) { return view->catcher->pointer(); });
     const bool knowsSizes =
         std::all_of(views.begin(), views.end(), [](const auto& view) { return view->free.has_value(); });
-    if (asked && knowsPointer && knowsSizes)
+    if (asked && knowsPointer && knowsSizes && (maximized || !windowProbe))
         answer();
 }
 
@@ -108,8 +113,14 @@ const LayerWindowServer::ScreenView* LayerWindowServer::viewAt(QPoint place) con
 
 bool LayerWindowServer::isInBar(QPoint place) const {
     const ScreenView* view = viewAt(place);
-    return view && view->free &&
-           !availableAround(place, view->screen->geometry(), *view->free).contains(place);
+    return view &&
+           !availableAround(place, view->screen->geometry(), freeOf(view, *view->screen)).contains(place);
+}
+
+QSize LayerWindowServer::freeOf(const ScreenView* view, const QScreen& screen) const {
+    const QSize whole = screen.geometry().size();
+    const QSize free = view && view->free ? *view->free : whole;
+    return maximized && !maximized->isEmpty() ? free.boundedTo(*maximized) : free;
 }
 
 std::optional<QPoint> LayerWindowServer::placeOfUser(const QRect& anchor) const {
@@ -133,10 +144,9 @@ PopoverSite LayerWindowServer::site() {
     const QScreen* screen = view ? view->screen.data() : QGuiApplication::primaryScreen();
     if (!view) {
         view = viewAt(screen->geometry().center());
-        place = likelyPlaceOfIcon(screen->geometry(),
-                                  view && view->free ? *view->free : screen->geometry().size());
+        place = likelyPlaceOfIcon(screen->geometry(), freeOf(view, *screen));
     }
-    const QSize free = view && view->free ? *view->free : screen->geometry().size();
+    const QSize free = freeOf(view, *screen);
     const QRect available = availableAround(place, screen->geometry(), free);
     return {anchorAround(place, iconSize, screen->geometry(), available), screen->geometry(), available};
 }
@@ -178,6 +188,8 @@ void LayerWindowServer::hidePopover(QWidget& window) {
     window.hide();
     qunsetenv(windowsWithoutRole);
     views.clear();
+    windowProbe.reset();
+    maximized.reset();
     popover = nullptr;
 }
 

@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace velloren {
@@ -21,10 +22,10 @@ class PressCatcher;
 /// other effect than to close the popover. Losing the keyboard's focus would not do instead: on compositors
 /// where it follows the pointer it is lost on the way from the bar to the popover.
 ///
-/// Known is thus the pointer, and the size of what the bars of a screen leave free; which side they are at is
-/// guessed (BarGuess). The pointer is believed first, as hosts count in whatever they like, within the icon
-/// even; a number of theirs that is in no bar is not believed at all. Else the pointer, the place of the
-/// latest press, or the end of the bar where icons usually are.
+/// Known is thus the pointer, and the size of what the bars of a screen leave free, or leave a window there;
+/// which side they are at is guessed (BarGuess). The pointer is believed first, as hosts count in whatever
+/// they like, within the icon even; a number of theirs that is in no bar is not believed at all. Else the
+/// pointer, the place of the latest press, or the end of the bar where icons usually are.
 ///
 /// The popover stays on its screen when the workspace there changes. Qt's own pop-ups become parts of it.
 class LayerWindowServer final : public QObject, public WindowServer, public PressTaker {
@@ -61,12 +62,15 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     [[nodiscard]] std::optional<QPoint> placeOfUser(const QRect& anchor) const;
     [[nodiscard]] bool isInBar(QPoint place) const;
     [[nodiscard]] const ScreenView* viewAt(QPoint place) const;
+    [[nodiscard]] QSize freeOf(const ScreenView* view, const QScreen& screen) const;
     void takeIn(QWidget& popUp);
     void leaveOutOwnWindows();
 
     LayerShell shell;
     Handler pressed;
     std::vector<std::unique_ptr<ScreenView>> views;
+    std::unique_ptr<MaximizedSize> windowProbe;
+    std::optional<QSize> maximized;
     QTimer patience;
     QRect askedAnchor;
     SiteHandler asked;
