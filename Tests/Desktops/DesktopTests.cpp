@@ -166,9 +166,11 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
         // Right after the loss of the focus, a click counts as its cause.
         while (GetParam().lacks.contains(Ability::SeesButtons) && !opensWithinLooks())
             clickIcon();
-        open = desktop->picture(
-            [this](const QImage& now) { return popoverIn(now).has_value() && highlightIn(now).has_value(); });
-        ASSERT_FALSE(open.isNull()) << "no popover, or the icon has no highlight";
+        const auto isOpen = [this](const QImage& now) { return popoverIn(now) && highlightIn(now); };
+        ASSERT_FALSE(desktop->picture(isOpen).isNull()) << "no popover, or the icon has no highlight";
+        desktop->moveTo(elsewhere); // the pointer covers a part of it
+        open = desktop->picture(isOpen);
+        ASSERT_FALSE(open.isNull()) << "the way of the pointer closed it";
         popover = *popoverIn(open);
     }
 
@@ -232,8 +234,6 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
     void expectPopoverAtIconOf(const Bar& bar) {
         ASSERT_NO_FATAL_FAILURE(startAll(bar));
         ASSERT_NO_FATAL_FAILURE(openPopover());
-        desktop->moveTo(elsewhere); // the pointer covers a part of it
-        open = desktop->picture([this](const QImage& now) { return popoverIn(now).has_value(); });
         expectPopoverAtIcon();
     }
 
