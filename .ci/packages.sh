@@ -24,8 +24,8 @@ light_desktop_packages=(
     tigervnc-standalone-server tint2 waybar x11-xserver-utils xfconf xwayland
 )
 heavy_desktop_packages=(
-    cinnamon gnome-shell gnome-shell-extension-appindicator kwin-x11 plasma-desktop plasma-workspace
-    xapp-sn-watcher
+    budgie-core cinnamon gnome-shell gnome-shell-extension-appindicator kwin-wayland kwin-x11 libkf5screen-bin
+    plasma-desktop plasma-workspace qtwayland5 xapp-sn-watcher
 )
 
 packaging_packages=(

@@ -40,7 +40,7 @@ const std::vector<Host> lightHosts{
 const std::vector<Host> heavyHosts{
     {"plasma"},
     {"plasma_wayland"},
-    {"gnome", Click::ShowsMenu, Click::ShowsMenu, {Ability::Bottom, Ability::TwoScreens}},
+    {"gnome", Click::ShowsMenu, Click::ShowsMenu, {Ability::Bottom}},
     {"gnome_wayland", Click::ShowsMenu, Click::ShowsMenu, {Ability::Bottom}},
     {"cinnamon"},
     {"budgie", Click::OpensPopover},
