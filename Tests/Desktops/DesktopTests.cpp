@@ -13,6 +13,7 @@ enum class Click { ShowsMenu, OpensPopover };
 enum class Ability { OneScreen, Place, SeesButtons, Bottom, Dark, ScaleTwo, TwoScreens };
 
 constexpr QPoint elsewhere{300, 500};
+constexpr QPoint emptyPartOfBar{300, 16};
 constexpr QRgb background = qRgb(51, 102, 153);
 constexpr QRgb grey = qRgb(236, 236, 236); // the popover's
 
@@ -168,7 +169,7 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
             clickIcon();
         const auto isOpen = [this](const QImage& now) { return popoverIn(now) && highlightIn(now); };
         ASSERT_FALSE(desktop->picture(isOpen).isNull()) << "no popover, or the icon has no highlight";
-        desktop->moveTo(elsewhere); // the pointer covers a part of it
+        desktop->pointAt(elsewhere); // the pointer covers a part of it
         open = desktop->picture(isOpen);
         ASSERT_FALSE(open.isNull()) << "the way of the pointer closed it";
         popover = *popoverIn(open);
@@ -288,9 +289,7 @@ TEST_P(OnDesktop, OpensAtItsIconAndClosesByClicksAndKeys) {
     const std::vector<std::function<void()>> endings{
         [&] { desktop->press(elsewhere, 1); },
         [&] { desktop->press(elsewhere, 3); },
-        [&] {
-            desktop->press({300, 16});
-        }, // the bar itself
+        [&] { desktop->press(emptyPartOfBar); },
         [&] { desktop->press(icon.center()); },
         [&] { desktop->type("Escape"); },
         [&] {
