@@ -10,7 +10,7 @@ namespace velloren {
 namespace {
 
 enum class Click { ShowsMenu, OpensPopover };
-enum class Ability { OneScreen, Place, SeesButtons, Bottom, Dark, ScaleTwo, TwoScreens };
+enum class Ability { OneScreen, Place, SeesButtons, Bottom, Dark, ScaleTwo, TwoScreens, IconAlone };
 
 constexpr QPoint elsewhere{300, 500};
 constexpr QPoint emptyPartOfBar{300, 16};
@@ -41,7 +41,8 @@ const std::vector<Host> lightHosts{
 const std::vector<Host> heavyHosts{
     {"plasma"},
     {"plasma_wayland"},
-    {"gnome", Click::ShowsMenu, Click::ShowsMenu, {Ability::Bottom}},
+    // The click that closes the popover is one for the menu, too.
+    {"gnome", Click::ShowsMenu, Click::ShowsMenu, {Ability::Bottom, Ability::IconAlone}},
     {"gnome_wayland", Click::ShowsMenu, Click::ShowsMenu, {Ability::Bottom}},
     {"cinnamon"},
     {"budgie", Click::OpensPopover},
@@ -286,12 +287,9 @@ TEST_P(OnDesktop, ShowsItsIconToABarThatComesLateAndToTheNextOne) {
 TEST_P(OnDesktop, OpensAtItsIconAndClosesByClicksAndKeys) {
     ASSERT_NO_FATAL_FAILURE(expectPopoverAtIconOf({}));
     keepPicture("popover");
-    const std::vector<std::function<void()>> endings{
-        [&] { desktop->press(elsewhere, 1); },
-        [&] { desktop->press(elsewhere, 3); },
-        [&] { desktop->press(emptyPartOfBar); },
-        [&] { desktop->press(icon.center()); },
-        [&] { desktop->type("Escape"); },
+    std::vector<std::function<void()>> endings{
+        [&] { desktop->press(elsewhere, 1); }, [&] { desktop->press(elsewhere, 3); },
+        [&] { desktop->press(emptyPartOfBar); }, [&] { desktop->type("Escape"); },
         [&] {
             desktop->type("Tab");
             const auto showsFocus = [&](const QImage& now) {
@@ -300,6 +298,8 @@ TEST_P(OnDesktop, OpensAtItsIconAndClosesByClicksAndKeys) {
             EXPECT_FALSE(desktop->picture(showsFocus).isNull()) << "the focus is seen";
             desktop->type("Return");
         }};
+    if (!GetParam().lacks.contains(Ability::IconAlone))
+        endings.insert(endings.begin(), [&] { desktop->press(icon.center()); });
     for (const auto& end : endings) {
         if (!isOpen()) {
             ASSERT_NO_FATAL_FAILURE(openPopover());
