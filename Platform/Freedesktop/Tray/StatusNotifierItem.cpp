@@ -127,7 +127,12 @@ void StatusNotifierItem::SecondaryActivate(int, int) {}
 void StatusNotifierItem::Scroll(int, const QString&) {}
 
 void StatusNotifierItem::ProvideXdgActivationToken(const QString& token) {
-    qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+    // On an X display the token is of no use, and GNOME shows the pointer busy until somebody uses it or
+    // declines.
+    if (x11::connection())
+        sendErrorReply(QDBusError::UnknownMethod);
+    else
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
 }
 
 void StatusNotifierItem::followWatcher() {
