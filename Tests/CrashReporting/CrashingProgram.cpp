@@ -5,6 +5,7 @@
 #include "Platform/Desktop/GuiApplication.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/SharedInstance.h"
+#include "Platform/Foundation/StandardError.h"
 #include "Platform/Foundation/UserDefaults.h"
 #include "Services/Local/LocalLogger.h"
 
@@ -46,6 +47,7 @@ const std::map<std::string, std::function<void()>> ends{
 
 int main(int argc, char** argv) { // NOLINT(bugprone-exception-escape): that is one of the ends
     const std::span arguments(argv, std::size_t(argc));
+    neverWaitForStandardError();
     qputenv("QT_QPA_PLATFORM", "offscreen");
     SharedInstance<Logger>::provide(
         [] { return std::make_unique<LocalLogger>("crash.log", LocalCrashlytics::recordLine); });

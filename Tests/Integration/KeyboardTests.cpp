@@ -98,7 +98,7 @@ TEST_F(SecondStart, TakesThePlaceOfAFirstThatIsAboutToEnd) {
     startAgent();
     const auto first = std::exchange(agent, nullptr);
     first->signal(SIGSTOP);
-    first->signal(SIGTERM);
+    ::tgkill(first->pid(), first->pid(), SIGTERM); // its main thread, as while it is not stopped
     agent = desktop.start(binaries + "/velloren-menu");
     ASSERT_TRUE(desktop.waitUntil([this] {
         std::string queue;

@@ -71,7 +71,7 @@ TEST_F(IconInPanel, EndsInOrderOnASignalThatComesWithTheEndOfTheBus) {
     startAgent();
     agent->signal(SIGSTOP);
     desktop.bus().stop();
-    agent->signal(SIGTERM);
+    ::tgkill(agent->pid(), agent->pid(), SIGTERM); // its main thread, as while it is not stopped
     agent->signal(SIGCONT);
     EXPECT_EQ(agent->wait(), 0);
     EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
