@@ -1,18 +1,13 @@
 #include "Platform/Foundation/UserDefaults.h"
 
+#include "Platform/Foundation/IniTexts.h"
 #include "Platform/Foundation/SharedInstance.h"
 
-#include <QMetaType>
 #include <QSettings>
 #include <QString>
-#include <QVariant>
 
-#include <array>
-#include <ctime>
 #include <fcntl.h>
 #include <functional>
-#include <string_view>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -65,36 +60,6 @@ std::string contentsOf(const std::filesystem::path& file) {
     return contents;
 }
 
-bool writeAll(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t count = ::write(descriptor, text.data(), text.size());
-        if (count <= 0)
-            return false;
-        text.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
-// QSettings remembers a file by path, size and time of change, and so misses a change that keeps all three.
-// It is handed an anonymous copy instead, each with a time of its own.
-UserDefaults::Registration valuesIn(const std::string& contents) {
-    static time_t stamp = 0;
-    const Descriptor copy(::memfd_create("defaults", MFD_CLOEXEC));
-    const timespec time{++stamp, 0};
-    if (!copy.isOpen() || !writeAll(copy.get(), contents) ||
-        ::futimens(copy.get(), std::array{time, time}.data()) != 0)
-        return {};
-
-    UserDefaults::Registration values;
-    const QSettings settings(QStringLiteral("/proc/self/fd/%1").arg(copy.get()), QSettings::IniFormat);
-    for (const QString& key : settings.allKeys()) {
-        const QVariant value = settings.value(key);
-        if (value.metaType() == QMetaType::fromType<QString>())
-            values.insert_or_assign(key.toStdString(), value.toString().toStdString());
-    }
-    return values;
-}
-
 std::optional<std::string> textIn(const UserDefaults::Registration& values, const std::string& key) {
     const auto found = values.find(key);
     if (found == values.end())
@@ -125,9 +90,7 @@ void change(const std::filesystem::path& file, const std::function<void(QSetting
 } // namespace
 
 UserDefaults::UserDefaults(std::filesystem::path file) : file(std::move(file)) {
-    const std::string contents = contentsOf(this->file);
-    if (!contents.empty())
-        values = valuesIn(contents);
+    values = textsInIni(contentsOf(this->file));
 }
 
 UserDefaults& UserDefaults::standardUserDefaults() {

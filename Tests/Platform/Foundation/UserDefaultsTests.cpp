@@ -31,9 +31,9 @@ TEST_F(UserDefaultsTest, ReadsTextsAndOfThemFourAsBooleans) {
         EXPECT_EQ(UserDefaults(file).stringForKey("g/key"), written);
         EXPECT_EQ(UserDefaults(file).boolForKey("g/key"), boolean) << written;
     }
-    write("top=1\nlist=a, b\npoint=@Point(1 2)\n");
+    write("top=1\nlist=a, b\npoint=@Point(1 2)\nhuge=@Variant(\\0\\0\\0\\x9\\xff\\xff\\xff\\xf0)\n");
     EXPECT_EQ(UserDefaults(file).stringForKey("top"), "1");
-    for (const char* key : {"list", "point", "missing"})
+    for (const char* key : {"list", "point", "huge", "missing"})
         EXPECT_EQ(UserDefaults(file).stringForKey(key), std::nullopt) << key;
 }
 
