@@ -29,7 +29,7 @@ heavy_desktop_packages=(
 )
 
 packaging_packages=(
-    appstream desktop-file-utils dpkg-dev file lintian
+    appstream binutils desktop-file-utils dpkg-dev file lintian
 )
 
 as_root() {
