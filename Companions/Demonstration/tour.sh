@@ -58,9 +58,15 @@ popover_geometry() {
 
 popover_is_gone() { ! popover_geometry; }
 
+# The grey of its last row is there.
+popover_is_painted() {
+    popover_geometry &&
+        [ "$(import -window root -crop 1x1+$((X + WIDTH - 204))+$((Y + 255)) -format '%[hex:p{0,0}]' info:)" = ECECEC ]
+}
+
 open_popover() {
     click $((screen_width - 18)) 15
-    wait_until "the popover" popover_geometry
+    wait_until "the popover" popover_is_painted
 }
 
 # click_in_popover RIGHT DOWN: so far from its right edge and from its top. Its window goes on to the screen's
@@ -76,14 +82,21 @@ icon_is_there() {
         string:RegisteredStatusNotifierItems | grep -c StatusNotifierItem)" -ge 1 ]
 }
 
+# Whether the lower edge of the icon stands out from the panel below it.
+icon_is_drawn() {
+    [ "$(import -window root -crop 1x6+$((screen_width - 18))+23 +repage \
+        -format '%[fx:abs(p{0,0}.g-p{0,5}.g)>0.3]' info:)" = 1 ]
+}
+
 tour_icon() {
     step "The agent starts and puts its icon into the bar"
     env "${product_environment[@]}" "$binaries/velloren-menu" >"$session_folder/menu.log" 2>&1 &
-    session_processes+=($!)
+    agent=$!
+    session_processes+=("$agent")
     wait_until "the icon" icon_is_there
     prove "$agent_log" "Registering menuAppListener endpoint SUCCESSFUL"
     prove "$agent_log" "Setting up Fabric"
-    sleep 0.5 # for the panel to draw it
+    wait_until "its picture" icon_is_drawn
     picture icon
 }
 
@@ -134,6 +147,8 @@ tour_create() {
 
 menu_is_open() { [ "$(xdotool search --onlyvisible --class velloren-menu 2>/dev/null | wc -l)" -ge 2 ]; }
 
+has_ended() { ! kill -0 "$1"; }
+
 tour_quit() {
     step "The action menu; its last item ends the agent"
     open_popover
@@ -144,7 +159,8 @@ tour_quit() {
     xdotool key Up Return
     prove "$agent_log" "applicationShouldTerminate: <Application: velloren-menu>"
     prove "$agent_log" "applicationWillTerminate"
-    wait_until "the agent's end" popover_is_gone
+    wait_until "the agent's end" has_ended "$agent"
+    wait "$agent" || fail "the agent ended with status $?"
 }
 
 take_tour() {
