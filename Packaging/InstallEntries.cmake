@@ -21,6 +21,9 @@ function(write_entry source file)
     set(CMAKE_INSTALL_MANIFEST_FILES ${CMAKE_INSTALL_MANIFEST_FILES} ${file} PARENT_SCOPE)
 endfunction()
 
+# User managers look there, also for what is in /usr/local.
+set(userUnits ${CMAKE_INSTALL_PREFIX}/lib/systemd/user)
+
 macro(write_service name command)
     set(SERVICE_NAME ${name})
     set(SERVICE_COMMAND ${command})
@@ -30,6 +33,7 @@ endmacro()
 if(installedComponent STREQUAL "menu")
     write_entry(${menuId}.desktop.in ${data}/applications/${menuId}.desktop)
     write_entry(autostart.desktop.in ${autostart}/${menuId}.desktop)
+    write_entry(velloren-menu.service.in ${userUnits}/velloren-menu.service)
     write_entry(${menuId}.metainfo.xml.in ${data}/metainfo/${menuId}.metainfo.xml)
     write_service(${menuId} ${VELLOREN_BIN}/velloren-menu)
     write_service(com.velloren.velloren-mac.agent ${VELLOREN_LIBEXEC}/velloren-agent)

@@ -16,13 +16,12 @@ start_display() {
 start_bus() {
     export XDG_RUNTIME_DIR=$session_folder/runtime
     mkdir -m 0700 "$XDG_RUNTIME_DIR"
-    local address_file=$session_folder/bus-address
+    export DBUS_SESSION_BUS_ADDRESS=unix:path=$XDG_RUNTIME_DIR/bus
     # What the bus starts for the desktop finds the desktop's settings.
-    XDG_CONFIG_HOME=$session_folder/desktop-config dbus-daemon --session --nofork --print-address=3 3>"$address_file" >"$session_folder/bus.log" 2>&1 &
+    XDG_CONFIG_HOME=$session_folder/desktop-config dbus-daemon --session --nofork \
+        --address="$DBUS_SESSION_BUS_ADDRESS" >"$session_folder/bus.log" 2>&1 &
     session_processes+=($!)
-    wait_until "the session bus" test -s "$address_file"
-    DBUS_SESSION_BUS_ADDRESS=$(cat "$address_file")
-    export DBUS_SESSION_BUS_ADDRESS
+    wait_until "the session bus" test -S "$XDG_RUNTIME_DIR/bus"
 }
 
 # The fonts of a modern desktop, whatever is set up on this machine.

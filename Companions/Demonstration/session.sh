@@ -10,9 +10,9 @@ session_processes=()
 make_session_folder() {
     session_folder=$(mktemp -d "${TMPDIR:-/tmp}/velloren-demonstration-XXXXXX")
     product_environment=(
-        XDG_DATA_HOME="$session_folder/data"
-        XDG_CONFIG_HOME="$session_folder/config"
-        XDG_STATE_HOME="$session_folder/state"
+        XDG_DATA_HOME="$session_folder/home/.local/share"
+        XDG_CONFIG_HOME="$session_folder/home/.config"
+        XDG_STATE_HOME="$session_folder/home/.local/state"
     )
     request_log=$session_folder/requests.log
     env "${product_environment[@]}" "$binaries/velloren-main" --make-demonstration-store

@@ -58,10 +58,15 @@ popover_geometry() {
 
 popover_is_gone() { ! popover_geometry; }
 
+# on_screen AREA FORMAT: what the format says of that area of the screen.
+on_screen() {
+    import -window root "$session_folder/screen.png"
+    convert "$session_folder/screen.png" -crop "$1" +repage -depth 8 -format "$2" info:
+}
+
 # The grey of its last row is there.
 popover_is_painted() {
-    popover_geometry &&
-        [ "$(import -window root -crop 1x1+$((X + WIDTH - 204))+$((Y + 255)) -format '%[hex:p{0,0}]' info:)" = ECECEC ]
+    popover_geometry && [ "$(on_screen "1x1+$((X + WIDTH - 204))+$((Y + 255))" '%[hex:p{0,0}]')" = ECECEC ]
 }
 
 open_popover() {
@@ -82,15 +87,19 @@ icon_is_there() {
         string:RegisteredStatusNotifierItems | grep -c StatusNotifierItem)" -ge 1 ]
 }
 
-# Whether the lower edge of the icon stands out from the panel below it.
+# The lower edge of the icon stands out from the panel below it.
 icon_is_drawn() {
-    [ "$(import -window root -crop 1x6+$((screen_width - 18))+23 +repage \
-        -format '%[fx:abs(p{0,0}.g-p{0,5}.g)>0.3]' info:)" = 1 ]
+    [ "$(on_screen "1x6+$((screen_width - 18))+23" '%[fx:abs(p{0,0}.g-p{0,5}.g)>0.3]')" = 1 ]
+}
+
+# In a process of its own; checks put something around the agent.
+run_agent() {
+    exec env "${product_environment[@]}" "$binaries/velloren-menu"
 }
 
 tour_icon() {
     step "The agent starts and puts its icon into the bar"
-    env "${product_environment[@]}" "$binaries/velloren-menu" >"$session_folder/menu.log" 2>&1 &
+    run_agent >"$session_folder/menu.log" 2>&1 &
     agent=$!
     session_processes+=("$agent")
     wait_until "the icon" icon_is_there
