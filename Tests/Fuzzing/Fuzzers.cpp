@@ -120,7 +120,7 @@ void information(const std::string& json) {
 
 void stores(const std::string& contents) {
     LocalMeetingStore store(fileWith("meetings.sqlite3", contents), [] { return Date(); });
-    for (const Meeting& meeting : store.upcomingMeetings(true).value_or(std::vector<Meeting>())) {
+    for (const Meeting& meeting : store.upcomingMeetings(true, 3).value_or(NextMeetings()).first) {
         for (const auto& text : {meeting.id, meeting.title, meeting.startTime})
             expectPlain(text);
     }
