@@ -25,17 +25,22 @@ struct Host {
     std::set<Ability> lacks{};
 };
 
+const Host waybar{"waybar"};
+
+// The compositor centres the windows of X programs, and tells them of presses elsewhere by the loss of the
+// focus.
+const Host xwayland{
+    "xwayland", Click::ShowsMenu, Click::OpensPopover, {Ability::Place, Ability::SeesButtons}};
+
 const std::vector<Host> lightHosts{
     {"xfce"},
-    {"waybar"},
+    waybar,
     {"lxqt"},
     {"mate"},
     {"tint2", Click::OpensPopover},
     {"trayer", Click::OpensPopover},
     {"i3bar", Click::OpensPopover},
-    // The compositor centres the windows of X programs, and tells them of presses elsewhere by the loss of
-    // the focus.
-    {"xwayland", Click::ShowsMenu, Click::OpensPopover, {Ability::Place, Ability::SeesButtons}},
+    xwayland,
 };
 
 const std::vector<Host> heavyHosts{
@@ -267,6 +272,8 @@ class OnTwoScreens : public OnDesktop {};
 
 class OnLayerShell : public OnDesktop {};
 
+class OnWayland : public OnDesktop {};
+
 } // namespace
 
 TEST_P(OnDesktop, ShowsItsIconToABarThatComesLateAndToTheNextOne) {
@@ -357,23 +364,22 @@ TEST_P(OnLayerShell, StandsAtABarAtTheSide) {
     }
 }
 
-TEST_P(OnLayerShell, HasItsMenuAtItsButton) {
+TEST_P(OnWayland, HasItsMenuAtItsButton) {
     ASSERT_NO_FATAL_FAILURE(startAll({}));
-    for (const bool byKey : {false, true}) {
-        ASSERT_NO_FATAL_FAILURE(openPopover());
-        const QPoint button = popover.bottomRight() - QPoint(24, 23);
-        const QPoint inMenu(button.x() - 10, popover.bottom() + 30);
-        const auto showsMenu = [&] { return desktop->look().pixelColor(inMenu) == Qt::white; };
+    ASSERT_NO_FATAL_FAILURE(openPopover());
+    const QPoint button = popover.bottomRight() - QPoint(24, 23);
+    const QPoint inMenu(button.x() - 10, popover.bottom() + 30);
+    const auto showsMenu = [&] { return desktop->look().pixelColor(inMenu) == Qt::white; };
+    const bool seesButtons = !GetParam().lacks.contains(Ability::SeesButtons);
+    for (int round = 0; round < (seesButtons ? 2 : 1); ++round) {
         desktop->press(button);
         EXPECT_TRUE(desktop->waitUntil(showsMenu));
-        byKey ? desktop->type("Escape") : desktop->press(elsewhere);
+        round == 0 ? desktop->type("Escape") : desktop->press(elsewhere);
         EXPECT_TRUE(desktop->waitUntil([&] { return !showsMenu(); }));
         EXPECT_TRUE(isOpen()) << "to dismiss the menu is all that happened";
-        desktop->press(elsewhere, 2);
-        EXPECT_TRUE(isOpen());
-        desktop->press(elsewhere);
-        EXPECT_TRUE(closes());
     }
+    desktop->press(elsewhere);
+    EXPECT_TRUE(closes());
 }
 
 TEST_P(OnLayerShell, StaysInReachOverOtherWindowsAndShowsAboveAFullscreenOne) {
@@ -404,6 +410,7 @@ INSTANTIATE_TEST_SUITE_P(Heavy, AtScaleTwo, hostsWith(Ability::ScaleTwo, heavyHo
 INSTANTIATE_TEST_SUITE_P(Light, OnTwoScreens, hostsWith(Ability::TwoScreens, lightHosts), nameOf);
 INSTANTIATE_TEST_SUITE_P(Heavy, OnTwoScreens, hostsWith(Ability::TwoScreens, heavyHosts), nameOf);
 
-INSTANTIATE_TEST_SUITE_P(Light, OnLayerShell, ::testing::Values(Host{"waybar"}), nameOf);
+INSTANTIATE_TEST_SUITE_P(Light, OnLayerShell, ::testing::Values(waybar), nameOf);
+INSTANTIATE_TEST_SUITE_P(Light, OnWayland, ::testing::Values(waybar, xwayland), nameOf);
 
 } // namespace velloren

@@ -85,22 +85,6 @@ TEST_F(IconInPanel, EndsOnASignalThoughTheBusHangs) {
     EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
 }
 
-TEST_F(PopoverOnPanel, ClosesInAWaylandSessionWhenItLosesTheFocus) {
-    const EnvironmentVariable session("WAYLAND_DISPLAY", "wayland-0");
-    startAgent();
-    const auto mainApp = desktop.start(binaries + "/velloren-main");
-    const std::vector<std::string> search{"xdotool", "search", "--onlyvisible", "--class", "velloren-main"};
-    ASSERT_TRUE(desktop.waitUntil([&] { return desktop.run(search) == 0; }));
-    openPopover();
-    openActionMenu();
-    desktop.type("Escape");
-    EXPECT_TRUE(desktop.waitUntil([this] { return !desktop.menu(); }));
-    EXPECT_TRUE(desktop.popover()) << "its own menu takes nothing away from it";
-    auto activate = search;
-    activate.emplace_back("windowactivate");
-    EXPECT_TRUE(closesWithin([&] { desktop.run(activate); }));
-}
-
 TEST_F(PopoverOnPanel, GoesAlongToAnotherWorkspace) {
     desktop.run({"xdotool", "set_num_desktops", "2"});
     startAgent();
