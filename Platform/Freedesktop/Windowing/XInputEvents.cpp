@@ -18,6 +18,10 @@ namespace {
 // connection, so the word can come a little after the button's own event.
 constexpr std::chrono::milliseconds hostLag{1000};
 
+// A hand moves on meanwhile, but not that far: the word is of another click then, whose own event is still to
+// come.
+constexpr int farthestWay = 100;
+
 std::optional<EventType> pressTypeOf(unsigned button) {
     switch (button) {
     case XCB_BUTTON_INDEX_1:
@@ -67,7 +71,8 @@ Subscription XInputEvents::addMonitorForEventsMatchingMask(EventMask mask, Handl
 }
 
 bool XInputEvents::takeClickSeenByMonitor() {
-    const bool seen = click != Click::NotSeen;
+    const bool seen =
+        click != Click::NotSeen && (QCursor::pos() - clickPlace).manhattanLength() <= farthestWay;
     setClick(Click::NotSeen);
     return seen;
 }
@@ -97,6 +102,7 @@ void XInputEvents::pressed(unsigned button) {
     if (told.empty())
         return;
     clickButton = button;
+    clickPlace = position;
     setClick(Click::Pressed);
     if (QApplication::activePopupWidget())
         return; // a menu of this process has the pointer: to dismiss it is all that this click does

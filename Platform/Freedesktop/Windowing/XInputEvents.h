@@ -3,6 +3,7 @@
 #include "Platform/Desktop/GlobalEvents.h"
 
 #include <QAbstractNativeEventFilter>
+#include <QPoint>
 #include <QTimer>
 
 #include <cstdint>
@@ -34,6 +35,7 @@ class XInputEvents final : public GlobalEvents, private QAbstractNativeEventFilt
     GlobalEventMonitors monitors;
     Click click = Click::NotSeen;
     unsigned clickButton = 0;
+    QPoint clickPlace;
     QTimer clickEnd;
     xcb_connection_t* connection = nullptr;
     std::uint32_t rootWindow = 0;
