@@ -174,8 +174,9 @@ TEST_F(LocalMeetingStoreTest, ReadsWhatIsAtRestOnAReadOnlyFileSystemWithItsLogOr
             ::mount(folder, folder, nullptr, MS_BIND, nullptr) != 0 ||
             ::mount(nullptr, folder, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) != 0)
             ::_exit(2);
-        const auto withLog = LocalMeetingStore(left, [this] { return now; }).upcomingMeetings(true);
-        ::_exit(ids() == std::vector<std::string>{"new"} && withLog == store.upcomingMeetings(true) ? 0 : 1);
+        const auto withLog = LocalMeetingStore(left, [this] { return now; }).upcomingMeetings(true, 10);
+        ::_exit(ids() == std::vector<std::string>{"new"} && withLog == store.upcomingMeetings(true, 10) ? 0
+                                                                                                        : 1);
     };
     GTEST_FLAG_SET(death_test_style, "fast"); // the process that ends has the folder of this one
     EXPECT_EXIT(readWithoutWriting(), testing::ExitedWithCode(0), "");

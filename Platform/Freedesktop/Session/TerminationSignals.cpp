@@ -15,7 +15,7 @@ namespace velloren {
 namespace {
 
 constexpr std::array terminating{SIGTERM, SIGINT, SIGHUP};
-constexpr unsigned patience = 4; // seconds
+constexpr unsigned longestShutDown = 4; // seconds
 
 // A pipe from the signal's handler to the main thread. It lives as long as the process does, which can hang
 // after everything else is gone.
@@ -27,7 +27,7 @@ void arrived(int signal) {
     const auto number = static_cast<unsigned char>(signal);
     (void)!::write(arrivals[1], &number, sizeof number); // full, it holds more than enough of them
     if (!isEnding)
-        ::alarm(patience);
+        ::alarm(longestShutDown);
     isEnding = 1;
     errno = error;
 }
