@@ -83,6 +83,17 @@ std::vector<bool> drawnOn(const std::vector<Slice>& slices) {
     return drawn;
 }
 
+/// What is drawn closest to `start`, at most so far away; `start` where nothing is.
+int nearestDrawn(const std::vector<bool>& drawn, int start, int most) {
+    for (int away = 0; away <= most; ++away) {
+        for (const int here : {start - away, start + away}) {
+            if (here >= 0 && here < int(drawn.size()) && drawn[std::size_t(here)])
+                return here;
+        }
+    }
+    return start;
+}
+
 /// The end of what is drawn, from `start` in steps of `step`.
 int endOfDrawn(const std::vector<bool>& drawn, int start, int step) {
     int end = start;
@@ -129,10 +140,12 @@ std::optional<QRect> drawnAround(const QRect& bar, Qt::Orientation runs, QPoint 
     if (!connection() || part.isEmpty())
         return std::nullopt;
     const auto drawn = drawnOn(slicesOf(imageOf(screen().root, part), runs));
-    const int start = horizontal ? place.x() - part.x() : place.y() - part.y();
-    if (start < 0 || start >= int(drawn.size()))
+    const int pressed = horizontal ? place.x() - part.x() : place.y() - part.y();
+    if (pressed < 0 || pressed >= int(drawn.size()))
         return std::nullopt;
 
+    // Bars leave room around an icon, and not all of them light it up under the pointer, or do so in time.
+    const int start = nearestDrawn(drawn, pressed, thickness / 2);
     const int first = endOfDrawn(drawn, start, -1);
     const int last = endOfDrawn(drawn, start, 1);
     const int length = last - first + 1;
