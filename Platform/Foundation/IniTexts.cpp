@@ -36,7 +36,7 @@ std::optional<char16_t> takeNumber(QStringView& rest, int base, int digits) {
     constexpr QStringView all = u"0123456789abcdef";
     std::optional<char16_t> number;
     for (; digits > 0 && !rest.isEmpty(); --digits) {
-        const qsizetype digit = all.indexOf(rest.front(), 0, Qt::CaseInsensitive);
+        const int digit = int(all.indexOf(rest.front(), 0, Qt::CaseInsensitive));
         if (digit < 0 || digit >= base)
             break;
         number = char16_t(number.value_or(0) * base + digit);

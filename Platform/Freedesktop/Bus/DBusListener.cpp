@@ -219,10 +219,11 @@ class DBusListener::Server : public std::enable_shared_from_this<Server> {
     }
 
     static int received(sd_bus_message* message, void* data, sd_bus_error*) {
-        const auto& [server, number] = std::pair<Server&, std::uint64_t>(static_cast<Peer*>(data)->server,
-                                                                         static_cast<Peer*>(data)->number);
-        const auto later = [&server, number](void (Server::*what)(std::uint64_t)) {
-            server.thread.post([self = server.shared_from_this(), what, number] { (*self.*what)(number); });
+        const Peer& peer = *static_cast<Peer*>(data);
+        const auto later = [&peer](void (Server::*what)(std::uint64_t)) {
+            peer.server.thread.post([server = peer.server.shared_from_this(), what, number = peer.number] {
+                (*server.*what)(number);
+            });
         };
         if (wire::isLocalSignal(*message, "Connected"))
             later(&Server::readOn);
