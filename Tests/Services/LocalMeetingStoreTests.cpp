@@ -65,13 +65,14 @@ TEST_F(LocalMeetingStoreTest, GivesTheFirstOfAnyNumberAndCountsThemWhereTheyAreN
     writer("CREATE INDEX start ON meeting(start_utc); INSERT INTO meeting WITH RECURSIVE n(i) AS "
            "(SELECT 0 UNION ALL SELECT i + 1 FROM n LIMIT 100000) SELECT 'm' || i, '', '', i FROM n");
     using Row = std::tuple<int, std::vector<std::string>, std::optional<std::size_t>>;
-    for (const auto& [second, first, count] :
+    for (const Row& row :
          {Row{0, {"m0", "m1", "m2"}, std::nullopt}, Row{90'000, {"m90000", "m90001", "m90002"}, 10'000},
           Row{99'998, {"m99998", "m99999"}, 2}}) {
+        const int second = std::get<int>(row);
         now = Date(std::chrono::seconds(second));
         const auto isRead = [&] {
             const auto next = upcoming(true, 3);
-            return next && idsOf(*next) == first && next->count == count;
+            return next && Row(second, idsOf(*next), next->count) == row;
         };
         int attempts = 0; // a busy machine may let the time for an answer pass
         while (!isRead() && attempts < 100)

@@ -77,7 +77,7 @@ class FakeLink final : public Link {
         Connection::ErrorHandler failed;
 
         void call(const std::string& method, Arguments arguments, Reply reply) override {
-            waiting.push_back({{method, std::move(arguments)}, std::move(reply)});
+            waiting.emplace_back(Connection::Undelivered{method, std::move(arguments)}, std::move(reply));
             deliver();
         }
 
