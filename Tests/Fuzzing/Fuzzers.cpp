@@ -16,8 +16,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-/// Hands hostile bytes to what reads from other programs, in the present folder; `--target=NAME` says to
-/// what.
+/// Hands hostile bytes to what reads from other programs, in the present folder; TARGET in the environment
+/// says to what.
 namespace velloren {
 namespace {
 

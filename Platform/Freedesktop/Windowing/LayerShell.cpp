@@ -180,31 +180,28 @@ LayerShell::LayerShell() : registry(wl_display_get_registry(displayOfQt())) {
 LayerShell::~LayerShell() = default;
 
 void LayerShell::bind(std::uint32_t name, std::string_view interface, std::uint32_t version) {
-    static constexpr wl_seat_listener seatListener{[](void* self, wl_seat*, std::uint32_t capabilities) {
-                                                       static_cast<LayerShell*>(self)->pointerThere =
-                                                           capabilities & WL_SEAT_CAPABILITY_POINTER;
-                                                   },
-                                                   nullptr}; // of later versions
+    static constexpr auto hasDevices = [](void* self, wl_seat*, std::uint32_t capabilities) {
+        static_cast<LayerShell*>(self)->pointerThere = capabilities & WL_SEAT_CAPABILITY_POINTER;
+    };
+    static constexpr wl_seat_listener devices{hasDevices, nullptr}; // the other is of later versions
+    static constexpr xdg_wm_base_listener alive{
+        [](void*, xdg_wm_base* base, std::uint32_t serial) { xdg_wm_base_pong(base, serial); }};
     const auto take = [&]<class Object>(WaylandOwned<Object>& global, const wl_interface& wanted,
                                         std::uint32_t oldest, std::uint32_t newest) {
         if (interface != wanted.name || version < oldest)
-            return;
+            return false;
         global.reset(
             static_cast<Object*>(wl_registry_bind(registry.get(), name, &wanted, std::min(version, newest))));
+        return true;
     };
     take(compositor, wl_compositor_interface, 3, 4);
     take(memory, wl_shm_interface, 1, 1);
-    take(seat, wl_seat_interface, 1, 1);
     take(viewporter, wp_viewporter_interface, 1, 1);
-    take(windows, xdg_wm_base_interface, 1, 1);
-    if (windows && interface == std::string_view(nameOf(xdg_wm_base_interface))) {
-        static constexpr xdg_wm_base_listener alive{
-            [](void*, xdg_wm_base* base, std::uint32_t serial) { xdg_wm_base_pong(base, serial); }};
-        xdg_wm_base_add_listener(windows.get(), &alive, nullptr);
-    }
     take(shell, zwlr_layer_shell_v1_interface, oldestLayerShell, keyboardOnDemandSince);
-    if (interface == nameOf(wl_seat_interface))
-        wl_seat_add_listener(seat.get(), &seatListener, this);
+    if (take(seat, wl_seat_interface, 1, 1))
+        wl_seat_add_listener(seat.get(), &devices, this);
+    if (take(windows, xdg_wm_base_interface, 1, 1))
+        xdg_wm_base_add_listener(windows.get(), &alive, nullptr);
 }
 
 WaylandOwned<wl_surface> LayerShell::newSurface() const {
