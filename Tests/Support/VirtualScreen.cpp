@@ -11,6 +11,19 @@
 
 namespace velloren {
 
+namespace {
+
+/** A zone whose clocks show about noon now, so that a meeting soon is one today at any hour. */
+std::string zoneAtNoon() {
+    using namespace std::chrono;
+    const auto now = system_clock::now();
+    const auto ahead = 12 - floor<hours>(now - floor<days>(now)).count();
+    // Such a name gives what has to be added to get to UTC.
+    return std::string("Etc/GMT") + (ahead > 0 ? "-" : "+") + std::to_string(std::abs(ahead));
+}
+
+} // namespace
+
 VirtualScreen::VirtualScreen(Screens screens) {
     // The bus hands its own environment to what it starts, so that has to be there first.
     const std::filesystem::path folder = home.path();
@@ -26,6 +39,7 @@ VirtualScreen::VirtualScreen(Screens screens) {
          {"WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORM", "LC_ALL", "LC_TIME"})
         setVariable(name, std::nullopt);
     setVariable("LANG", "C.UTF-8");
+    setVariable("TZ", zoneAtNoon());
     setVariable("NO_AT_BRIDGE", "1");
     startDisplay(screens);
     sessionBus = std::make_unique<PrivateBus>();
