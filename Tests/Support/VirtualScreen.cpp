@@ -99,12 +99,16 @@ int VirtualScreen::run(const std::vector<std::string>& arguments, std::string* o
 }
 
 void VirtualScreen::moveTo(QPoint place) const {
-    run({"xdotool", "mousemove", std::to_string(place.x()), std::to_string(place.y())});
+    // As a hand does, not in one leap: an X server in a Wayland session adds the last leap to where a press
+    // is.
+    const std::string row = std::to_string(place.y());
+    run({"xdotool", "mousemove", std::to_string(place.x() + 1), row, "mousemove", std::to_string(place.x()),
+         row});
 }
 
 void VirtualScreen::click(QPoint place, int button) const {
-    run({"xdotool", "mousemove", std::to_string(place.x()), std::to_string(place.y()), "click",
-         std::to_string(button)});
+    moveTo(place);
+    run({"xdotool", "click", std::to_string(button)});
 }
 
 void VirtualScreen::type(const std::string& key) const {
