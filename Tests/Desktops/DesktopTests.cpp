@@ -14,7 +14,6 @@ enum class Ability { OneScreen, Place, QuickClicks, Bottom, Dark, ScaleTwo, TwoS
 
 constexpr QPoint elsewhere{300, 500};
 constexpr QPoint emptyPartOfBar{300, 16};
-constexpr QRgb background = qRgb(51, 102, 153);
 constexpr QRgb grey = qRgb(236, 236, 236); // the popover's
 
 /// A host of icons, in one kind of session.
@@ -102,7 +101,7 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
     void startDesktop(const Bar& bar) {
         scale = bar.scale;
         desktop.emplace(GetParam().name, bar);
-        withoutBar = desktop->picture([](const QImage& now) { return now.pixel(elsewhere) == background; });
+        withoutBar = desktop->picture([](const QImage&) { return true; });
     }
 
     void startBar() {
