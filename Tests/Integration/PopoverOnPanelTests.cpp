@@ -116,6 +116,19 @@ TEST_F(PopoverOnPanel, HangsBelowThePanelWithItsArrowAtTheIconWhereverInItTheCli
     }
 }
 
+TEST_F(PopoverOnPanel, OutlivesTheClickThatOpensItThoughItHearsOfItsPressLater) {
+    startAgent();
+    openPopover();
+    for (int round = 0; round < 8; ++round) {
+        EXPECT_TRUE(closesOnClick()); // for a while, the rest of that click is awaited
+        agent->signal(SIGSTOP);
+        desktop.click(VirtualDesktop::icon);
+        agent->signal(SIGCONT);
+        ASSERT_TRUE(waitForLog("viewWillAppear(), ", round + 2));
+        EXPECT_TRUE(popoverGetsKeys()) << round;
+    }
+}
+
 TEST_F(PopoverOnPanel, IsNoTaskAndLeavesNoBlackMarginWhenTheCompositorEnds) {
     startAgent();
     openPopover();

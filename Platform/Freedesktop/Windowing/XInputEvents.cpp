@@ -35,6 +35,11 @@ std::optional<EventType> pressTypeOf(unsigned button) {
     }
 }
 
+/// Whether the X server sent what has that number of a request before it knew of the other request.
+bool isBefore(std::uint32_t sequence, std::uint32_t other) {
+    return std::int32_t(sequence - other) < 0;
+}
+
 bool isInOwnWindow(QPoint position) {
     const QWidget* widget = QApplication::widgetAt(position);
     // A window's bare surface is the margin around its frame: it shows what lies behind it.
@@ -67,6 +72,8 @@ XInputEvents::~XInputEvents() {
 }
 
 Subscription XInputEvents::addMonitorForEventsMatchingMask(EventMask mask, Handler handler) {
+    if (connection && monitors.empty())
+        monitoredFrom = xcb_no_operation(connection).sequence;
     return monitors.add(mask, std::move(handler), [this] { selectWhatIsNeeded(); });
 }
 
@@ -85,17 +92,17 @@ bool XInputEvents::nativeEventFilter(const QByteArray& eventType, void* message,
         return false;
     const auto* raw = static_cast<const xcb_input_raw_button_press_event_t*>(message);
     if (generic->event_type == XCB_INPUT_RAW_BUTTON_PRESS)
-        pressed(raw->detail);
+        pressed(raw->detail, generic->full_sequence);
     else if (generic->event_type == XCB_INPUT_RAW_BUTTON_RELEASE)
         released(raw->detail);
     return false;
 }
 
-void XInputEvents::pressed(unsigned button) {
+void XInputEvents::pressed(unsigned button, std::uint32_t sequence) {
     setClick(Click::NotSeen);
     const auto type = pressTypeOf(button);
     const QPoint position = QCursor::pos();
-    if (!type || isInOwnWindow(position))
+    if (!type || isBefore(sequence, monitoredFrom) || isInOwnWindow(position))
         return;
 
     const auto told = monitors.handlersFor(maskOf(*type));

@@ -14,7 +14,8 @@ namespace velloren {
 
 /// Global events from raw XInput 2 events of the root window, which arrive whoever holds a grab. Nothing is
 /// selected, and so no event wakes this process, while there is no monitor; the one exception is the rest of
-/// a click that a monitor was told of. Without an X display there are no events.
+/// a click that a monitor was told of. A monitor is told of no press from before it was added, such as that
+/// of the click for which it was. Without an X display there are no events.
 class XInputEvents final : public GlobalEvents, private QAbstractNativeEventFilter {
   public:
     XInputEvents();
@@ -27,7 +28,7 @@ class XInputEvents final : public GlobalEvents, private QAbstractNativeEventFilt
     enum class Click { NotSeen, Pressed, Released };
 
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
-    void pressed(unsigned button);
+    void pressed(unsigned button, std::uint32_t sequence);
     void released(unsigned button);
     void setClick(Click next);
     void selectWhatIsNeeded();
@@ -41,6 +42,7 @@ class XInputEvents final : public GlobalEvents, private QAbstractNativeEventFilt
     std::uint32_t rootWindow = 0;
     std::uint8_t inputOpcode = 0;
     std::uint32_t selected = 0;
+    std::uint32_t monitoredFrom = 0; ///< the number of a request
 };
 
 } // namespace velloren
