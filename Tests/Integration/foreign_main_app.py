@@ -47,26 +47,45 @@ def called(connection, sender, path, interface, method, parameters, invocation):
 connections = []
 
 
-def accepted(server, connection):
-    connections.append(connection)
-    connection.register_object("/com/velloren/Communication", INTERFACE, called, None, None)
-    return True
+def listen(called, asked=lambda: None):
+    """Serves the interface; `asked` is called for everyone who wants to be let in, on another thread."""
+
+    def accepted(server, connection):
+        connections.append(connection)
+        connection.register_object("/com/velloren/Communication", INTERFACE, called, None, None)
+        return True
+
+    def allowed(observer, mechanism):
+        asked()
+        return mechanism == "EXTERNAL"
+
+    folder = os.path.join(os.environ["XDG_RUNTIME_DIR"], "velloren")
+    os.makedirs(folder, mode=0o700, exist_ok=True)
+    endpoint = f"unix:path={folder}/foreign-{os.getpid()}"
+    observer = Gio.DBusAuthObserver()
+    observer.connect("allow-mechanism", allowed)
+    listener = Gio.DBusServer.new_sync(endpoint, Gio.DBusServerFlags.NONE, Gio.dbus_generate_guid(), observer)
+    listener.connect("new-connection", accepted)
+    listener.start()
+    connections.append(listener)
+    return endpoint
 
 
-folder = os.path.join(os.environ["XDG_RUNTIME_DIR"], "velloren")
-os.makedirs(folder, mode=0o700, exist_ok=True)
-endpoint = f"unix:path={folder}/foreign-{os.getpid()}"
-observer = Gio.DBusAuthObserver()
-observer.connect("allow-mechanism", lambda _, mechanism: mechanism == "EXTERNAL")
-listener = Gio.DBusServer.new_sync(endpoint, Gio.DBusServerFlags.NONE, Gio.dbus_generate_guid(), observer)
-listener.connect("new-connection", accepted)
-listener.start()
+def own_name(name=MAIN_APP):
+    Gio.bus_own_name_on_connection(Gio.bus_get_sync(Gio.BusType.SESSION), name, 0, None, None)
 
-bus = Gio.bus_get_sync(Gio.BusType.SESSION)
-Gio.bus_own_name_on_connection(bus, MAIN_APP, Gio.BusNameOwnerFlags.NONE, None, None)
-registry = Gio.DBusProxy.new_sync(
-    bus, 0, None, REGISTRY, "/com/velloren/EndPointHandling", "com.velloren.EndPointHandling", None
-)
-if not registry.registerListenerEndpoint("(ss)", endpoint, MAIN_APP):
-    sys.exit("the registry did not take the endpoint")
-GLib.MainLoop().run()
+
+def register(endpoint):
+    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+    registry = Gio.DBusProxy.new_sync(
+        bus, 0, None, REGISTRY, "/com/velloren/EndPointHandling", "com.velloren.EndPointHandling", None
+    )
+    return registry.registerListenerEndpoint("(ss)", endpoint, MAIN_APP)
+
+
+if __name__ == "__main__":
+    endpoint = listen(called)
+    own_name()
+    if not register(endpoint):
+        sys.exit("the registry did not take the endpoint")
+    GLib.MainLoop().run()

@@ -1,0 +1,111 @@
+#include "Tests/Integration/MenuAgentTest.h"
+#include "Tests/Support/ProcessFigures.h"
+
+#include <algorithm>
+
+/// What others on its session may do to the agent. VELLOREN_FAULTS tells how many times as often as usual,
+/// and VELLOREN_SEED repeats the randomness of another run.
+namespace velloren {
+
+namespace {
+
+int often(int count) {
+    const char* factor = std::getenv("VELLOREN_FAULTS");
+    return count * (factor ? std::max(1, std::atoi(factor)) : 1);
+}
+
+class Faults : public MenuAgentTest {
+  protected:
+    Faults() { startAgent(); }
+
+    void TearDown() override {
+        agent->signal(SIGTERM);
+        EXPECT_EQ(agent->wait(), 0);
+        const std::filesystem::path state(std::getenv("XDG_STATE_HOME"));
+        EXPECT_TRUE(std::filesystem::is_empty(state / "velloren/crashes"));
+    }
+
+    void suffer(const std::string& family, int times) {
+        const std::vector<std::string> arguments{FAULTS, family, std::to_string(times), desktop.folder(),
+                                                 std::to_string(agent->pid())};
+        const auto driver = desktop.start("/usr/bin/python3", arguments);
+        while (driver->isRunning())
+            VirtualDesktop::waitUntil([&] { return !driver->isRunning(); });
+        std::printf("%s", driver->output().c_str());
+        std::filesystem::remove(desktop.folder() / "python3");
+        ASSERT_EQ(driver->wait(), 0);
+    }
+
+    /// What must not grow: descriptors, threads, resources of the X server.
+    [[nodiscard]] std::string figures() const {
+        const std::string process = std::to_string(agent->pid());
+        std::string clients;
+        desktop.run({"xrestop", "-b", "-m", "1"}, &clients);
+        const auto name = std::min(clients.find("PID: " + process), clients.find("velloren-menu"));
+        const auto start = std::min(clients.find("windows", name), clients.size());
+        return std::to_string(descriptorsOf(agent->pid())) + " descriptors, " +
+               std::to_string(sumInFile("/proc/" + process + "/status", "Threads:")) + " threads\n" +
+               clients.substr(start, clients.find("other", start) - start);
+    }
+
+    void sufferLevel(const std::string& family, int times, long moreKibibytes) {
+        const std::string before = figures();
+        const long memory = privateMemoryOf(agent->pid());
+        suffer(family, times);
+        EXPECT_TRUE(desktop.waitUntil([&] { return figures() == before; })) << figures() << before;
+        std::printf("private memory %ld KiB, before %ld\n", privateMemoryOf(agent->pid()), memory);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // they keep what is freed
+        EXPECT_LT(privateMemoryOf(agent->pid()), memory + moreKibibytes);
+#endif
+    }
+};
+
+} // namespace
+
+TEST_F(Faults, OfMainAppsThatAreSlowSilentDyingLyingHugeOrLetNobodyInLoseNoRequest) {
+    suffer("main_apps", std::max(1, often(1) / 4));
+}
+
+TEST_F(Faults, OfMainAppsKilledAtAnyMomentLoseNoRequestButWithThem) {
+    suffer("killed_main_apps", often(10));
+    sufferLevel("killed_main_apps", often(40), 1024);
+}
+
+TEST_F(Faults, OfARegistryThatLiesHangsOrIsKilledLoseNoRequest) {
+    suffer("registries", std::max(1, often(1) / 10));
+}
+
+TEST_F(Faults, OfWhoStormsTheListenerLeaveNothing) {
+    suffer("storms", 1);
+    sufferLevel("storms", often(1), 512);
+}
+
+TEST_F(Faults, OfADamagedStoreLeaveTheNextOneReadable) {
+    suffer("stores", often(50));
+}
+
+TEST_F(Faults, OfPanelsAndOfWhoOwnsTheirNameLeaveTheIconInTheBar) {
+    for (int restart = 0; restart < often(2); ++restart) {
+        desktop.stopPanel();
+        desktop.startPanel();
+        ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; })) << restart;
+    }
+    desktop.stopPanel();
+    suffer("watchers", 8);
+    sufferLevel("watchers", often(48), 512);
+    desktop.startPanel();
+    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
+}
+
+TEST_F(Faults, OfTheManyOpeningsLeaveNothing) {
+    for (int round = 0; round < often(10); ++round) {
+        openPopover();
+        ASSERT_TRUE(closesOnClick()) << "in round " << round;
+    }
+    suffer("openings", 100);
+    desktop.moveTo(VirtualDesktop::elsewhere);
+    sufferLevel("openings", often(490), 512);
+    EXPECT_EQ(countInLog("MainViewController viewWillAppear()"), often(500) + 100);
+}
+
+} // namespace velloren

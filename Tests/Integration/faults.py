@@ -1,0 +1,445 @@
+#!/usr/bin/python3
+"""Does to the agent what others on its session may do, again and again, and checks what comes of it.
+
+usage: faults.py FAMILY TIMES FOLDER AGENT: a function below, the folder of the agent's output, its process
+"""
+
+import contextlib
+import functools
+import glob
+import os
+import pathlib
+import random
+import signal
+import socket
+import sqlite3
+import subprocess
+import sys
+import threading
+import time
+
+import foreign_main_app as far
+from foreign_main_app import Gio, GLib
+
+FAMILY, TIMES, FOLDER, AGENT = sys.argv[1], int(sys.argv[2]), sys.argv[3], int(sys.argv[4])
+SEED = os.environ.get("VELLOREN_SEED") or str(random.randrange(10**9))
+DATA = os.path.join(os.environ["XDG_DATA_HOME"], "velloren")
+STORE = DATA + "/meetings.sqlite3"
+SOCKETS = os.path.join(os.environ["XDG_RUNTIME_DIR"], "velloren")
+LEDGER = pathlib.Path(FOLDER, f"ledger-{os.getpid()}")
+NOTHING = "No upcoming meetings"
+WATCHER = "org.kde.StatusNotifierWatcher"
+
+
+def until(condition, what, pause=0.002):
+    limit = time.monotonic() + 60
+    while not condition():
+        assert time.monotonic() < limit, f"{what} does not come about"
+        GLib.MainContext.default().iteration(False)
+        time.sleep(pause)
+
+
+def interface_of(name, content):
+    return Gio.DBusNodeInfo.new_for_xml(f'<node><interface name="{name}">{content}</interface></node>').interfaces[0]
+
+
+def method(name, arguments=1):
+    return f'<method name="{name}">' + '<arg type="s" direction="in"/>' * arguments + "</method>"
+
+
+@functools.cache
+def listed(*titles):
+    entries = [{"id": GLib.Variant("s", title), "title": GLib.Variant("s", title)} for title in titles]
+    return GLib.Variant("(v)", (GLib.Variant("aa{sv}", entries),))
+
+
+def title_in_store():
+    return sqlite3.connect(STORE).execute("SELECT title FROM meeting").fetchone()[0]
+
+
+def reply_with(body, invocation):
+    reply = Gio.DBusMessage.new_method_reply(invocation.get_message())
+    reply.set_body(body)
+    invocation.get_connection().send_message(reply, Gio.DBusSendMessageFlags.NONE)
+
+
+# How a main app answers a question for meetings, what the agent logs of it, what its menu shows first (the store).
+ANSWERS = {
+    "good": (lambda call: call.return_value(listed(title_in_store())), "count = Optional(1)", None),
+    "slow": (lambda call: GLib.timeout_add(200, call.return_value, listed("late")), "count = Optional(1)", "late"),
+    "silent": (lambda call: None, "Fetching meetings from main app...", None),
+    "dying": (lambda call: os._exit(1), "is interrupted", None),
+    "refusing": (lambda call: call.return_dbus_error("a.b", "x" * 99999), "with error a.b", None),
+    "mistaken": (lambda call: reply_with(GLib.Variant("(s)", ("a",)), call), "count = nil", NOTHING),
+    "lying": (lambda call: reply_with(GLib.Variant("(v)", (GLib.Variant("t", 1),)), call), "count = nil", NOTHING),
+    "huge": (lambda call: call.return_value(listed("x" * (20 << 20))), "cannot be read", NOTHING),
+    "endless": (lambda call: call.return_value(listed(*["x"] * 20000)), "cannot be read", NOTHING),
+}
+# What a main app that lets nobody in does with who connects, and what the agent logs of that.
+WELCOMES = {
+    "hanging": (None, "established"),
+    "hanging up": (lambda peer: peer.close(), "established"),
+    "gabbling": (lambda peer: peer.send(b"\xff" * 99999), "established"),
+    "halfway": (lambda peer: peer.send(b"OK " + b"0" * 32 + b"\r\n"), "established"),
+    "gone": (None, "endPoint is nil"),
+}
+# What a registry says of where the main app listens; nothing at all comes last.
+EXECUTED = FOLDER + "/executed"
+PLACES = ["", f"unixexec:path=/usr/bin/touch,argv1={EXECUTED}", "tcp:host=localhost,port=1", "unix:path=/nonexistent",
+          "unix:path=" + "x" * 200, "x" * 99999]
+LIES = [*[GLib.Variant("(s)", (place,)) for place in PLACES], GLib.Variant("(b)", (True,)), GLib.Variant("(u)", (7,)), None]
+
+
+def listen_bare(manner):
+    listening = socket.socket(socket.AF_UNIX)
+    listening.bind(f"{SOCKETS}/bare-{os.getpid()}")
+    listening.listen(0)
+    far.connections.append(listening)
+
+    def welcome():
+        while True:
+            far.connections.append(listening.accept()[0])
+            WELCOMES[manner][0](far.connections[-1])
+
+    if manner == "gone":
+        listening.close()
+    elif WELCOMES[manner][0]:
+        threading.Thread(target=welcome, daemon=True).start()
+    return f"unix:path={SOCKETS}/bare-{os.getpid()}"
+
+
+def main_app(life, manner, haste="later"):
+    def note(*words):
+        with LEDGER.open("a") as ledger:
+            print(life, *words, file=ledger)
+
+    def called(connection, sender, path, interface, name, parameters, invocation):
+        if name == "fetchUpcomingMeetings":
+            ANSWERS[manner][0](invocation)
+        else:
+            note(*parameters.unpack())
+            invocation.return_value(None)
+
+    endpoint = listen_bare(manner) if manner in WELCOMES else far.listen(called, lambda: note("lets in"))
+    registered = haste == "sooner" and far.register(endpoint)
+    far.own_name()
+    if not registered:
+        far.register(endpoint)
+    GLib.MainLoop().run()
+
+
+def lying_registry(number):
+    def called(connection, sender, path, interface, name, parameters, invocation):
+        answer = GLib.Variant("(b)", (True,)) if name.startswith("register") else LIES[int(number)]
+        if answer:
+            reply_with(answer, invocation)
+
+    methods = method("registerListenerEndpoint", 2) + method("retrieveListenerEndpoint")
+    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+    interface = interface_of("com.velloren.EndPointHandling", methods)
+    bus.register_object("/com/velloren/EndPointHandling", interface, called, None, None)
+    far.own_name(far.REGISTRY)
+    GLib.MainLoop().run()
+
+
+# Starts others, in a process that never speaks D-Bus: the threads of one that did do not survive a fork.
+def start_peers(orders):
+    signal.signal(signal.SIGCHLD, signal.SIG_IGN)
+    while order := orders.recv(4096):
+        process = os.fork()
+        if process == 0:
+            name, *arguments = order.decode().split("\t")
+            globals()[name](*arguments)
+        orders.send(str(process).encode())
+    os._exit(0)
+
+
+peers, far_end = socket.socketpair()
+if os.fork() == 0:
+    peers.close()
+    start_peers(far_end)
+started = []
+
+
+def start(*order):
+    peers.send("\t".join(map(str, order)).encode())
+    started.append(int(peers.recv(100)))
+    return started[-1]
+
+
+bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+
+
+def call(name, path, interface, method, signature, *arguments):
+    question = GLib.Variant(signature, arguments)
+    return bus.call_sync(name, path, interface, method, question, None, 0, 30000, None).unpack()
+
+
+item = functools.partial(call, far.MAIN_APP + ".menu", "/StatusNotifierItem", "org.kde.StatusNotifierItem")
+menu = functools.partial(call, far.MAIN_APP + ".menu", "/StatusNotifierItem/Menu", "com.canonical.dbusmenu")
+
+
+# The number and the label of the first entry of the menu.
+def entry():
+    number, properties, _ = menu("GetLayout", "(iias)", 0, -1, [])[1][2][0]
+    return number, properties["label"]
+
+
+def show():
+    menu("AboutToShow", "(i)", 0)
+    return entry()
+
+
+def open_and_close():
+    for _ in range(2):
+        item("Activate", "(ii)", 0, 0)
+
+
+def owner(name):
+    daemon = ("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus")
+    with contextlib.suppress(GLib.GError):
+        return call(*daemon, "GetConnectionUnixProcessID", "(s)", name)[0]
+
+
+def log():
+    return pathlib.Path(FOLDER, "velloren-menu").read_text(errors="replace")
+
+
+def kill(process):
+    with contextlib.suppress(ProcessLookupError):
+        os.kill(process, signal.SIGKILL)
+
+
+def end(main_app):
+    kill(main_app)
+    until(lambda: owner(far.MAIN_APP) is None, "the end of the main app")
+
+
+# The ledger: each request is for a meeting of its own, and made in the life of a main app.
+requests = []
+life = 0
+
+
+def request():
+    name = str(len(requests) + 1)
+    with sqlite3.connect(STORE) as store:
+        store.execute("UPDATE meeting SET id = ?, title = ?", (name, name))
+    until(lambda: show()[1] == name, "the meeting in the menu")
+    menu("Event", "(isvu)", entry()[0], "clicked", GLib.Variant("i", 0), 0)
+    requests.append(life)
+
+
+def noted():
+    return [(int(words[0]), words[1]) for words in map(str.split, LEDGER.read_text().splitlines())]
+
+
+def arrives():
+    until(lambda: any(text == str(len(requests)) for _, text in noted()), "the latest request")
+
+
+def next_life(*manner):
+    global life
+    life += 1
+    return start("main_app", life, *manner)
+
+
+# A main app as it should be comes, gets what is due to it, and goes.
+def deliver():
+    process = next_life("good")
+    request()
+    arrives()
+    end(process)
+
+
+def check_ledger():
+    let_in = {life for life, text in noted() if text == "lets"}
+    arrivals = [(int(text), life) for life, text in noted() if text != "lets"]
+    names = [name for name, _ in arrivals]
+    assert names == sorted(set(names)), "not in order, or not once"
+    missing = sorted(set(range(1, len(requests) + 1)) - set(names))
+    for name in missing:
+        # It went with a main app that had let the agent in and was killed before the next one got anything.
+        after = next(life for later, life in arrivals if later > name)
+        assert let_in & set(range(requests[name - 1], after)), f"request {name} is lost"
+    print(f"{len(requests)} requests, {len(names)} arrived, {len(missing)} went with main apps that were killed")
+
+
+def main_apps():
+    for manner in [*ANSWERS, *WELCOMES] * TIMES:
+        before = len(log())
+        process = next_life(manner)
+        request()
+        _, text, label = ANSWERS.get(manner) or (*WELCOMES[manner], None)
+        until(lambda: show() and text in log()[before:], f"{text} of a main app that is {manner}", 0.5)
+        until(lambda: entry()[1] == (label or str(len(requests))), f"{label} of a main app that is {manner}")
+        open_and_close()
+        end(process)
+        deliver()
+
+
+def killed_main_apps():
+    for _ in range(TIMES):
+        time.sleep(random.uniform(0, 0.02))
+        process = next_life("good", random.choice(["sooner", "sooner", "later"]))
+        end_at_any_moment = threading.Timer(random.choice([0.02, 0.05, 0.1, 0.8]) * random.random(), kill, [process])
+        end_at_any_moment.start()
+        while end_at_any_moment.is_alive():
+            time.sleep(random.uniform(0, 0.05))
+            request()
+    deliver()
+
+
+def ask_in_vain():
+    tries = log().count("Trying to establish")
+    process = next_life("good")
+    request()
+    until(lambda: log().count("Trying to establish") > tries + 1, "the next attempt")
+    return process
+
+
+def registries():
+    for number in [*range(len(LIES))] * TIMES:
+        liar = start("lying_registry", number)
+        while (former := owner(far.REGISTRY)) != liar:
+            if former:
+                kill(former)
+        in_vain = ask_in_vain()
+        kill(liar)
+        end(in_vain)
+        deliver()
+        hung = owner(far.REGISTRY)
+        os.kill(hung, signal.SIGSTOP)
+        in_vain = ask_in_vain()
+        os.kill(hung, signal.SIGCONT)
+        arrives()
+        kill(hung)
+        end(in_vain)
+        deliver()
+    assert not os.path.exists(EXECUTED)
+
+
+def storms():
+    descriptors = f"/proc/{AGENT}/fd"
+    before = len(os.listdir(descriptors))
+    [endpoint] = glob.glob(f"{SOCKETS}/endpoint-{AGENT}-*.socket")
+    words = [b"", b"\0", b"\0AUTH EXTERNAL 30\r\n", b"\0AUTH EXTERNAL\r\nDATA\r\nBEGIN\r\n", b"l\1\0\1" * 9999]
+    for _ in range(TIMES):
+        clients = [socket.socket(socket.AF_UNIX) for _ in range(500)]
+        for client in clients:
+            client.setblocking(False)
+            with contextlib.suppress(OSError):
+                client.connect(endpoint)
+                client.send(random.choice(words))
+        show()
+        for client in clients:
+            client.close()
+    until(lambda: len(os.listdir(descriptors)) == before, "the end of what the storm opened")
+    deliver()
+
+
+def stores():
+    held = []
+
+    def execute(*statements):
+        held.append(sqlite3.connect(STORE, isolation_level=None))
+        for statement in statements:
+            held[-1].execute(statement)
+
+    rows = ", ".join(f"('{n}', 'sound{'x' * 200}', '2001-03-07T14:05:00+01:00', {4000000000 + n})" for n in range(300))
+    execute("PRAGMA wal_autocheckpoint = 0", "DELETE FROM meeting", "INSERT INTO meeting VALUES " + rows,
+            "PRAGMA wal_checkpoint(TRUNCATE)", "UPDATE meeting SET title = 'sound' WHERE id < 3")
+    sound = {suffix: pathlib.Path(STORE + suffix).read_bytes() for suffix in ("", "-wal")}
+
+    def write(suffix, content):
+        pathlib.Path(STORE + suffix).write_bytes(content)
+
+    def flip(count):
+        suffix = random.choice([*sound])
+        content = bytearray(sound[suffix])
+        for _ in range(count):
+            content[random.randrange(random.choice([32, 4096, len(content)]))] ^= 1 << random.randrange(8)
+        write(suffix, content)
+
+    def cut():
+        suffix = random.choice([*sound])
+        write(suffix, sound[suffix][: random.randrange(len(sound[suffix]))])
+
+    def fill_disk():
+        if os.geteuid() or subprocess.run(["mount", "-t", "tmpfs", "-o", "size=400k", "tmpfs", DATA], check=False).returncode:
+            print("a full disk is left out")
+            return
+        held.append(None)
+        with contextlib.suppress(OSError):
+            for suffix, content in sound.items():
+                write(suffix, content)
+            write("-filler", bytes(1 << 20))
+
+    schemas = ["ALTER TABLE meeting RENAME title TO name", "DROP TABLE meeting", "DROP INDEX meeting_start",
+               "UPDATE meeting SET title = zeroblob(99999), id = NULL", "UPDATE meeting SET start_utc = 'soon'",
+               "DROP TABLE meeting; CREATE VIEW meeting AS SELECT 1 id, 2 title, 3 start_time, 9e9 start_utc"]
+    ways = [
+        lambda: flip(1), lambda: flip(1), lambda: flip(50), cut, cut,
+        lambda: write(random.choice([*sound, "-shm"]), random.randbytes(random.randrange(99999))),
+        lambda: execute(*random.choice(schemas).split(";")),
+        lambda: execute("PRAGMA locking_mode = EXCLUSIVE", "BEGIN EXCLUSIVE", "DELETE FROM meeting"),
+        lambda: os.chmod(random.choice([STORE, STORE + "-wal", DATA]), 0),
+    ]
+    for number in range(TIMES):
+        while held:
+            connection = held.pop()
+            connection.close() if connection else subprocess.run(["umount", DATA], check=True)
+        os.chmod(DATA, 0o700)
+        for file in glob.glob(STORE + "*"):
+            os.remove(file)
+        for suffix, content in sound.items():
+            write(suffix, content)
+        until(lambda: "sound" in show()[1], "what a sound store holds")
+        fill_disk() if number % 50 == 25 else ways[number % len(ways)]()
+        show()
+        open_and_close()
+
+
+def watchers():
+    heard = []
+
+    def called(connection, sender, path, interface, name, parameters, invocation):
+        heard.append(connection)
+        invocation.return_value(None)
+
+    hosted = '<property name="IsStatusNotifierHostRegistered" type="b" access="read"/>'
+    interface = interface_of(WATCHER, method("RegisterStatusNotifierItem") + hosted)
+    kind = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+    taking = Gio.BusNameOwnerFlags.ALLOW_REPLACEMENT | Gio.BusNameOwnerFlags.REPLACE
+    former = None
+    for _ in range(TIMES):
+        watcher = Gio.DBusConnection.new_for_address_sync(os.environ["DBUS_SESSION_BUS_ADDRESS"], kind, None, None)
+        watcher.register_object("/StatusNotifierWatcher", interface, called, lambda *_: GLib.Variant("b", True), None)
+        if former and random.random() < 0.5:
+            former.close_sync()
+        Gio.bus_own_name_on_connection(watcher, WATCHER, taking, None, None)
+        until(lambda: watcher in heard, "the item at the next watcher")
+        if former and not former.is_closed():
+            former.close_sync()
+        former = watcher
+        heard.clear()
+
+
+def openings():
+    for _ in range(TIMES):
+        open_and_close()
+
+
+random.seed(SEED)
+LEDGER.touch()
+try:
+    with sqlite3.connect(STORE) as filled:
+        filled.execute("DELETE FROM meeting")
+        filled.execute("INSERT INTO meeting VALUES('0', '0', NULL, 4000000000)")
+    globals()[FAMILY]()
+    check_ledger()
+    print(f"{TIMES} times {FAMILY}, seed {SEED}")
+finally:
+    for process in started:
+        kill(process)
+    if os.path.ismount(DATA):
+        subprocess.run(["umount", DATA], check=True)
