@@ -50,12 +50,12 @@ class Faults : public MenuAgentTest {
 
     void sufferLevel(const std::string& family, int times, long moreKibibytes) {
         const std::string before = figures();
-        const long memory = privateMemoryOf(agent->pid());
+        const long memory = writtenMemoryOf(agent->pid());
         suffer(family, times);
         EXPECT_TRUE(desktop.waitUntil([&] { return figures() == before; })) << figures() << before;
-        std::printf("private memory %ld KiB, before %ld\n", privateMemoryOf(agent->pid()), memory);
+        std::printf("written memory %ld KiB, before %ld\n", writtenMemoryOf(agent->pid()), memory);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // they keep what is freed
-        EXPECT_LT(privateMemoryOf(agent->pid()), memory + moreKibibytes);
+        EXPECT_LT(writtenMemoryOf(agent->pid()), memory + moreKibibytes);
 #endif
     }
 };

@@ -26,6 +26,12 @@ namespace velloren {
     return sumInFile(file, "Private_Clean:") + sumInFile(file, "Private_Dirty:");
 }
 
+/// The part of it that the process has written to. What it only reads of its libraries becomes its own as
+/// well when other programs that use them end.
+[[nodiscard]] inline long writtenMemoryOf(pid_t process) {
+    return sumInFile("/proc/" + std::to_string(process) + "/smaps_rollup", "Private_Dirty:");
+}
+
 /// How many files, sockets and the like the process has open.
 [[nodiscard]] inline std::ptrdiff_t descriptorsOf(pid_t process) {
     const std::filesystem::directory_iterator open("/proc/" + std::to_string(process) + "/fd");
