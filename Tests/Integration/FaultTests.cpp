@@ -20,7 +20,8 @@ class Faults : public MenuAgentTest {
 
     void TearDown() override {
         agent->signal(SIGTERM);
-        EXPECT_EQ(agent->wait(), 0);
+        expectOrderlyEnd();
+        EXPECT_EQ(countInLog("applicationShouldTerminate: <Signal: SIGTERM>"), 1);
         const std::filesystem::path state(std::getenv("XDG_STATE_HOME"));
         EXPECT_TRUE(std::filesystem::is_empty(state / "velloren/crashes"));
     }
@@ -48,10 +49,10 @@ class Faults : public MenuAgentTest {
                clients.substr(start, clients.find("other", start) - start);
     }
 
-    void sufferLevel(const std::string& family, int times, long moreKibibytes) {
+    void expectLevel(const std::function<void()>& suffering, [[maybe_unused]] long moreKibibytes) {
         const std::string before = figures();
         const long memory = writtenMemoryOf(agent->pid());
-        suffer(family, times);
+        suffering();
         EXPECT_TRUE(desktop.waitUntil([&] { return figures() == before; })) << figures() << before;
         std::printf("written memory %ld KiB, before %ld\n", writtenMemoryOf(agent->pid()), memory);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // they keep what is freed
@@ -68,33 +69,32 @@ TEST_F(Faults, OfMainAppsThatAreSlowSilentDyingLyingHugeOrLetNobodyInLoseNoReque
 
 TEST_F(Faults, OfMainAppsKilledAtAnyMomentLoseNoRequestButWithThem) {
     suffer("killed_main_apps", often(10));
-    sufferLevel("killed_main_apps", often(40), 1024);
+    expectLevel([&] { suffer("killed_main_apps", often(40)); }, 1024);
 }
 
-TEST_F(Faults, OfARegistryThatLiesHangsOrIsKilledLoseNoRequest) {
-    suffer("registries", std::max(1, often(1) / 10));
+TEST_F(Faults, OfARegistryThatHangsOrIsKilledLoseNoRequest) {
+    suffer("registries", often(1));
 }
 
 TEST_F(Faults, OfWhoStormsTheListenerLeaveNothing) {
     suffer("storms", 1);
-    sufferLevel("storms", often(1), 512);
+    expectLevel([&] { suffer("storms", often(1)); }, 512);
 }
 
 TEST_F(Faults, OfADamagedStoreLeaveTheNextOneReadable) {
     suffer("stores", often(50));
 }
 
-TEST_F(Faults, OfPanelsAndOfWhoOwnsTheirNameLeaveTheIconInTheBar) {
-    for (int restart = 0; restart < often(2); ++restart) {
-        desktop.stopPanel();
-        desktop.startPanel();
-        ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; })) << restart;
-    }
-    desktop.stopPanel();
-    suffer("watchers", 8);
-    sufferLevel("watchers", often(48), 512);
-    desktop.startPanel();
-    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
+TEST_F(Faults, OfPanelsThatAreKilledLeaveTheIconInTheBarAndNothingElse) {
+    const auto killPanels = [this](int count) {
+        for (int killed = 0; killed < count; ++killed) {
+            desktop.stopPanel();
+            desktop.startBar();
+            ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; })) << killed;
+        }
+    };
+    killPanels(1);
+    expectLevel([&] { killPanels(often(3)); }, 512);
 }
 
 TEST_F(Faults, OfTheManyOpeningsLeaveNothing) {
@@ -102,10 +102,12 @@ TEST_F(Faults, OfTheManyOpeningsLeaveNothing) {
         openPopover();
         ASSERT_TRUE(closesOnClick()) << "in round " << round;
     }
-    suffer("openings", 100);
+    suffer("openings", 200); // the agent gives memory back seconds after its start
     desktop.moveTo(VirtualDesktop::elsewhere);
-    sufferLevel("openings", often(490), 512);
-    EXPECT_EQ(countInLog("MainViewController viewWillAppear()"), often(500) + 100);
+    const int before = countInLog("MainViewController viewWillAppear()");
+    // Xlib keeps 0.15 KiB for the titles of each window, until it waits for an answer again.
+    expectLevel([&] { suffer("openings", often(490)); }, 512 + often(490) / 5);
+    EXPECT_EQ(countInLog("MainViewController viewWillAppear()"), before + often(490));
 }
 
 } // namespace velloren

@@ -1,6 +1,5 @@
 #include "Tests/Integration/MenuAgentTest.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace velloren {
@@ -28,7 +27,7 @@ class ScreenReader : public MenuAgentTest {
 
     std::string accessibles(const std::string& nameToPress = {}) {
         std::string printed;
-        desktop.run({"/usr/bin/python3", listAccessibles, "velloren-menu", nameToPress}, &printed);
+        desktop.run({"/usr/bin/python3", LIST_ACCESSIBLES, "velloren-menu", nameToPress}, &printed);
         return printed;
     }
 
@@ -101,12 +100,9 @@ TEST_F(SecondStart, TakesThePlaceOfAFirstThatIsAboutToEnd) {
     ::tgkill(first->pid(), first->pid(), SIGTERM); // its main thread, as while it is not stopped
     agent = desktop.start(binaries + "/velloren-menu");
     ASSERT_TRUE(desktop.waitUntil([this] {
-        std::string queue;
-        desktop.run({"dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus",
-                     "/org/freedesktop/DBus", "org.freedesktop.DBus.ListQueuedOwners",
-                     "string:com.velloren.velloren-mac.menu"},
-                    &queue);
-        return std::ranges::count(queue, '"') == 4;
+        const auto queue =
+            desktop.bus().callDaemon("ListQueuedOwners", {"string:com.velloren.velloren-mac.menu"});
+        return std::ranges::count(queue.value_or(""), '"') == 4;
     })) << "two are in line";
     first->signal(SIGCONT);
     EXPECT_EQ(first->wait(), 0);

@@ -4,13 +4,13 @@ namespace velloren {
 
 namespace {
 
-class MainApp : public MenuAgentTest, public ::testing::WithParamInterface<MenuAgentTest::Make> {};
+using MainApp = MenuAgentTest;
 
 class OddRegistry : public MenuAgentTest, public ::testing::WithParamInterface<const char*> {};
 
 } // namespace
 
-TEST_P(MainApp, IsAskedWhatWasWantedWhileItWasOffInOrderAndOnceAndIsLaunchedAgain) {
+TEST_F(MainApp, IsAskedWhatWasWantedWhileItWasOffInOrderAndOnceAndIsLaunchedAgain) {
     startAgent();
     openMeeting(0);
     createMeeting();
@@ -19,7 +19,7 @@ TEST_P(MainApp, IsAskedWhatWasWantedWhileItWasOffInOrderAndOnceAndIsLaunchedAgai
     EXPECT_EQ(countInLog("operation is recorded, waiting for main app to launch..."), 3);
 
     // Not before, or the first request would have started it.
-    installMainApp(GetParam());
+    installMainApp();
     openMeeting(2);
     ASSERT_TRUE(waitForLog("Connection to main app established"));
     std::vector<std::string> expected{"open demo-1", "create", "open demo-2", "open demo-3"};
@@ -42,12 +42,6 @@ TEST_P(MainApp, IsAskedWhatWasWantedWhileItWasOffInOrderAndOnceAndIsLaunchedAgai
     expectRequests(expected);
     EXPECT_EQ(mainAppProcesses().size(), 2u);
 }
-
-INSTANTIATE_TEST_SUITE_P(OfEitherMake, MainApp,
-                         ::testing::Values(MenuAgentTest::Make::StandIn, MenuAgentTest::Make::Foreign),
-                         [](const auto& info) {
-                             return info.param == MenuAgentTest::Make::StandIn ? "StandIn" : "Foreign";
-                         });
 
 TEST_P(OddRegistry, LeavesTheAgentWithItsPopoverAndTenAttempts) {
     installRegistry(GetParam());

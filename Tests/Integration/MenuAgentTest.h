@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,48 +17,164 @@ namespace velloren {
 /// The agent as a process on a desktop of its own, with the registry started by the bus, a store with
 /// meetings and a user who is logged in.
 class MenuAgentTest : public ::testing::Test {
-  public:
-    enum class Make { StandIn, Foreign };
-
   protected:
     inline static const std::string mainAppName = "com.velloren.velloren-mac";
     inline static const std::string binaries = VELLOREN_BINARIES;
-    static const std::string listAccessibles; ///< a program; its argument is the name of an application
 
-    MenuAgentTest();
-    ~MenuAgentTest() override;
+    MenuAgentTest() {
+        installRegistry(binaries + "/velloren-agent");
+        EXPECT_EQ(desktop.start(binaries + "/velloren-main", {"--make-demonstration-store"})->wait(), 0);
+    }
 
-    void startAgent();
+    ~MenuAgentTest() override {
+        if (HasFailure() && agent) {
+            const auto picture =
+                std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) + ".png";
+            desktop.screen().save(QString::fromStdString(picture));
+            std::fprintf(stderr, "--- the screen is in %s; the agent's log\n%s",
+                         std::filesystem::absolute(picture).c_str(), agent->output().c_str());
+        }
+        for (const pid_t process : mainAppProcesses())
+            kill(process, SIGKILL);
+    }
+
+    void startAgent() {
+        agent = desktop.start(binaries + "/velloren-menu");
+        ASSERT_TRUE(waitForLog("Registering menuAppListener endpoint SUCCESSFUL"));
+        if (desktop.hasTray()) {
+            ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
+        }
+    }
+
+    /// The agent ends by itself, as it should.
+    void expectOrderlyEnd() {
+        EXPECT_EQ(agent->wait(), 0);
+        EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
+    }
+
     /// From now on the bus starts this command when the registry is asked for.
-    void installRegistry(const std::string& command);
-    /// Has the bus start this main app when it is asked to.
-    void installMainApp(Make make = Make::StandIn);
+    void installRegistry(const std::string& command) {
+        desktop.bus().addService(mainAppName + ".agent", command);
+    }
+
+    /// Has the bus start the main app when it is asked to.
+    void installMainApp() {
+        const auto script = desktop.folder() / "main-app.sh";
+        std::ofstream(script) << "cd " << desktop.folder().string() << "\necho $$ >> main-app.pids\nexec "
+                              << binaries
+                              << "/velloren-main --no-window --log-requests requests >> main-app.log 2>&1\n";
+        desktop.bus().addService(mainAppName, "/bin/sh " + script.string());
+    }
 
     /// Clicks the icon until the popover is open.
-    void openPopover(QPoint place = VirtualDesktop::icon);
+    void openPopover(QPoint place = VirtualDesktop::icon) {
+        ASSERT_FALSE(desktop.popover());
+        // A panel that just got the item may not show it yet.
+        ASSERT_TRUE(desktop.waitUntil([this, place] {
+            desktop.click(place);
+            for (int look = 0; look < 20; ++look) {
+                if (desktop.popover())
+                    return true;
+            }
+            return false;
+        }));
+    }
+
     /// Whether what is typed comes to go to the popover.
-    bool popoverGetsKeys();
-    bool closesWithin(const std::function<void()>& action);
-    bool closesOnClick(QPoint place = VirtualDesktop::elsewhere, int button = 1);
-    void clickOpenButton(int row);
+    bool popoverGetsKeys() {
+        return desktop.waitUntil([this] {
+            std::string title;
+            return desktop.run({"xdotool", "getwindowfocus", "getwindowname"}, &title) == 0 &&
+                   title == "Velloren\n";
+        });
+    }
+
+    bool closesWithin(const std::function<void()>& action) {
+        action();
+        return desktop.waitUntil([this] { return !desktop.popover(); });
+    }
+
+    bool closesOnClick(QPoint place = VirtualDesktop::elsewhere) {
+        return closesWithin([&] { desktop.click(place); });
+    }
+
+    void clickOpenButton(int row) {
+        const auto window = desktop.popover();
+        ASSERT_TRUE(window);
+        desktop.click({window->right() - screenGap - 43, window->top() + 46 + 60 * row});
+    }
+
     /// These open the popover, choose in it and wait until it has closed.
-    void openMeeting(int row);
-    void createMeeting();
+    void openMeeting(int row) {
+        openPopover();
+        EXPECT_TRUE(closesWithin([&] { clickOpenButton(row); }));
+    }
+
+    void createMeeting() {
+        openPopover();
+        const auto window = desktop.popover();
+        ASSERT_TRUE(window);
+        EXPECT_TRUE(closesOnClick({window->center().x(), window->top() + 16 + 180 + 20}));
+    }
+
     /// Clicks the button of the action menu, and what `item` rows below it is: 0 is the first that shows.
-    void openActionMenu();
-    void clickActionMenu(int item);
+    void openActionMenu() {
+        const auto window = desktop.popover();
+        ASSERT_TRUE(window);
+        desktop.click({window->right() - screenGap - 24, window->bottom() - shadow - 8 - 15});
+        ASSERT_TRUE(desktop.waitUntil([this] { return desktop.menu().has_value(); }));
+    }
 
-    [[nodiscard]] std::string log() const { return agent->output(); }
+    void clickActionMenu(int item) {
+        openActionMenu();
+        const auto menu = desktop.menu();
+        ASSERT_TRUE(menu);
+        constexpr std::array places{18, 43, 78};
+        desktop.click({menu->center().x(), menu->top() + places.at(std::size_t(item))});
+    }
 
-    [[nodiscard]] int countInLog(const std::string& text) const;
-    bool waitForLog(const std::string& text, int times = 1);
+    [[nodiscard]] int countInLog(const std::string& text) const {
+        return int(QString::fromStdString(agent->output()).count(QString::fromStdString(text)));
+    }
+
+    bool waitForLog(const std::string& text, int times = 1) {
+        return desktop.waitUntil([&] { return countInLog(text) >= times; });
+    }
+
     /// What the main app was asked, "fetch" left out.
-    [[nodiscard]] std::vector<std::string> requests() const;
-    void expectRequests(const std::vector<std::string>& expected);
-    [[nodiscard]] std::vector<pid_t> mainAppProcesses() const;
+    [[nodiscard]] std::vector<std::string> requests() const {
+        auto lines = linesOf("requests");
+        std::erase(lines, "fetch");
+        return lines;
+    }
+
+    void expectRequests(const std::vector<std::string>& expected) {
+        desktop.waitUntil([&] { return requests().size() >= expected.size(); });
+        EXPECT_EQ(requests(), expected);
+    }
+
+    [[nodiscard]] std::vector<pid_t> mainAppProcesses() const {
+        std::vector<pid_t> processes;
+        for (const std::string& line : linesOf("main-app.pids"))
+            processes.push_back(std::stoi(line));
+        return processes;
+    }
 
     VirtualDesktop desktop;
     std::unique_ptr<Process> agent;
+
+  private:
+    static constexpr int shadow = 12;
+    static constexpr int screenGap =
+        4; // between the popover and the edge of the screen, where its window ends
+
+    [[nodiscard]] std::vector<std::string> linesOf(const char* file) const {
+        std::vector<std::string> lines;
+        std::ifstream stream(desktop.folder() / file);
+        for (std::string line; std::getline(stream, line);)
+            lines.push_back(line);
+        return lines;
+    }
 };
 
 } // namespace velloren

@@ -1,10 +1,6 @@
 #include "Tests/Integration/MenuAgentTest.h"
 #include "Tests/Support/Pictures.h"
 
-#include <algorithm>
-#include <cstdlib>
-#include <fstream>
-
 namespace velloren {
 
 namespace {
@@ -20,15 +16,6 @@ double middleOf(const QImage& screen, int row, const std::function<bool(QColor)>
 }
 
 } // namespace
-
-TEST_F(IconInPanel, AppearsOnceAndGoesWithTheAgent) {
-    startAgent();
-    agent->signal(SIGTERM);
-    EXPECT_EQ(agent->wait(), 0);
-    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 0; }));
-    EXPECT_EQ(countInLog("applicationShouldTerminate: <Signal: SIGTERM>"), 1);
-    EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
-}
 
 TEST_F(IconInPanel, StandsInATrayOfTheOlderKindWhereThereIsNoOther) {
     desktop.stopPanel();
@@ -73,16 +60,14 @@ TEST_F(IconInPanel, EndsInOrderOnASignalThatComesWithTheEndOfTheBus) {
     desktop.bus().stop();
     ::tgkill(agent->pid(), agent->pid(), SIGTERM); // its main thread, as while it is not stopped
     agent->signal(SIGCONT);
-    EXPECT_EQ(agent->wait(), 0);
-    EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
+    expectOrderlyEnd();
 }
 
 TEST_F(IconInPanel, EndsOnASignalThoughTheBusHangs) {
     startAgent();
     desktop.bus().hang();
     agent->signal(SIGTERM);
-    EXPECT_EQ(agent->wait(), 0);
-    EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
+    expectOrderlyEnd();
 }
 
 TEST_F(PopoverOnPanel, GoesAlongToAnotherWorkspace) {
@@ -149,27 +134,6 @@ TEST_F(PopoverOnPanel, IsNoTaskAndLeavesNoBlackMarginWhenTheCompositorEnds) {
         return screen.pixelColor(margin) == screen.pixelColor(VirtualDesktop::elsewhere);
     }));
     EXPECT_TRUE(desktop.popover());
-}
-
-TEST_F(PopoverOnPanel, ShowsTheStoreOrThatThereIsNothingAndTheCreateRowToTheUserAlone) {
-    startAgent();
-    openPopover();
-    EXPECT_EQ(countInLog("Fetching from Realm, meetings.count=4"), 1);
-    const int full = desktop.popover()->height();
-    EXPECT_TRUE(closesOnClick());
-
-    const auto store = std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "velloren/meetings.sqlite3";
-    for (const char* other : {"-wal", "-shm"})
-        std::filesystem::remove(store.string() + other);
-    std::filesystem::resize_file(store, 100);
-    openPopover();
-    EXPECT_EQ(countInLog("Fetching from Realm failed, returned object is nil"), 1);
-    EXPECT_EQ(desktop.popover()->height(), full - 180 + 34);
-    EXPECT_TRUE(closesOnClick());
-
-    std::filesystem::remove_all(std::filesystem::path(std::getenv("XDG_CONFIG_HOME")) / "velloren");
-    openPopover();
-    EXPECT_EQ(desktop.popover()->height(), full - 180 + 34 - 40);
 }
 
 } // namespace velloren

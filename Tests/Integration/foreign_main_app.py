@@ -1,11 +1,6 @@
-#!/usr/bin/python3
-"""A main app of another make: the far end of the link on GDBus, written from the wire contract alone.
-
-usage: foreign_main_app.py --log-requests FILE
-"""
+"""What a main app of another make needs: the far end of the link on GDBus, written from the wire contract alone."""
 
 import os
-import sys
 
 import gi
 
@@ -27,27 +22,10 @@ INTERFACE = Gio.DBusNodeInfo.new_for_xml(
 """
 ).interfaces[0]
 
-
-def meeting(number):
-    texts = {"id": f"demo-{number}", "title": f"Meeting {number}", "startTime": "2001-03-07T14:05:00+01:00"}
-    return {key: GLib.Variant("s", text) for key, text in texts.items()}
-
-
-def called(connection, sender, path, interface, method, parameters, invocation):
-    words = {"openMeetingWithId": "open", "createNewMeeting": "create", "fetchUpcomingMeetings": "fetch"}
-    with open(sys.argv[2], "a", encoding="utf-8") as log:
-        print(words[method], *parameters.unpack(), file=log)
-    if words[method] == "fetch":
-        meetings = GLib.Variant("aa{sv}", [meeting(number) for number in range(1, 5)])
-        invocation.return_value(GLib.Variant("(v)", (meetings,)))
-    else:
-        invocation.return_value(None)
-
-
 connections = []
 
 
-def listen(called, asked=lambda: None):
+def listen(called, asked):
     """Serves the interface; `asked` is called for everyone who wants to be let in, on another thread."""
 
     def accepted(server, connection):
@@ -71,8 +49,8 @@ def listen(called, asked=lambda: None):
     return endpoint
 
 
-def own_name(name=MAIN_APP):
-    Gio.bus_own_name_on_connection(Gio.bus_get_sync(Gio.BusType.SESSION), name, 0, None, None)
+def own_name():
+    Gio.bus_own_name_on_connection(Gio.bus_get_sync(Gio.BusType.SESSION), MAIN_APP, 0, None, None)
 
 
 def register(endpoint):
@@ -81,11 +59,3 @@ def register(endpoint):
         bus, 0, None, REGISTRY, "/com/velloren/EndPointHandling", "com.velloren.EndPointHandling", None
     )
     return registry.registerListenerEndpoint("(ss)", endpoint, MAIN_APP)
-
-
-if __name__ == "__main__":
-    endpoint = listen(called)
-    own_name()
-    if not register(endpoint):
-        sys.exit("the registry did not take the endpoint")
-    GLib.MainLoop().run()

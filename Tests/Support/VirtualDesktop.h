@@ -2,6 +2,9 @@
 
 #include "Tests/Support/HostDesktop.h"
 
+#include <QRegularExpression>
+#include <QString>
+
 namespace velloren {
 
 /// The desktop that most tests use: Xfce's, with its panel.
@@ -13,24 +16,63 @@ class VirtualDesktop : public HostDesktop {
     /// From the icon's middle up to the margin around its glyph.
     static constexpr QPoint aboveGlyph{0, 10};
 
-    VirtualDesktop();
+    VirtualDesktop() : HostDesktop("xfce") { startBar(); }
 
     /// Kills the panel, as a crash does, and waits until its tray is gone.
-    void stopPanel();
-    [[nodiscard]] bool hasTray() const;
+    void stopPanel() {
+        stopBar();
+        waitUntil([this] { return !hasTray(); });
+    }
+
+    [[nodiscard]] bool hasTray() const { return bus().hasOwner("org.kde.StatusNotifierWatcher"); }
+
     /// The items in the tray.
-    [[nodiscard]] int itemCount() const;
+    [[nodiscard]] int itemCount() const {
+        const auto items = bus().call(
+            "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties.Get",
+            {"string:org.kde.StatusNotifierWatcher", "string:RegisteredStatusNotifierItems"});
+        return int(QString::fromStdString(items.value_or("")).count(QStringLiteral("string \"")));
+    }
 
     /// The window of the popover, shadow included; none while it is closed.
-    [[nodiscard]] std::optional<QRect> popover() const;
+    [[nodiscard]] std::optional<QRect> popover() const {
+        return agentWindow([](QSize size) { return size.width() >= 320; });
+    }
+
     /// The menu of the popover; none while it is closed.
-    [[nodiscard]] std::optional<QRect> menu() const;
+    [[nodiscard]] std::optional<QRect> menu() const {
+        return agentWindow([](QSize size) { return size.width() < 320 && size.height() > 50; });
+    }
+
     /// The icon's window in a tray that takes in windows; none while it is in none.
-    [[nodiscard]] std::optional<QRect> legacyIcon() const;
+    [[nodiscard]] std::optional<QRect> legacyIcon() const {
+        return agentWindow([](QSize size) { return size.width() >= 16 && size.width() <= 50; });
+    }
 
   private:
-    [[nodiscard]] bool isViewable(const std::string& window) const;
-    [[nodiscard]] std::optional<QRect> agentWindow(const std::function<bool(QSize)>& fits) const;
+    [[nodiscard]] std::optional<QRect> agentWindow(const std::function<bool(QSize)>& fits) const {
+        std::string tree;
+        run({"xwininfo", "-root", "-tree"}, &tree);
+        // A line of a window: its number, "name", ("instance" "class"), size and place in its parent, place
+        // on the screen.
+        static const QRegularExpression window(QStringLiteral(
+            R"((0x\w+) .*\("velloren-menu" "velloren-menu"\)\s+(\d+)x(\d+)\+\S+\s+\+(-?\d+)\+(-?\d+))"));
+        auto matches = window.globalMatch(QString::fromStdString(tree));
+        while (matches.hasNext()) {
+            const auto match = matches.next();
+            const QRect geometry(match.captured(4).toInt(), match.captured(5).toInt(),
+                                 match.captured(2).toInt(), match.captured(3).toInt());
+            if (fits(geometry.size()) && isViewable(match.captured(1).toStdString()))
+                return geometry;
+        }
+        return std::nullopt;
+    }
+
+    [[nodiscard]] bool isViewable(const std::string& window) const {
+        std::string state;
+        run({"xwininfo", "-id", window, "-stats"}, &state);
+        return state.find("IsViewable") != std::string::npos;
+    }
 };
 
 } // namespace velloren

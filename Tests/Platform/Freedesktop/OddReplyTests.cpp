@@ -100,6 +100,17 @@ class OddReply : public LinkTest {
         disconnect();
         return meetings;
     }
+
+    /// What arrives when a question for an endpoint is answered like that.
+    std::optional<Endpoint> endpointIn(const std::string& signature, const std::string& body) {
+        connectTo(signature, body);
+        std::promise<std::optional<Endpoint>> answer;
+        std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy())
+            ->retrieveListenerEndpoint("app", [&](const auto& found) { answer.set_value(found); });
+        auto endpoint = answer.get_future().get();
+        disconnect();
+        return endpoint;
+    }
 };
 
 const std::vector<std::pair<std::string, std::string>> unreadable{
@@ -129,13 +140,12 @@ TEST_F(OddReply, ThatCannotBeReadIsAnErrorAndNoMeetingsAndNoEndpoint) {
         EXPECT_EQ(meetingsIn(signature, body), std::nullopt);
         EXPECT_EQ(errors, 1);
         interface = endPointHandlingInterface();
-        connectTo(signature, body);
-        std::promise<std::optional<Endpoint>> answer;
-        std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy())
-            ->retrieveListenerEndpoint("app", [&](const auto& found) { answer.set_value(found); });
-        EXPECT_EQ(answer.get_future().get(), std::nullopt);
-        disconnect();
+        EXPECT_EQ(endpointIn(signature, body), std::nullopt);
     }
+    for (const char* place :
+         {"", "unixexec:path=/usr/bin/touch,argv1=/tmp/executed", "tcp:host=localhost,port=1"})
+        EXPECT_EQ(endpointIn("s", Bytes().string(place).text), std::nullopt) << place;
+    EXPECT_TRUE(endpointIn("s", Bytes().string("unix:path=/a").text));
 }
 
 TEST_F(OddReply, OfAnotherKindIsNoMeetingsAndACharacterThatSdBusRefusesCostsItselfAlone) {
