@@ -8,6 +8,7 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QWindow>
 #include <xcb/xcb.h>
 #include <xcb/xfixes.h>
 
@@ -83,6 +84,19 @@ PopoverSite siteAt(const QRect& anchor, const QScreen& screen) {
     return {drawn ? pixels::toDeviceIndependent(*drawn, screen) & whole : spanning(bar, runs, anchor), whole,
             without(bar, runs, available)};
 }
+
+/// Some presses elsewhere leave a popover open, but not the keyboard with it: one in the popover gets that
+/// back, which nobody else does for a window that is not the window manager's.
+class FocusOnPress final : public QObject {
+  public:
+    explicit FocusOnPress(QWindow& window) : QObject(&window) { window.installEventFilter(this); }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::MouseButtonPress)
+            static_cast<QWindow*>(watched)->requestActivate();
+        return false;
+    }
+};
 
 /// The window's shadow is its own: compositors that draw one around others leave it out.
 void declareShadow(const QWidget& window) {
@@ -168,6 +182,7 @@ void X11WindowServer::showPopover(QWidget& window, const QRect& frame) {
     xcb_set_input_focus(x11::connection(), XCB_INPUT_FOCUS_PARENT, xcb_window_t(window.winId()),
                         XCB_CURRENT_TIME);
     xcb_flush(x11::connection());
+    new FocusOnPress(*window.windowHandle());
 }
 
 void X11WindowServer::hidePopover(QWidget& window) {
