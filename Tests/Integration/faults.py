@@ -113,14 +113,13 @@ def main_app(manner, haste="later"):
     GLib.MainLoop().run()
 
 
-# Starts others, in a process that never speaks D-Bus: the threads of one that did do not survive a fork.
-def start_peers(orders):
+# Starts main apps, in a process that never speaks D-Bus: the threads of one that did do not survive a fork.
+def start_main_apps(orders):
     signal.signal(signal.SIGCHLD, signal.SIG_IGN)
     while order := orders.recv(4096):
         process = os.fork()
         if process == 0:
-            name, *arguments = order.decode().split("\t")
-            globals()[name](*arguments)
+            main_app(*order.decode().split("\t"))
         orders.send(str(process).encode())
     os._exit(0)
 
@@ -128,12 +127,12 @@ def start_peers(orders):
 peers, far_end = socket.socketpair()
 if os.fork() == 0:
     peers.close()
-    start_peers(far_end)
+    start_main_apps(far_end)
 started = []
 
 
 def start(*order):
-    peers.send("\t".join(map(str, order)).encode())
+    peers.send("\t".join(order).encode())
     started.append(int(peers.recv(100)))
     return started[-1]
 
@@ -209,7 +208,7 @@ def arrives():
 
 # A main app as it should be comes, gets what is due to it, and goes.
 def deliver():
-    process = start("main_app", "good")
+    process = start("good")
     request()
     arrives()
     end(process)
@@ -220,9 +219,9 @@ def check_ledger():
     arrived = [text for _, text in noted() if text != "lets"]
     assert arrived == sorted(set(arrived), key=int), "not in order, or not once"
     missing = set(requests) - set(arrived)
+    text = log()
     for name in missing:
         # The latest that it was given to let the agent in, and ended thereafter.
-        text = log()
         place = max(text.rfind(f"meeting {name} operation is immediately"), text.rfind(f"(withId: {name})"))
         given_to = text[:place].rpartition("/foreign-")[2].split()[0]
         assert given_to in let_in and "clearUpXPCConnection" in text[place:], f"request {name} is lost"
@@ -232,7 +231,7 @@ def check_ledger():
 def main_apps():
     for manner in [*ANSWERS, *WELCOMES] * TIMES:
         before = len(log())
-        process = start("main_app", manner)
+        process = start(manner)
         request()
         _, text, label = ANSWERS.get(manner) or (*WELCOMES[manner], None)
         until(lambda: show() and text in log()[before:], f"{text} of a main app that is {manner}", 0.5)
@@ -245,7 +244,7 @@ def main_apps():
 def killed_main_apps():
     for _ in range(TIMES):
         time.sleep(random.uniform(0, 0.02))
-        process = start("main_app", "good", random.choice(["sooner", "sooner", "later"]))
+        process = start("good", random.choice(["sooner", "sooner", "later"]))
         end_at_any_moment = threading.Timer(random.choice([0.02, 0.05, 0.1, 0.8]) * random.random(), kill, [process])
         end_at_any_moment.start()
         while end_at_any_moment.is_alive():
@@ -259,7 +258,7 @@ def registries():
         hung = owner(far.REGISTRY)
         os.kill(hung, signal.SIGSTOP)
         tries = log().count("Trying to establish")
-        process = start("main_app", "good")
+        process = start("good")
         request()
         until(lambda: log().count("Trying to establish") > tries + 1, "the next attempt")
         os.kill(hung, signal.SIGCONT)

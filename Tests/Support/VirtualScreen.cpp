@@ -13,7 +13,7 @@ namespace velloren {
 
 namespace {
 
-/** A zone whose clocks show about noon now, so that a meeting soon is one today at any hour. */
+/// A zone whose clocks show about noon now, so that a meeting soon is one today at any hour.
 std::string zoneAtNoon() {
     using namespace std::chrono;
     const auto now = system_clock::now();
