@@ -29,8 +29,9 @@ constexpr int pairs = 15;
 constexpr int rounds = 5;
 constexpr int clicksOfRound = 5;
 constexpr auto settling = 2s;
-constexpr auto settled = 6s; // what starting took was given back by then
+constexpr auto settled = 6s; // what starting or a click took was given back by then
 constexpr auto idle = 30s;
+constexpr auto glance = 500us; // between two looks at the screen, which the server has to answer as well
 constexpr std::uint32_t popoverGrey = 0xececec;
 constexpr QPoint popoverPixel = VirtualDesktop::icon + QPoint(0, 28);
 
@@ -76,6 +77,7 @@ double measureClick(ScreenProbe& probe) {
     while (!isShown()) {
         if (Clock::now() - start > 10s)
             fatalError("nothing was painted after a click");
+        std::this_thread::sleep_for(glance);
     }
     const double taken = Milliseconds(Clock::now() - start).count();
     std::this_thread::sleep_for(300ms);
@@ -134,7 +136,7 @@ void measureLaterClicks(VirtualDesktop& desktop, ScreenProbe& probe, const std::
 void measureIdle(VirtualDesktop& desktop, ScreenProbe& probe, const std::string& program, Figures& figures) {
     const Running running(desktop, probe, program);
     measureClick(probe);
-    std::this_thread::sleep_for(settling);
+    std::this_thread::sleep_for(settled);
     const VoluntarySwitches before = voluntarySwitchesOf(running.pid());
     std::this_thread::sleep_for(idle);
     figures.wakeUps = wakeUpsBetween(before, voluntarySwitchesOf(running.pid()));

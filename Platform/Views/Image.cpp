@@ -1,10 +1,12 @@
 #include "Platform/Views/Image.h"
 
-#include <QDir>
+#include <QDirIterator>
 #include <QHash>
 #include <QPainter>
+#include <QResource>
 
 #include <cmath>
+#include <png.h>
 
 namespace velloren {
 
@@ -22,39 +24,53 @@ std::optional<double> scaleOf(QStringView end, int widthInPoints) {
     return isWidth ? double(number) / widthInPoints : number;
 }
 
+/// Read by libpng itself: Qt would load each of its plug-ins for other formats to ask whether it is one of them.
 QImage bitmapIn(const QString& file) {
-    QImage bitmap(QStringLiteral(":/images/") + file);
-    // Qt applies an "@2x" by itself when it reads the file; sizes here are always in pixels.
-    bitmap.setDevicePixelRatio(1);
+    const QByteArray bytes = QResource(QStringLiteral(":/images/") + file).uncompressedData();
+    png_image png{};
+    png.version = PNG_IMAGE_VERSION;
+    if (!png_image_begin_read_from_memory(&png, bytes.constData(), std::size_t(bytes.size())))
+        return {};
+    png.format = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? PNG_FORMAT_BGRA : PNG_FORMAT_ARGB;
+    QImage bitmap(int(png.width), int(png.height), QImage::Format_ARGB32);
+    if (!png_image_finish_read(&png, nullptr, bitmap.bits(), int(bitmap.bytesPerLine()), nullptr))
+        return {};
     return bitmap.convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
 } // namespace
 
 std::optional<Image> Image::named(const QString& name) {
-    static QHash<QString, std::shared_ptr<const Bitmaps>> loaded;
-    if (const auto known = loaded.constFind(name); known != loaded.constEnd())
-        return Image(name, *known);
+    static QHash<QString, std::shared_ptr<Bitmaps>> known;
+    if (const auto found = known.constFind(name); found != known.constEnd())
+        return Image(name, *found);
 
-    const QImage original = bitmapIn(name + QStringLiteral(".png"));
-    if (original.isNull())
+    Bitmap original{name + QStringLiteral(".png"), {}};
+    const int width = pixelsOf(original).width();
+    if (width == 0)
         return std::nullopt;
     auto bitmaps = std::make_shared<Bitmaps>();
-    bitmaps->emplace(1, original);
-    for (const QString& file : QDir(QStringLiteral(":/images")).entryList()) {
+    bitmaps->emplace(1, std::move(original));
+    for (QDirIterator files(QStringLiteral(":/images")); files.hasNext();) {
+        files.next();
+        const QString file = files.fileName();
         if (!file.startsWith(name))
             continue;
-        const auto scale = scaleOf(QStringView(file).mid(name.size()), original.width());
-        const QImage bitmap = scale ? bitmapIn(file) : QImage();
-        if (!bitmap.isNull())
-            bitmaps->emplace(*scale, bitmap);
+        if (const auto scale = scaleOf(QStringView(file).mid(name.size()), width))
+            bitmaps->emplace(*scale, Bitmap{file, {}});
     }
-    loaded.insert(name, bitmaps);
+    known.insert(name, bitmaps);
     return Image(name, bitmaps);
 }
 
+const QImage& Image::pixelsOf(Bitmap& bitmap) {
+    if (bitmap.pixels.isNull())
+        bitmap.pixels = bitmapIn(bitmap.file);
+    return bitmap.pixels;
+}
+
 QSizeF Image::size() const {
-    return bitmaps->at(1).size();
+    return pixelsOf(bitmaps->at(1)).size();
 }
 
 double Image::recommendedLayerContentsScale(double preferred) const {
@@ -69,7 +85,7 @@ void Image::draw(QPainter& painter, const QRectF& rect) const {
     const double scale = recommendedLayerContentsScale(pixelsPerPoint * rect.width() / size().width());
     painter.save();
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(rect, bitmaps->at(scale));
+    painter.drawImage(rect, pixelsOf(bitmaps->at(scale)));
     painter.restore();
 }
 

@@ -38,13 +38,20 @@ class Image {
     friend bool operator==(const Image& a, const Image& b) { return a.bitmaps == b.bitmaps; }
 
   private:
-    using Bitmaps = std::map<double, QImage>;
+    struct Bitmap {
+        QString file;
+        QImage pixels; ///< null until something is drawn from it
+    };
 
-    Image(QString name, std::shared_ptr<const Bitmaps> bitmaps)
+    using Bitmaps = std::map<double, Bitmap>; // by scale
+
+    Image(QString name, std::shared_ptr<Bitmaps> bitmaps)
         : imageName(std::move(name)), bitmaps(std::move(bitmaps)) {}
 
+    static const QImage& pixelsOf(Bitmap& bitmap);
+
     QString imageName;
-    std::shared_ptr<const Bitmaps> bitmaps;
+    std::shared_ptr<Bitmaps> bitmaps;
 };
 
 } // namespace velloren

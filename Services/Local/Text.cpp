@@ -41,6 +41,8 @@ std::string escapedBytes(std::string_view bytes) {
 }
 
 bool breaksTheLine(UChar32 codePoint) {
+    if (codePoint >= ' ' && codePoint <= '~')
+        return false; // without ICU's tables: most lines need no more
     switch (u_charType(codePoint)) {
     case U_CONTROL_CHAR:
     case U_LINE_SEPARATOR:

@@ -193,10 +193,11 @@ void StatusNotifierItem::hostKnown(bool hosted) {
 
 void StatusNotifierItem::refreshIcon() {
     barChanges.expect(); // what changes the icon may come with a change of the bar
-    const StatusNotifierPixmaps shown = std::exchange(pixmaps, {});
-    if (iconPixmap() == shown)
-        return;
-    Q_EMIT NewIcon();
+    if (const StatusNotifierPixmaps shown = std::exchange(pixmaps, {}); !shown.isEmpty()) {
+        if (iconPixmap() == shown)
+            return;
+        Q_EMIT NewIcon();
+    }
     legacyIcon.redraw();
 }
 

@@ -28,7 +28,7 @@ using StatusNotifierPixmaps = QList<StatusNotifierPixmap>;
 
 struct StatusNotifierToolTip {
     QString iconName;
-    StatusNotifierPixmaps pixmaps;
+    StatusNotifierPixmaps pixmaps; ///< as a host was told last; none where nobody has asked
     QString title;
     QString text;
 };
