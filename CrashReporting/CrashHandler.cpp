@@ -3,7 +3,7 @@
 #include "CrashReporting/CrashFolder.h"
 #include "CrashReporting/FixedText.h"
 #include "CrashReporting/RecentLines.h"
-#include "CrashReporting/Stack.h"
+#include "CrashReporting/StackModule.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/StandardError.h"
 
@@ -36,6 +36,7 @@ constexpr unsigned patience = 10;                                // seconds that
 // What the handler needs, made ready while the process is well.
 FixedText folderOfReports;
 FixedText versionOfProgram;
+FixedText fileOfStackModule;
 FixedText reason;
 std::atomic<pid_t> crashedThread = 0;
 
@@ -81,8 +82,7 @@ bool tidyUpAndWriteStackFromCopy(int report, const Crash& crash) {
         ::sigprocmask(SIG_SETMASK, &none, nullptr);
         ::alarm(patience);
         keepNewestReports(folderOfReports.c_str());
-        writeStack(report, crash.context);
-        ::_exit(EXIT_SUCCESS);
+        ::_exit(writeStack(fileOfStackModule.c_str(), report, crash.context) ? EXIT_SUCCESS : EXIT_FAILURE);
     }
     int status = 0;
     while (copy > 0 && ::waitpid(copy, &status, 0) < 0 && errno == EINTR) {
@@ -172,6 +172,7 @@ void prepareStackOfHandler() {
 void installCrashHandler(const std::string& folder, const std::string& version) {
     folderOfReports << folder;
     versionOfProgram << version;
+    fileOfStackModule << stackModule();
     setFatalErrorObserver(rememberFatalError);
     std::set_terminate(terminated); // the one before would wait for standard error
     prepareStackOfHandler();

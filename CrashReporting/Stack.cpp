@@ -1,4 +1,4 @@
-#include "CrashReporting/Stack.h"
+#include "CrashReporting/StackModule.h"
 
 #define BACKWARD_HAS_DW 1
 #pragma GCC diagnostic push
@@ -10,8 +10,6 @@
 
 #include <cstdio>
 #include <ucontext.h>
-
-namespace velloren {
 
 namespace {
 
@@ -30,7 +28,7 @@ void* interruptedAt([[maybe_unused]] void* context) {
 
 } // namespace
 
-void writeStack(int descriptor, void* context) {
+void velloren_write_stack(int descriptor, void* context) {
     backward::StackTrace stack;
     if (void* place = interruptedAt(context))
         stack.load_from(place, deepest, context);
@@ -45,5 +43,3 @@ void writeStack(int descriptor, void* context) {
         std::fclose(file);
     }
 }
-
-} // namespace velloren

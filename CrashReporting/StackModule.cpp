@@ -1,0 +1,27 @@
+#include "CrashReporting/StackModule.h"
+
+#include <dlfcn.h>
+#include <filesystem>
+#include <system_error>
+
+namespace velloren {
+
+std::string stackModule() {
+    std::error_code error;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+    return program.parent_path().parent_path() / VELLOREN_STACK_MODULE;
+}
+
+bool writeStack(const char* file, int descriptor, void* context) {
+    void* module = ::dlopen(file, RTLD_NOW | RTLD_LOCAL);
+    if (!module)
+        return false;
+    const auto write =
+        reinterpret_cast<decltype(&velloren_write_stack)>(::dlsym(module, "velloren_write_stack"));
+    if (!write)
+        return false;
+    write(descriptor, context);
+    return true;
+}
+
+} // namespace velloren
