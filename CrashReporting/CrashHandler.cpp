@@ -31,7 +31,7 @@ namespace {
 
 constexpr std::array fatalSignals{SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGSYS};
 constexpr std::size_t stackOfHandler = std::size_t{1024} * 1024; // pages that nobody touches cost nothing
-constexpr unsigned patience = 10;                                // seconds that the stack may take to read
+constexpr unsigned patience = 20;                                // seconds that the stack may take to read
 
 // What the handler needs, made ready while the process is well.
 FixedText folderOfReports;
