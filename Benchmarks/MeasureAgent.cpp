@@ -25,9 +25,10 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-constexpr int pairs = 15;
+constexpr int starts = 40;
 constexpr int rounds = 5;
 constexpr int clicksOfRound = 5;
+constexpr auto breath = 300ms;
 constexpr auto settling = 2s;
 constexpr auto settled = 6s; // what starting or a click took was given back by then
 constexpr auto idle = 30s;
@@ -42,6 +43,7 @@ using Kind = MeetingStores::Kind;
 struct Figures {
     std::vector<double> startUp;           ///< milliseconds
     std::vector<double> memory;            ///< KiB
+    std::vector<double> written;           ///< KiB, of that
     std::vector<double> memoryBesidePanel; ///< KiB, where a panel has asked for the icon and its menu
     std::map<Kind, std::vector<double>> firstClick; ///< milliseconds
     std::map<Kind, std::vector<double>> laterClick; ///< milliseconds
@@ -64,8 +66,17 @@ void measureStart(VirtualDesktop& desktop, ItemWatcher& watcher, const std::stri
     const auto process = desktop.start(binaries + "/" + program);
     watcher.waitForItem();
     figures.startUp.push_back(Milliseconds(Clock::now() - start).count());
+    std::this_thread::sleep_for(breath);
+    end(*process);
+}
+
+void measureMemory(VirtualDesktop& desktop, ItemWatcher& watcher, const std::string& program,
+                   Figures& figures) {
+    const auto process = desktop.start(binaries + "/" + program);
+    watcher.waitForItem();
     std::this_thread::sleep_for(settled);
     figures.memory.push_back(double(privateMemoryOf(process->pid())));
+    figures.written.push_back(double(writtenMemoryOf(process->pid())));
     end(*process);
 }
 
@@ -80,11 +91,11 @@ double measureClick(ScreenProbe& probe) {
         std::this_thread::sleep_for(glance);
     }
     const double taken = Milliseconds(Clock::now() - start).count();
-    std::this_thread::sleep_for(300ms);
+    std::this_thread::sleep_for(breath);
     probe.click();
     while (isShown())
         std::this_thread::sleep_for(10ms);
-    std::this_thread::sleep_for(300ms);
+    std::this_thread::sleep_for(breath);
     return taken;
 }
 
@@ -175,14 +186,19 @@ int main() {
         measureIdle(desktop, probe, program, *figures);
     desktop.stopPanel();
     ItemWatcher watcher;
-    for (int count = 0; count < pairs; ++count) {
+    for (int count = 0; count < starts; ++count) {
         for (const auto& [program, figures] : programs)
             measureStart(desktop, watcher, program, *figures);
+    }
+    for (int round = 0; round < rounds; ++round) {
+        for (const auto& [program, figures] : programs)
+            measureMemory(desktop, watcher, program, *figures);
     }
 
     std::printf("%-42s %12s %12s %9s\n", "medians of pairs", "agent", "minimal", "ratio");
     print("start-up to the registered item", "ms ", agent.startUp, minimal.startUp);
     print("private memory", "KiB", agent.memory, minimal.memory);
+    print("of it written", "KiB", agent.written, minimal.written);
     print("private memory beside a panel", "KiB", agent.memoryBesidePanel, minimal.memoryBesidePanel);
     const auto printClick = [&](const char* what, auto clicks, Kind kind) {
         print(what, "ms ", (agent.*clicks)[kind], (minimal.*clicks)[kind]);

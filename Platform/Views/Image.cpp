@@ -24,7 +24,7 @@ std::optional<double> scaleOf(QStringView end, int widthInPoints) {
     return isWidth ? double(number) / widthInPoints : number;
 }
 
-/// Read by libpng itself: Qt would load each of its plug-ins for other formats to ask whether it is one of them.
+/// By libpng itself: Qt would load its plug-ins for all other formats first.
 QImage bitmapIn(const QString& file) {
     const QByteArray bytes = QResource(QStringLiteral(":/images/") + file).uncompressedData();
     png_image png{};
