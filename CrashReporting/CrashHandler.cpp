@@ -36,7 +36,6 @@ constexpr unsigned patience = 20;                                // seconds that
 // What the handler needs, made ready while the process is well.
 FixedText folderOfReports;
 FixedText versionOfProgram;
-FixedText fileOfStackModule;
 FixedText reason;
 std::atomic<pid_t> crashedThread = 0;
 
@@ -82,7 +81,7 @@ bool tidyUpAndWriteStackFromCopy(int report, const Crash& crash) {
         ::sigprocmask(SIG_SETMASK, &none, nullptr);
         ::alarm(patience);
         keepNewestReports(folderOfReports.c_str());
-        ::_exit(writeStack(fileOfStackModule.c_str(), report, crash.context) ? EXIT_SUCCESS : EXIT_FAILURE);
+        ::_exit(writeStack(report, crash.context) ? EXIT_SUCCESS : EXIT_FAILURE);
     }
     int status = 0;
     while (copy > 0 && ::waitpid(copy, &status, 0) < 0 && errno == EINTR) {
@@ -172,7 +171,6 @@ void prepareStackOfHandler() {
 void installCrashHandler(const std::string& folder, const std::string& version) {
     folderOfReports << folder;
     versionOfProgram << version;
-    fileOfStackModule << stackModule();
     setFatalErrorObserver(rememberFatalError);
     std::set_terminate(terminated); // the one before would wait for standard error
     prepareStackOfHandler();

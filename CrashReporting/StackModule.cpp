@@ -6,14 +6,13 @@
 
 namespace velloren {
 
-std::string stackModule() {
+bool writeStack(int descriptor, void* context) {
     std::error_code error;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    return program.parent_path().parent_path() / VELLOREN_STACK_MODULE;
-}
-
-bool writeStack(const char* file, int descriptor, void* context) {
-    void* module = ::dlopen(file, RTLD_NOW | RTLD_LOCAL);
+    if (error)
+        return false;
+    const auto file = program.parent_path().parent_path() / VELLOREN_STACK_MODULE;
+    void* module = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!module)
         return false;
     const auto write =

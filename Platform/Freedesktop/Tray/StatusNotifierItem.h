@@ -28,7 +28,7 @@ using StatusNotifierPixmaps = QList<StatusNotifierPixmap>;
 
 struct StatusNotifierToolTip {
     QString iconName;
-    StatusNotifierPixmaps pixmaps; ///< as a host was told last; none where nobody has asked
+    StatusNotifierPixmaps pixmaps;
     QString title;
     QString text;
 };
@@ -113,7 +113,7 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     QDBusServiceWatcher watcherOwner;
     QTimer hostMissing;
     XEmbedIcon legacyIcon;
-    StatusNotifierPixmaps pixmaps;
+    StatusNotifierPixmaps pixmaps;   ///< as a host was told last; none where nobody has asked
     std::optional<QPoint> iconPlace; ///< in the screen's own pixels; none until the icon was pressed
     x11::BarChanges barChanges;
 };
