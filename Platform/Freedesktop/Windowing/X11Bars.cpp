@@ -20,42 +20,44 @@ constexpr int widestGap = 1; // within an icon
 /// What a bar shows at one place along it: its pixels across.
 using Slice = std::vector<QRgb>;
 
-template <class Value>
-std::vector<Value> valuesOf(xcb_window_t window, const char* property, xcb_atom_t type) {
+xcb_get_property_cookie_t askForValues(xcb_window_t window, const char* property, xcb_atom_t type) {
     constexpr std::uint32_t limit = 4096; // in units of four bytes
-    const auto reply = owned(xcb_get_property_reply(
-        connection(), xcb_get_property(connection(), false, window, atomNamed(property), type, 0, limit),
-        nullptr));
+    return xcb_get_property(connection(), false, window, atomNamed(property), type, 0, limit);
+}
+
+template <class Value>
+std::vector<Value> valuesIn(xcb_get_property_cookie_t question) {
+    const auto reply = owned(xcb_get_property_reply(connection(), question, nullptr));
     if (!reply || reply->format != 8 * sizeof(Value))
         return {};
     const auto* first = static_cast<const Value*>(xcb_get_property_value(reply.get()));
     return {first, first + reply->value_len};
 }
 
-bool isDock(xcb_window_t window) {
-    const auto types = valuesOf<xcb_atom_t>(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM);
-    return std::find(types.begin(), types.end(), atomNamed("_NET_WM_WINDOW_TYPE_DOCK")) != types.end();
+xcb_translate_coordinates_cookie_t translate(xcb_window_t from, xcb_window_t to, QPoint place) {
+    return xcb_translate_coordinates(connection(), from, to, std::int16_t(place.x()),
+                                     std::int16_t(place.y()));
 }
 
-/// Where the window is on the screen; empty where it is gone.
-QRect placeOf(xcb_window_t window) {
-    const auto size =
-        owned(xcb_get_geometry_reply(connection(), xcb_get_geometry(connection(), window), nullptr));
-    const auto corner = owned(xcb_translate_coordinates_reply(
-        connection(), xcb_translate_coordinates(connection(), window, screen().root, 0, 0), nullptr));
-    if (!size || !corner)
-        return {};
-    return {corner->dst_x, corner->dst_y, size->width, size->height};
-}
+struct SeenWindow {
+    bool isDock;
+    QRect place;        ///< on the screen; empty where the window is gone
+    xcb_window_t inner; ///< the topmost one inside it at the place looked at; none where there is none
+};
 
-/// The topmost window inside `outer` at that place of the screen; none where there is none.
-xcb_window_t windowAt(QPoint place, xcb_window_t outer) {
-    const auto found = owned(xcb_translate_coordinates_reply(
-        connection(),
-        xcb_translate_coordinates(connection(), screen().root, outer, std::int16_t(place.x()),
-                                  std::int16_t(place.y())),
-        nullptr));
-    return found ? found->child : xcb_window_t{XCB_WINDOW_NONE};
+/// All is asked at once: waiting for each answer by itself would take as many times as long.
+SeenWindow lookAt(xcb_window_t window, QPoint place) {
+    const auto askedForTypes = askForValues(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM);
+    const auto askedForSize = xcb_get_geometry(connection(), window);
+    const auto askedForCorner = translate(window, screen().root, {});
+    const auto askedForInner = translate(screen().root, window, place);
+    const auto types = valuesIn<xcb_atom_t>(askedForTypes);
+    const auto size = owned(xcb_get_geometry_reply(connection(), askedForSize, nullptr));
+    const auto corner = owned(xcb_translate_coordinates_reply(connection(), askedForCorner, nullptr));
+    const auto inner = owned(xcb_translate_coordinates_reply(connection(), askedForInner, nullptr));
+    return {std::find(types.begin(), types.end(), atomNamed("_NET_WM_WINDOW_TYPE_DOCK")) != types.end(),
+            size && corner ? QRect(corner->dst_x, corner->dst_y, size->width, size->height) : QRect(),
+            inner ? inner->child : xcb_window_t{XCB_WINDOW_NONE}};
 }
 
 /// One slice per pixel along a bar of which the picture shows a part.
@@ -110,22 +112,20 @@ int endOfDrawn(const std::vector<bool>& drawn, int start, int step) {
 QRect barAt(QPoint place) {
     if (!connection())
         return {};
-    for (xcb_window_t window = windowAt(place, screen().root); window != XCB_WINDOW_NONE;
-         window = windowAt(place, window)) {
-        if (isDock(window))
-            return placeOf(window);
-    }
-    return {};
+    SeenWindow seen = lookAt(screen().root, place);
+    while (!seen.isDock && seen.inner != XCB_WINDOW_NONE)
+        seen = lookAt(seen.inner, place);
+    return seen.isDock ? seen.place : QRect();
 }
 
 std::vector<QRect> bars() {
     std::vector<QRect> found;
     if (!connection())
         return found;
-    for (const xcb_window_t window :
-         valuesOf<xcb_window_t>(screen().root, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW)) {
-        if (isDock(window))
-            found.push_back(placeOf(window));
+    const auto windows = askForValues(screen().root, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW);
+    for (const xcb_window_t window : valuesIn<xcb_window_t>(windows)) {
+        if (const SeenWindow seen = lookAt(window, {}); seen.isDock)
+            found.push_back(seen.place);
     }
     return found;
 }
