@@ -7,6 +7,8 @@
 #include <QEvent>
 #include <QPainter>
 
+#include <utility>
+
 namespace velloren {
 
 namespace {
@@ -56,6 +58,8 @@ QRect StatusBarButton::rectOnScreen(const QRect& rect) const {
 }
 
 QImage StatusBarButton::picture(int side) {
+    if (const auto handler = std::exchange(firstShown, nullptr))
+        handler();
     const int shown = std::min(width(), height());
     QImage image(side, side, QImage::Format_ARGB32);
     image.fill(Qt::transparent);

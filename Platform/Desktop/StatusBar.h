@@ -36,6 +36,9 @@ class StatusBarButton final : public View {
     /// What the bar was seen to look like, as `Appearance` calls it; none when it can no longer be seen.
     void setSeenAppearance(const std::optional<std::string>& name);
 
+    /// Called once, when a bar first takes the picture.
+    void setFirstShownHandler(std::function<void()> handler) { firstShown = std::move(handler); }
+
     /// Called, at the earliest after the present event, when the picture may have changed.
     void setDisplayHandler(std::function<void()> handler) { display = std::move(handler); }
 
@@ -46,6 +49,7 @@ class StatusBarButton final : public View {
 
   private:
     std::function<void()> display;
+    std::function<void()> firstShown;
     std::optional<QPoint> latestPress;
     bool displayPending = false;
 };

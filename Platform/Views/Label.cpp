@@ -1,5 +1,6 @@
 #include "Platform/Views/Label.h"
 
+#include "Platform/Views/Fonts.h"
 #include "Platform/Views/PlainText.h"
 
 #include <QHelpEvent>
@@ -10,8 +11,6 @@ namespace velloren {
 
 namespace {
 
-// Texts come from other people and have no bound; no label is wide enough for this many characters.
-constexpr qsizetype longestLine = 512;
 constexpr qsizetype longestToolTip = 2000;
 
 /// Tool tips wrap at blanks only: a word wider than any screen gets places to wrap at.
@@ -48,6 +47,7 @@ void Label::setStringValue(const QString& value) {
         return;
     text = value;
     line = asOneLine(value, longestLine);
+    updateFont();
     setAccessibleName(line);
     updateGeometry();
     update();
@@ -58,16 +58,14 @@ void Label::setStringValue(const std::string& utf8) {
 }
 
 void Label::setPixelSize(int size) {
-    QFont changed = font();
-    changed.setPixelSize(size);
-    setFont(changed);
+    ownFont.setPixelSize(size);
+    updateFont();
     updateGeometry();
 }
 
 void Label::setWeight(int weight) {
-    QFont changed = font();
-    changed.setWeight(static_cast<QFont::Weight>(weight));
-    setFont(changed);
+    ownFont.setWeight(static_cast<QFont::Weight>(weight));
+    updateFont();
 }
 
 void Label::setTextColor(const QColor& newColor) {
@@ -98,7 +96,13 @@ void Label::paintEvent(QPaintEvent*) {
     painter.drawText(rect(), static_cast<int>(place.toInt()) | Qt::TextSingleLine, elided());
 }
 
+void Label::updateFont() {
+    setFont(fonts::withFamiliesFor(line, ownFont));
+}
+
 bool Label::event(QEvent* event) {
+    if (event->type() == QEvent::ApplicationFontChange)
+        updateFont();
     if (event->type() != QEvent::ToolTip)
         return QWidget::event(event);
     const auto* help = static_cast<const QHelpEvent*>(event);

@@ -44,10 +44,12 @@ class Label final : public QWidget {
     bool event(QEvent* event) override;
 
   private:
+    void updateFont();
     [[nodiscard]] QString elided() const;
 
     QString text;
     QString line;
+    QFont ownFont; ///< but for its families
     QColor color{Qt::black};
 };
 

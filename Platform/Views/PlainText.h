@@ -4,6 +4,10 @@
 
 namespace velloren {
 
+/// In characters. Texts come from other people and have no bound; nothing is wide enough for more on one
+/// line.
+inline constexpr qsizetype longestLine = 512;
+
 /// The first `length` characters of the text, then an ellipsis where that leaves some out.
 [[nodiscard]] QString cut(const QString& text, qsizetype length);
 

@@ -1,9 +1,13 @@
+#include "Platform/Views/Fonts.h"
 #include "Platform/Views/Label.h"
 #include "Tests/Support/QtTest.h"
 
+#include <QFontDatabase>
 #include <QHelpEvent>
 #include <QScreen>
 #include <QToolTip>
+
+#include <algorithm>
 
 namespace velloren {
 
@@ -52,6 +56,24 @@ TEST_F(LabelTest, TellsWhatDoesNotFitAndNothingElseInAToolTipThatFitsTheScreen) 
     const QImage elided = label.grab().toImage();
     label.setStringValue(label.stringValue() + QStringLiteral("different at the end"));
     EXPECT_EQ(label.grab().toImage(), elided);
+}
+
+TEST_F(LabelTest, NamesTheFontsOfOtherScriptsBehindTheUsualOneAndFewOfThem) {
+    const auto familiesOf = [this](const QString& text) {
+        label.setStringValue(text);
+        return label.font().families();
+    };
+    const QStringList usual = familiesOf(QStringLiteral("Review – “naïve”"));
+    EXPECT_EQ(usual, QApplication::font().families());
+    fonts::prepareFor({QString::fromUtf8("产\xff\xfe").repeated(100'000)});
+    const QStringList families = familiesOf(QString::fromUtf8("Review 产品 \U0001F389 اجتماع"));
+    EXPECT_TRUE(QFontDatabase::hasFamily(families.value(0))) << "no alias";
+    for (const auto system : {QFontDatabase::SimplifiedChinese, QFontDatabase::Arabic})
+        EXPECT_TRUE(std::any_of(families.begin() + 1, families.end(), [&](const QString& family) {
+            return QFontDatabase::writingSystems(family).contains(system);
+        })) << system;
+    EXPECT_LE(familiesOf(QString::fromUtf8("产ا\u0e01\u05d0\u0915\u0995\u10d0\xed\xa0\x80")).size(), 5);
+    EXPECT_EQ(familiesOf(QStringLiteral("Review")), usual);
 }
 
 TEST_F(LabelTest, NeverCutsACharacterInTwo) {
