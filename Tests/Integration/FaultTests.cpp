@@ -2,6 +2,8 @@
 #include "Tests/Support/ProcessFigures.h"
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 /// What others on its session may do to the agent. VELLOREN_FAULTS tells how many times as often as usual,
 /// and VELLOREN_SEED repeats the randomness of another run.
@@ -50,6 +52,7 @@ class Faults : public MenuAgentTest {
     }
 
     void expectLevel(const std::function<void()>& suffering, [[maybe_unused]] long moreKibibytes) {
+        std::this_thread::sleep_until(settled);
         const std::string before = figures();
         const long memory = writtenMemoryOf(agent->pid());
         suffering();
@@ -59,6 +62,11 @@ class Faults : public MenuAgentTest {
         EXPECT_LT(writtenMemoryOf(agent->pid()), memory + moreKibibytes);
 #endif
     }
+
+  private:
+    /// By then the agent knows the fonts and has given back what starting took.
+    std::chrono::steady_clock::time_point settled =
+        std::chrono::steady_clock::now() + std::chrono::seconds(8);
 };
 
 } // namespace

@@ -113,6 +113,12 @@ TEST_F(LocalMeetingStoreTest, CannotReadWhatIsNoStoreOrIsLockedDamagedOrUnreason
         {"empty", [&] { std::filesystem::resize_file(file, 0); }},
         {"garbage", [&] { std::ofstream(file) << std::string(10'000, 'x'); }},
         {"other columns", [&] { writer("ALTER TABLE meeting RENAME title TO name"); }},
+        {"no rights",
+         [&] {
+             std::filesystem::permissions(file, std::filesystem::perms::none);
+             if (constexpr uid_t nobody = 65534; ::geteuid() == 0 && ::seteuid(nobody) == 0)
+                 holder.reset(&file, [](void*) { EXPECT_EQ(::seteuid(0), 0); });
+         }},
         {"damaged pages",
          [&] {
              std::fstream contents(file, std::ios::in | std::ios::out | std::ios::binary);
@@ -160,7 +166,7 @@ TEST_F(LocalMeetingStoreTest, CannotReadWhatIsNoStoreOrIsLockedDamagedOrUnreason
     }
 }
 
-TEST_F(LocalMeetingStoreTest, ReadsWhatIsAtRestOnAReadOnlyFileSystemWithItsLogOrWithout) {
+TEST_F(LocalMeetingStoreTest, ReadsWhatIsAtRestOnAReadOnlyFileSystemAndOnOneThatWasFullWithItsLogOrWithout) {
     const std::filesystem::path left = directory / "left.sqlite3";
     writer("INSERT INTO meeting VALUES('old','','',2000)");
     {
@@ -168,19 +174,32 @@ TEST_F(LocalMeetingStoreTest, ReadsWhatIsAtRestOnAReadOnlyFileSystemWithItsLogOr
         for (const char* suffix : {"", "-wal"})
             std::filesystem::copy_file(file.string() + suffix, left.string() + suffix);
     }
-    const auto readWithoutWriting = [&] {
-        const char* folder = directory.path().c_str();
+    const char* folder = directory.path().c_str();
+    const auto makeReadOnly = [&] {
+        return ::mount(folder, folder, nullptr, MS_BIND, nullptr) == 0 &&
+               ::mount(nullptr, folder, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) == 0;
+    };
+    const auto fillAndMakeRoom = [&] {
+        TemporaryDirectory kept;
+        std::filesystem::copy(folder, kept.path(), std::filesystem::copy_options::recursive);
+        if (::mount("tmpfs", folder, "tmpfs", 0, "size=1m") != 0)
+            return false;
+        std::filesystem::copy(kept.path(), folder, std::filesystem::copy_options::recursive);
+        std::ofstream filler(directory / "filler");
+        return !(filler << std::string(1 << 20, 'x')).flush() && !upcoming() &&
+               std::filesystem::remove(directory / "filler");
+    };
+    const auto readAfter = [&](const std::function<bool()>& change) {
         if ((::unshare(CLONE_NEWNS) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) ||
-            ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-            ::mount(folder, folder, nullptr, MS_BIND, nullptr) != 0 ||
-            ::mount(nullptr, folder, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) != 0)
+            ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 || !change())
             ::_exit(2);
         const auto withLog = LocalMeetingStore(left, [this] { return now; }).upcomingMeetings(true, 10);
         ::_exit(ids() == std::vector<std::string>{"new"} && withLog == store.upcomingMeetings(true, 10) ? 0
                                                                                                         : 1);
     };
     GTEST_FLAG_SET(death_test_style, "fast"); // the process that ends has the folder of this one
-    EXPECT_EXIT(readWithoutWriting(), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(readAfter(makeReadOnly), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(readAfter(fillAndMakeRoom), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(LocalMeetingStoreTest, ReadsWhileTheMainAppWritesAndWhatItLeavesInItsLogWhenItIsKilled) {
