@@ -41,12 +41,12 @@ const std::string binaries = VELLOREN_BINARIES;
 using Kind = MeetingStores::Kind;
 
 struct Figures {
-    std::vector<double> startUp;           ///< milliseconds
-    std::vector<double> memory;            ///< KiB
-    std::vector<double> written;           ///< KiB, of that
-    std::vector<double> memoryBesidePanel; ///< KiB, where a panel has asked for the icon and its menu
-    std::map<Kind, std::vector<double>> firstClick; ///< milliseconds
-    std::map<Kind, std::vector<double>> laterClick; ///< milliseconds
+    std::vector<double> startUp;                           ///< milliseconds
+    std::vector<double> memory;                            ///< KiB
+    std::vector<double> written;                           ///< KiB, of that
+    std::map<Kind, std::vector<double>> memoryBesidePanel; ///< KiB; the panel asked for icon and menu
+    std::map<Kind, std::vector<double>> firstClick;        ///< milliseconds
+    std::map<Kind, std::vector<double>> laterClick;        ///< milliseconds
     long wakeUps = 0;
 };
 
@@ -128,7 +128,7 @@ void measureFirstClick(VirtualDesktop& desktop, ScreenProbe& probe, const std::s
                        Figures& figures) {
     const Running running(desktop, probe, program);
     std::this_thread::sleep_for(settled);
-    figures.memoryBesidePanel.push_back(double(privateMemoryOf(running.pid())));
+    figures.memoryBesidePanel[kind].push_back(double(privateMemoryOf(running.pid())));
     figures.firstClick[kind].push_back(measureClick(probe));
 }
 
@@ -199,15 +199,19 @@ int main() {
     print("start-up to the registered item", "ms ", agent.startUp, minimal.startUp);
     print("private memory", "KiB", agent.memory, minimal.memory);
     print("of it written", "KiB", agent.written, minimal.written);
-    print("private memory beside a panel", "KiB", agent.memoryBesidePanel, minimal.memoryBesidePanel);
-    const auto printClick = [&](const char* what, auto clicks, Kind kind) {
-        print(what, "ms ", (agent.*clicks)[kind], (minimal.*clicks)[kind]);
+    const auto printOf = [&](Kind kind, const char* what, const char* unit, auto values) {
+        print(what, unit, (agent.*values)[kind], (minimal.*values)[kind]);
     };
-    printClick("first click, three Latin titles", &Figures::firstClick, Kind::Latin);
-    printClick("first click, Chinese, Arabic and emoji", &Figures::firstClick, Kind::OtherScripts);
-    printClick("later click, three Latin titles", &Figures::laterClick, Kind::Latin);
-    printClick("later click, Chinese, Arabic and emoji", &Figures::laterClick, Kind::OtherScripts);
-    printClick("later click, a million upcoming meetings", &Figures::laterClick, Kind::ManyUpcoming);
-    printClick("later click, a million past meetings", &Figures::laterClick, Kind::ManyPast);
+    constexpr auto memory = &Figures::memoryBesidePanel;
+    constexpr auto first = &Figures::firstClick;
+    constexpr auto later = &Figures::laterClick;
+    printOf(Kind::Latin, "beside a panel, three Latin titles", "KiB", memory);
+    printOf(Kind::OtherScripts, "beside a panel, Chinese, Arabic and emoji", "KiB", memory);
+    printOf(Kind::Latin, "first click, three Latin titles", "ms ", first);
+    printOf(Kind::OtherScripts, "first click, Chinese, Arabic and emoji", "ms ", first);
+    printOf(Kind::Latin, "later click, three Latin titles", "ms ", later);
+    printOf(Kind::OtherScripts, "later click, Chinese, Arabic and emoji", "ms ", later);
+    printOf(Kind::ManyUpcoming, "later click, a million upcoming meetings", "ms ", later);
+    printOf(Kind::ManyPast, "later click, a million past meetings", "ms ", later);
     std::printf("%-42s %9ld     %9ld\n", "wake-ups in 30 idle seconds", agent.wakeUps, minimal.wakeUps);
 }
