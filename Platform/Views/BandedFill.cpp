@@ -1,5 +1,6 @@
 #include "Platform/Views/BandedFill.h"
 
+#include <QImage>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -9,6 +10,19 @@ namespace {
 
 constexpr int bandHeight = 3;
 
+/// By way of a picture of the band's size: a rasterizer goes through all lines of what it draws on.
+void drawBand(QPainter& painter, const QPainterPath& path, const QRect& band, const QColor& color) {
+    QImage picture(band.size(), QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    QPainter inPicture(&picture);
+    inPicture.setRenderHints(painter.renderHints());
+    inPicture.translate(-band.topLeft());
+    inPicture.fillPath(path, color);
+    inPicture.end();
+    painter.drawImage(band.topLeft(), picture);
+}
+
+/// `path` and `band` are in the device's pixels, as the painter's coordinates are here.
 void fillBand(QPainter& painter, const QPainterPath& path, const QRect& band, const QColor& color) {
     // Within the path it needs no path, and where it is opaque nobody's help. The path's own edges do not
     // count as crossing it.
@@ -19,17 +33,19 @@ void fillBand(QPainter& painter, const QPainterPath& path, const QRect& band, co
         fillBand(painter, path, band.adjusted(0, 0, 0, half - band.height()), color);
         fillBand(painter, path, band.adjusted(0, half, 0, 0), color);
     } else {
-        painter.save();
-        painter.setClipRect(band);
-        painter.fillPath(path, color);
-        painter.restore();
+        drawBand(painter, path, band, color);
     }
 }
 
 } // namespace
 
 void fillInBands(QPainter& painter, const QPainterPath& path, const QColor& color) {
-    fillBand(painter, path, path.boundingRect().toAlignedRect(), color);
+    const QTransform toDevice = painter.deviceTransform();
+    const QPainterPath onDevice = toDevice.map(path);
+    painter.save();
+    painter.setTransform(toDevice.inverted(), true);
+    fillBand(painter, onDevice, onDevice.boundingRect().toAlignedRect(), color);
+    painter.restore();
 }
 
 } // namespace velloren

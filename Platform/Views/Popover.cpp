@@ -20,43 +20,51 @@ void Popover::showRelativeToRect(const QRect& rect, const View& view, RectEdge) 
     if (!controller)
         return;
     const QRect anchor = view.rectOnScreen(rect);
-    if (window) {
+    if (shown) {
         window->showAt(anchor);
         return;
     }
     controller->viewWillAppear();
-    window = std::make_unique<PopoverWindow>();
-    if (!animated)
-        WindowServer::shared().disableAnimation(*window);
-    window->setCloseRequestHandler([this] {
-        if (closeRequested)
-            closeRequested();
-    });
+    prepareWindow();
+    shown = true;
+    WindowServer::shared().setAnimates(*window, animated);
     window->setContent(controller->view());
     window->showAt(anchor);
     activate();
     controller->viewDidAppear();
 }
 
+void Popover::prepareWindow() {
+    if (window && window->suitsCompositing())
+        return;
+    window = std::make_unique<PopoverWindow>();
+    window->setCloseRequestHandler([this] {
+        if (closeRequested)
+            closeRequested();
+    });
+}
+
 void Popover::activate() {
-    if (!window)
+    if (!shown)
         return;
     window->raise();
     window->activateWindow();
 }
 
 void Popover::performClose() {
-    if (!window)
+    if (!shown)
         return;
-    WindowServer::shared().hidePopover(*window);
+    shown = false;
+    const bool remains = WindowServer::shared().hidePopover(*window);
     window->releaseContent();
     // A click on something inside may be what closes the popover: the window is still handling it.
-    window.release()->deleteLater();
+    if (!remains)
+        window.release()->deleteLater();
     controller->viewDidDisappear();
 }
 
 Window* Popover::contentWindow() const {
-    return window.get();
+    return shown ? window.get() : nullptr;
 }
 
 } // namespace velloren

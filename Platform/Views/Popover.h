@@ -11,8 +11,9 @@ namespace velloren {
 
 class PopoverWindow;
 
-/// A bubble with an arrow that points at a view. It closes only when it is told to. Its window is made
-/// afresh for each showing and takes the keyboard's focus but no grab; its content is kept. Main thread only.
+/// A bubble with an arrow that points at a view. It closes only when it is told to. Its window takes
+/// the keyboard's focus but no grab; it is kept from one showing to the next where the display allows that,
+/// and so is its content. Main thread only.
 class Popover final {
   public:
     Popover();
@@ -30,7 +31,7 @@ class Popover final {
     /// Whether the window may fade in and out, where the desktop does that; from the next showing on.
     void setAnimates(bool animates) { animated = animates; }
 
-    [[nodiscard]] bool isShown() const { return window != nullptr; }
+    [[nodiscard]] bool isShown() const { return shown; }
 
     /// Shows the content beside `rect` of `view`. The side is the preferred edge's, as the bar's place on the
     /// screen allows; a popover that is shown already moves there. Without a content nothing is shown.
@@ -49,10 +50,13 @@ class Popover final {
     void setCloseRequestHandler(std::function<void()> handler) { closeRequested = std::move(handler); }
 
   private:
+    void prepareWindow();
+
     std::unique_ptr<ViewController> controller;
     std::unique_ptr<PopoverWindow> window;
     std::function<void()> closeRequested;
     bool animated = true;
+    bool shown = false;
 };
 
 } // namespace velloren

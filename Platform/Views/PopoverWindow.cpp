@@ -48,6 +48,15 @@ double arrowLean(ArrowEdge edge, int tip, QSize frame) {
     return edge == ArrowEdge::Bottom || edge == ArrowEdge::Left ? -lean : lean;
 }
 
+/// The keyboard comes a moment after the window: looking another way from then on it would be drawn twice.
+QPalette lookingActive(QPalette palette) {
+    for (int role = 0; role < QPalette::NColorRoles; ++role) {
+        const auto each = static_cast<QPalette::ColorRole>(role);
+        palette.setBrush(QPalette::Inactive, each, palette.brush(QPalette::Active, each));
+    }
+    return palette;
+}
+
 } // namespace
 
 void PopoverFrameView::setArrow(ArrowEdge edge, int centre) {
@@ -113,7 +122,7 @@ void PopoverFrameView::updateShape() {
     shape = bubble.united(arrowShape);
 }
 
-PopoverWindow::PopoverWindow() : frame(this), composited(WindowServer::shared().isComposited()) {
+PopoverWindow::PopoverWindow() : composited(WindowServer::shared().isComposited()) {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                    Qt::NoDropShadowWindowHint);
     setAttribute(Qt::WA_TranslucentBackground, composited);
@@ -123,20 +132,30 @@ PopoverWindow::PopoverWindow() : frame(this), composited(WindowServer::shared().
         place();
     });
     setWindowTitle(QGuiApplication::applicationDisplayName());
-    setFocus(); // else the first button has it, and looks pressed to somebody with a mouse
+    setPalette(lookingActive(palette()));
+}
+
+bool PopoverWindow::suitsCompositing() const {
+    const bool now = WindowServer::shared().isComposited();
+    return composited == now && testAttribute(Qt::WA_TranslucentBackground) == now;
 }
 
 void PopoverWindow::setContent(QWidget& view) {
     content = &view;
     content->installEventFilter(this);
-    moveToSuperview(*content, &frame);
+    frame = std::make_unique<PopoverFrameView>(this);
+    moveToSuperview(*content, frame.get());
     content->show();
+    frame->show();
+    setFocus(); // else the first button has it, and looks pressed to somebody with a mouse
 }
 
 void PopoverWindow::releaseContent() {
     content->removeEventFilter(this);
     moveToSuperview(*content, nullptr);
     content = nullptr;
+    frame.reset();
+    site.reset();
 }
 
 void PopoverWindow::showAt(const QRect& anchor) {
@@ -156,25 +175,27 @@ void PopoverWindow::place() {
     const QMargins margins = marginsAround(placement.arrowEdge, composited ? popoverShadowMargin : rimMargin);
     // A window that reaches over the screen's edge gets moved away, too.
     const QRect geometry = placement.frame.marginsAdded(margins).intersected(site->screen);
-    frame.setGeometry(placement.frame.translated(-geometry.topLeft()));
-    frame.setArrow(placement.arrowEdge, placement.arrowCentre);
-    content->setGeometry(frame.contentRect());
+    frame->setGeometry(placement.frame.translated(-geometry.topLeft()));
+    frame->setArrow(placement.arrowEdge, placement.arrowCentre);
+    content->setGeometry(frame->contentRect());
     if (!composited) {
         QPainterPathStroker rim;
         rim.setWidth(2 * rimMargin);
-        const QPainterPath outline = frame.outline()->translated(frame.pos());
+        const QPainterPath outline = frame->outline()->translated(frame->pos());
         setMask(outline.united(rim.createStroke(outline)).toFillPolygon().toPolygon());
     }
     WindowServer::shared().showPopover(*this, geometry);
 }
 
 void PopoverWindow::paintEvent(QPaintEvent*) {
+    if (!frame)
+        return;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    drawPopoverSurroundings(painter, frame.contentRect().translated(frame.pos()));
+    drawPopoverSurroundings(painter, frame->contentRect().translated(frame->pos()));
     QPainterPathStroker rim;
     rim.setWidth(2 * rimMargin);
-    fillInBands(painter, rim.createStroke(frame.arrow().translated(frame.pos())), rimColor);
+    fillInBands(painter, rim.createStroke(frame->arrow().translated(frame->pos())), rimColor);
 }
 
 void PopoverWindow::closeEvent(QCloseEvent* event) {

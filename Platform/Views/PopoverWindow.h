@@ -5,6 +5,7 @@
 #include "Platform/Views/WindowServer.h"
 
 #include <functional>
+#include <memory>
 
 namespace velloren {
 
@@ -38,7 +39,7 @@ class PopoverFrameView final : public View {
     int arrowCentre = 0;
 };
 
-/// The window of one showing of a popover. It follows the size that its content asks for. Its controls are
+/// The window of a popover. It follows the size that its content asks for. Its controls are
 /// reached by Tab or the arrow keys and work by Return as well as by Space; Escape asks for it to be closed.
 class PopoverWindow final : public Window {
     Q_OBJECT
@@ -46,13 +47,17 @@ class PopoverWindow final : public Window {
   public:
     PopoverWindow();
 
-    /// Takes the content in; `releaseContent` gives it back before the window goes.
+    /// Whether a new window would blend as this one does with what lies behind it.
+    [[nodiscard]] bool suitsCompositing() const;
+
+    /// Takes the content in, for one showing, in a frame of its own; `releaseContent` gives it back.
     void setContent(QWidget& content);
     void releaseContent();
 
     [[nodiscard]] QWidget* contentView() const override { return content; }
 
-    [[nodiscard]] const PopoverFrameView& frameView() const { return frame; }
+    /// None without a content.
+    [[nodiscard]] const PopoverFrameView* frameView() const { return frame.get(); }
 
     /// Shows the window, or moves it. `anchor` is what the arrow points at, on the screen; an empty one
     /// leaves that to the display.
@@ -69,7 +74,7 @@ class PopoverWindow final : public Window {
   private:
     void place();
 
-    PopoverFrameView frame;
+    std::unique_ptr<PopoverFrameView> frame;
     QWidget* content = nullptr;
     std::optional<PopoverSite> site;
     bool composited;

@@ -39,12 +39,14 @@ class WindowServer {
     using ChangeHandler = std::function<void()>;
     using SiteHandler = std::function<void(const PopoverSite&)>;
 
-    /// Makes a window that was never shown a popover's: one that its owner alone places. `compositingChanged`
-    /// is called, while it is shown, when the display starts or ceases to be composited.
+    /// Makes a window that was never shown a popover's: one that its owner alone places. There is one such
+    /// window at a time. `compositingChanged` is called, while it is shown, when the display starts or ceases
+    /// to be composited.
     virtual void preparePopover(QWidget& window, ChangeHandler compositingChanged) = 0;
 
-    /// Has the popover's window come and go at once, where the display lets a window say so.
-    virtual void disableAnimation(QWidget& window) = 0;
+    /// Whether the popover's window may fade in and out, or comes and goes at once, where the display lets a
+    /// window say so.
+    virtual void setAnimates(QWidget& window, bool animates) = 0;
 
     /// Calls `found` with the site of a popover at `anchor`, which is empty where nobody knows what the
     /// popover belongs to. That is once, at once or a little later; never after the popover was hidden.
@@ -53,7 +55,8 @@ class WindowServer {
     /// Shows a popover's window at `frame`, at once or as soon as the display lets it, or moves it there.
     virtual void showPopover(QWidget& window, const QRect& frame) = 0;
 
-    virtual void hidePopover(QWidget& window) = 0;
+    /// Hides a popover's window. Whether it can be shown once more.
+    [[nodiscard]] virtual bool hidePopover(QWidget& window) = 0;
 };
 
 } // namespace velloren

@@ -41,18 +41,21 @@ class FakeGlobalEvents final : public Installable<FakeGlobalEvents, GlobalEvents
     GlobalEventMonitors monitors;
 };
 
-/// A display with a compositor, whose pointer is where the test says.
+/// A display whose pointer is where the test says, and that has a compositor and keeps the windows of popovers
+/// if the test does not say otherwise.
 class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer> {
   public:
     std::optional<QPoint> pointer;
+    bool composited = true;
+    bool keepsWindows = true;
 
     std::optional<QPoint> pointerLocation() const override { return pointer; }
 
-    bool isComposited() const override { return true; }
+    bool isComposited() const override { return composited; }
 
     void preparePopover(QWidget&, ChangeHandler) override {}
 
-    void disableAnimation(QWidget&) override {}
+    void setAnimates(QWidget&, bool) override {}
 
     void findSite(QWidget&, const QRect& anchor, SiteHandler found) override {
         const QScreen& screen = *QGuiApplication::primaryScreen();
@@ -64,7 +67,10 @@ class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer
         window.show();
     }
 
-    void hidePopover(QWidget& window) override { window.hide(); }
+    bool hidePopover(QWidget& window) override {
+        window.hide();
+        return keepsWindows;
+    }
 };
 
 /// A bar whose item's button is a view nobody shows, or that gives its item no button at all.

@@ -200,7 +200,7 @@ TEST_F(MainViewControllerTest, LaysAGreyBehindTheWholeOfThePopoverAtEachEntry) {
         popover.showRelativeToRect({0, 0, 28, 22}, anchor, RectEdge::MaxY);
         EXPECT_TRUE(upload.titleLabel->isHidden() && upload.animatingView->isHidden() &&
                     upload.imageView->isHidden());
-        const auto& frame = static_cast<PopoverWindow*>(popover.contentWindow())->frameView();
+        const auto& frame = *static_cast<PopoverWindow*>(popover.contentWindow())->frameView();
         const auto backgrounds = [&] {
             auto views = frame.findChildren<View*>(QString(), Qt::FindDirectChildrenOnly);
             views.removeOne(static_cast<View*>(&content->view()));

@@ -176,7 +176,7 @@ void LayerWindowServer::showPopover(QWidget& window, const QRect& frame) {
     qApp->installEventFilter(this);
 }
 
-void LayerWindowServer::hidePopover(QWidget& window) {
+bool LayerWindowServer::hidePopover(QWidget& window) {
     qApp->removeEventFilter(this);
     asked = nullptr;
     patience.stop();
@@ -191,6 +191,7 @@ void LayerWindowServer::hidePopover(QWidget& window) {
     windowProbe.reset();
     maximized.reset();
     popover = nullptr;
+    return false; // Qt makes its surface when it shows the window, too late for a role
 }
 
 bool LayerWindowServer::eventFilter(QObject* watched, QEvent* event) {

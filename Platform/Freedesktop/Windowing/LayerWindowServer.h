@@ -44,11 +44,11 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     void preparePopover(QWidget& window, ChangeHandler compositingChanged) override;
 
     /// A layer's surface has no way to say so.
-    void disableAnimation(QWidget&) override {}
+    void setAnimates(QWidget&, bool) override {}
 
     void findSite(QWidget& window, const QRect& anchor, SiteHandler found) override;
     void showPopover(QWidget& window, const QRect& frame) override;
-    void hidePopover(QWidget& window) override;
+    [[nodiscard]] bool hidePopover(QWidget& window) override;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 

@@ -9,6 +9,7 @@
 #include <QGuiApplication>
 #include <QScreen>
 #include <QWindow>
+#include <qpa/qwindowsysteminterface.h>
 #include <xcb/xcb.h>
 #include <xcb/xfixes.h>
 
@@ -140,16 +141,17 @@ void X11WindowServer::preparePopover(QWidget& window, ChangeHandler changed) {
     if (session == Session::X11)
         window.setWindowFlag(Qt::BypassWindowManagerHint);
     declareShadow(window);
-    popover = &window;
+    if (session == Session::X11)
+        new FocusOnPress(*window.windowHandle());
     compositingChanged = std::move(changed);
 }
 
-void X11WindowServer::disableAnimation(QWidget& window) {
+void X11WindowServer::setAnimates(QWidget& window, bool animates) {
     if (!x11::connection())
         return;
-    constexpr std::uint32_t yes = 1;
+    const std::uint32_t skips = animates ? 0 : 1;
     xcb_change_property(x11::connection(), XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
-                        x11::atomNamed("_KDE_NET_WM_SKIP_CLOSE_ANIMATION"), XCB_ATOM_CARDINAL, 32, 1, &yes);
+                        x11::atomNamed("_KDE_NET_WM_SKIP_CLOSE_ANIMATION"), XCB_ATOM_CARDINAL, 32, 1, &skips);
 }
 
 void X11WindowServer::findSite(QWidget&, const QRect& anchor, SiteHandler found) {
@@ -165,10 +167,13 @@ void X11WindowServer::findSite(QWidget&, const QRect& anchor, SiteHandler found)
 }
 
 void X11WindowServer::showPopover(QWidget& window, const QRect& frame) {
+    popover = &window;
     window.setGeometry(frame);
     if (window.isVisible())
         return;
     window.show();
+    // Qt puts off what this makes of each widget in it to after the first painting, and would paint it again.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateLater);
     if (!x11::connection())
         return;
     if (session == Session::Wayland) {
@@ -182,13 +187,17 @@ void X11WindowServer::showPopover(QWidget& window, const QRect& frame) {
     xcb_set_input_focus(x11::connection(), XCB_INPUT_FOCUS_PARENT, xcb_window_t(window.winId()),
                         XCB_CURRENT_TIME);
     xcb_flush(x11::connection());
-    new FocusOnPress(*window.windowHandle());
 }
 
-void X11WindowServer::hidePopover(QWidget& window) {
+bool X11WindowServer::hidePopover(QWidget& window) {
     popover = nullptr;
     catcher.reset();
     window.hide();
+    // Else Qt takes it for active until the display tells otherwise: shown again before that, it would have the
+    // keyboard and not show it.
+    if (QGuiApplication::focusWindow() == window.windowHandle())
+        QWindowSystemInterface::handleWindowActivated(nullptr);
+    return true;
 }
 
 bool X11WindowServer::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {

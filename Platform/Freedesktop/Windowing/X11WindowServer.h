@@ -35,12 +35,12 @@ class X11WindowServer final : public WindowServer, public PressTaker, private QA
     [[nodiscard]] std::optional<QPoint> pointerLocation() const override;
     [[nodiscard]] bool isComposited() const override;
     void preparePopover(QWidget& window, ChangeHandler compositingChanged) override;
-    void disableAnimation(QWidget& window) override;
+    void setAnimates(QWidget& window, bool animates) override;
     /// The anchor becomes what is drawn around it in the bar that it lies in, from one side of the bar to the
     /// other: where in the icon the press was makes no difference.
     void findSite(QWidget& window, const QRect& anchor, SiteHandler found) override;
     void showPopover(QWidget& window, const QRect& frame) override;
-    void hidePopover(QWidget& window) override;
+    [[nodiscard]] bool hidePopover(QWidget& window) override;
 
   private:
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;

@@ -4,9 +4,11 @@
 #include "Tests/Support/FakeDesktop.h"
 #include "Tests/Support/QtTest.h"
 
+#include <QPointer>
 #include <QVBoxLayout>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace velloren {
@@ -38,12 +40,12 @@ class JournalController final : public ViewController {
 class PopoverTest : public QtTest {
   protected:
     PopoverTest() {
-        FakeWindowServer::install();
         popover.setContentViewController(std::unique_ptr<ViewController>(controller));
     }
 
     void show() { popover.showRelativeToRect(anchor.rect(), anchor, RectEdge::MaxY); }
 
+    FakeWindowServer& server = FakeWindowServer::install();
     std::vector<std::string> journal;
     JournalController* controller = new JournalController(journal);
     View anchor;
@@ -64,15 +66,30 @@ TEST_F(PopoverTest, IsShownOnceUntilItsOwnerClosesItAndFollowsTheSizeOfItsConten
     popover.performClose();
     EXPECT_FALSE(popover.isShown());
     EXPECT_FALSE(controller->root.isVisible());
-    runPendingEvents();
-    for (QWidget* widget : QApplication::topLevelWidgets())
-        EXPECT_FALSE(qobject_cast<PopoverWindow*>(widget)) << "the window of a showing goes with it";
+    EXPECT_EQ(popover.contentWindow(), nullptr);
     show();
     EXPECT_EQ(journal.size(), 4u) << "every showing is an appearance";
     const int before = popover.contentWindow()->height();
     controller->row.setFixedHeight(160);
     EXPECT_TRUE(waitUntil([&] { return popover.contentWindow()->height() == before + 60; }));
     EXPECT_EQ(controller->root.height(), 160);
+}
+
+TEST_F(PopoverTest, KeepsItsWindowWhereTheDisplayDoesAndAsLongAsItBlendsAsTheDisplayDoes) {
+    for (const auto& [keeps, composited, kept] :
+         {std::tuple(true, true, true), {true, false, false}, {true, true, false}, {false, true, false}}) {
+        server.keepsWindows = keeps;
+        show();
+        const QPointer<Window> former = popover.contentWindow();
+        popover.performClose();
+        runPendingEvents();
+        EXPECT_EQ(former != nullptr, keeps);
+        server.composited = composited;
+        show();
+        EXPECT_EQ(popover.contentWindow() == former, kept) << keeps << composited;
+        EXPECT_TRUE(popover.contentWindow()->isVisible() && controller->root.isVisible());
+        popover.performClose();
+    }
 }
 
 TEST(PopoverPlacement, StandsBesideItsIconInsideTheScreenWithItsArrowAtTheIcon) {
