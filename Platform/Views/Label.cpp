@@ -47,6 +47,7 @@ void Label::setStringValue(const QString& value) {
         return;
     text = value;
     line = asOneLine(value, longestLine);
+    fitting.reset();
     updateFont();
     setAccessibleName(line);
     updateGeometry();
@@ -82,8 +83,10 @@ QSize Label::minimumSizeHint() const {
     return {0, fontMetrics().height()};
 }
 
-QString Label::elided() const {
-    return fontMetrics().elidedText(line, Qt::ElideRight, width());
+const QString& Label::elided() const {
+    if (!fitting)
+        fitting = fontMetrics().elidedText(line, Qt::ElideRight, width());
+    return *fitting;
 }
 
 void Label::paintEvent(QPaintEvent*) {
@@ -103,6 +106,8 @@ void Label::updateFont() {
 bool Label::event(QEvent* event) {
     if (event->type() == QEvent::ApplicationFontChange)
         updateFont();
+    if (event->type() == QEvent::Resize || event->type() == QEvent::FontChange)
+        fitting.reset();
     if (event->type() != QEvent::ToolTip)
         return QWidget::event(event);
     const auto* help = static_cast<const QHelpEvent*>(event);

@@ -2,6 +2,7 @@
 
 #include <QWidget>
 
+#include <optional>
 #include <string>
 
 namespace velloren {
@@ -45,10 +46,11 @@ class Label final : public QWidget {
 
   private:
     void updateFont();
-    [[nodiscard]] QString elided() const;
+    [[nodiscard]] const QString& elided() const;
 
     QString text;
     QString line;
+    mutable std::optional<QString> fitting; ///< as much of the line as its width takes, once that is needed
     QFont ownFont; ///< but for its families
     QColor color{Qt::black};
 };

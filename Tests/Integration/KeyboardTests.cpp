@@ -1,4 +1,5 @@
 #include "Tests/Integration/MenuAgentTest.h"
+#include "Tests/Support/Pictures.h"
 
 #include <utility>
 
@@ -66,6 +67,22 @@ TEST_F(Keyboard, ClosesThePopoverWithEscapeAndOpensItsMenuWithSpace) {
     desktop.type("Up");
     desktop.type("Return");
     EXPECT_EQ(agent->wait(), 0) << "the last item is Quit";
+}
+
+TEST_F(Keyboard, ShowsWhereItIsAlsoInAPopoverThatIsOpenedAgainAtOnce) {
+    startAgent();
+    openPopover();
+    ASSERT_TRUE(popoverGetsKeys());
+    desktop.run({"xdotool", "key", "Escape", "click", "1"});
+    ASSERT_TRUE(waitForLog("viewWillAppear(), ", 2));
+    ASSERT_TRUE(popoverGetsKeys());
+    desktop.type("Tab");
+    const QRect firstRow(desktop.popover()->topLeft() + QPoint(0, 10), QSize(320, 60));
+    EXPECT_TRUE(desktop.waitUntil([&] {
+        const QImage screen = desktop.screen();
+        return boundsWithin(firstRow, [&](QPoint at) { return isHighlight(screen.pixelColor(at)); })
+            .has_value();
+    }));
 }
 
 TEST_F(SecondStart, ShowsThePopoverOfTheFirstAtThePointerIfThatAnswers) {

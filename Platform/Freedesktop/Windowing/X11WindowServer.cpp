@@ -197,7 +197,7 @@ bool X11WindowServer::hidePopover(QWidget& window) {
     // keyboard and not show it.
     if (QGuiApplication::focusWindow() == window.windowHandle())
         QWindowSystemInterface::handleWindowActivated(nullptr);
-    return true;
+    return session == Session::X11; // elsewhere it is a window manager's, with a place and a history
 }
 
 bool X11WindowServer::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
