@@ -47,7 +47,7 @@ void Label::setStringValue(const QString& value) {
         return;
     text = value;
     line = asOneLine(value, longestLine);
-    fitting.reset();
+    knownAdvance.reset();
     updateFont();
     setAccessibleName(line);
     updateGeometry();
@@ -75,18 +75,21 @@ void Label::setTextColor(const QColor& newColor) {
 }
 
 QSize Label::sizeHint() const {
-    const QFontMetrics metrics = fontMetrics();
-    return {metrics.horizontalAdvance(line), metrics.height()};
+    return {advance(), fontMetrics().height()};
 }
 
 QSize Label::minimumSizeHint() const {
     return {0, fontMetrics().height()};
 }
 
-const QString& Label::elided() const {
-    if (!fitting)
-        fitting = fontMetrics().elidedText(line, Qt::ElideRight, width());
-    return *fitting;
+int Label::advance() const {
+    if (!knownAdvance)
+        knownAdvance = fontMetrics().horizontalAdvance(line);
+    return *knownAdvance;
+}
+
+QString Label::elided() const {
+    return advance() <= width() ? line : fontMetrics().elidedText(line, Qt::ElideRight, width());
 }
 
 void Label::paintEvent(QPaintEvent*) {
@@ -106,8 +109,8 @@ void Label::updateFont() {
 bool Label::event(QEvent* event) {
     if (event->type() == QEvent::ApplicationFontChange)
         updateFont();
-    if (event->type() == QEvent::Resize || event->type() == QEvent::FontChange)
-        fitting.reset();
+    if (event->type() == QEvent::FontChange)
+        knownAdvance.reset();
     if (event->type() != QEvent::ToolTip)
         return QWidget::event(event);
     const auto* help = static_cast<const QHelpEvent*>(event);

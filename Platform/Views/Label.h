@@ -46,11 +46,13 @@ class Label final : public QWidget {
 
   private:
     void updateFont();
-    [[nodiscard]] const QString& elided() const;
+    /// Of the whole line.
+    [[nodiscard]] int advance() const;
+    [[nodiscard]] QString elided() const;
 
     QString text;
     QString line;
-    mutable std::optional<QString> fitting; ///< as much of the line as its width takes, once that is needed
+    mutable std::optional<int> knownAdvance; ///< shaping a text takes longer than drawing it
     QFont ownFont; ///< but for its families
     QColor color{Qt::black};
 };
