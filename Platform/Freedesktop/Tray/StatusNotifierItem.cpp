@@ -80,7 +80,10 @@ StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, Identity iden
     itemButton.setDisplayHandler([this] { refreshIcon(); });
     hostMissing.setSingleShot(true);
     hostMissing.setInterval(patienceForHost);
-    connect(&hostMissing, &QTimer::timeout, this, [this] { legacyIcon.setWanted(true); });
+    connect(&hostMissing, &QTimer::timeout, this, [this] {
+        legacyIcon.setWanted(true);
+        registerIfDue();
+    });
     this->bus.registerObject(itemPath, this,
                              QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots |
                                  QDBusConnection::ExportAllSignals);
@@ -141,8 +144,8 @@ void StatusNotifierItem::followWatcher() {
     watcherOwner.addWatchedService(watcherService);
     connect(&watcherOwner, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString&, const QString&, const QString& newOwner) {
-                if (!newOwner.isEmpty())
-                    registerWithWatcher();
+                // Not at once: bars that are watcher and host lose what comes while the host looks around.
+                registrationDue = !newOwner.isEmpty();
                 askForHost();
             });
     const auto follow = [this](const char* signal, const char* slot) {
@@ -156,7 +159,13 @@ void StatusNotifierItem::followWatcher() {
     askForHost();
 }
 
+void StatusNotifierItem::registerIfDue() {
+    if (registrationDue)
+        registerWithWatcher();
+}
+
 void StatusNotifierItem::registerWithWatcher() {
+    registrationDue = false;
     auto call = QDBusMessage::createMethodCall(watcherService, watcherPath, watcherService,
                                                QStringLiteral("RegisterStatusNotifierItem"));
     // Not by the item's name: GNOME's extension then watches the name as well, and forgets an item whose
@@ -186,6 +195,7 @@ void StatusNotifierItem::hostKnown(bool hosted) {
     if (hosted) {
         hostMissing.stop();
         legacyIcon.setWanted(false);
+        registerIfDue();
     } else if (!hostMissing.isActive()) {
         hostMissing.start();
     }

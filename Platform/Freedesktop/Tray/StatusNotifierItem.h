@@ -101,6 +101,7 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
 
   private:
     void hostKnown(bool hosted);
+    void registerIfDue();
     void followWatcher();
     void refreshIcon();
     void lookAtBar();
@@ -112,6 +113,7 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     DBusMenu menuOnBus;
     QDBusServiceWatcher watcherOwner;
     QTimer hostMissing;
+    bool registrationDue = false; ///< with a watcher that came while the item was there
     XEmbedIcon legacyIcon;
     StatusNotifierPixmaps pixmaps;   ///< as a host was told last; none where nobody has asked
     std::optional<QPoint> iconPlace; ///< in the screen's own pixels; none until the icon was pressed

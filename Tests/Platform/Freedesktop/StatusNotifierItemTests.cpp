@@ -24,11 +24,13 @@ const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 class Watcher final : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
+    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ isHosted)
 
   public:
     explicit Watcher(const QDBusConnection& bus) : connection(bus) {
         connection.registerObject(watcherPath, this,
-                                  QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals);
+                                  QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals |
+                                      QDBusConnection::ExportAllProperties);
     }
 
     void takeOver() {
@@ -36,8 +38,15 @@ class Watcher final : public QObject {
                                                 QDBusConnectionInterface::AllowReplacement);
     }
 
+    bool isHosted() {
+        itemsWhenAsked = items.size();
+        return hosted;
+    }
+
     QDBusConnection connection;
     QStringList items;
+    qsizetype itemsWhenAsked = 0; ///< for the host
+    bool hosted = true;
     int newIcons = 0;
 
   public Q_SLOTS:
@@ -83,14 +92,18 @@ class StatusNotifierItemTest : public QtBusTest {
 
 } // namespace
 
-TEST_F(StatusNotifierItemTest, RegistersWithEachWatcherAlsoWhenTheyChangeWithoutAGap) {
+TEST_F(StatusNotifierItemTest, RegistersWithEachWatcherOnceThatHasAHostOrGetsNone) {
     registerItem();
     Watcher second(connection("second"));
     second.takeOver();
-    EXPECT_TRUE(waitUntil([&] { return second.items == watcher.items; }));
+    EXPECT_TRUE(waitUntil([&] { return second.items == watcher.items; })) << "they change without a gap";
     Q_EMIT second.StatusNotifierHostRegistered();
     EXPECT_TRUE(waitUntil([&] { return second.items.size() == 2; })) << "hosts forget what they knew";
-    EXPECT_EQ(watcher.items.size(), 1);
+
+    watcher.hosted = false;
+    watcher.takeOver();
+    EXPECT_TRUE(waitUntil([&] { return watcher.items.size() == 2; })) << "no host came";
+    EXPECT_EQ(watcher.itemsWhenAsked, 1) << "one that is about to come would miss the item";
 }
 
 TEST_F(StatusNotifierItemTest, ShowsItsCentreInEachSizeAndTellsOfNewPicturesOnly) {
