@@ -42,9 +42,12 @@ void fillBand(QPainter& painter, const QPainterPath& path, const QRect& band, co
 void fillInBands(QPainter& painter, const QPainterPath& path, const QColor& color) {
     const QTransform toDevice = painter.deviceTransform();
     const QPainterPath onDevice = toDevice.map(path);
+    const QRect all = onDevice.boundingRect().toAlignedRect();
+    if (all.isEmpty())
+        return;
     painter.save();
     painter.setTransform(toDevice.inverted(), true);
-    fillBand(painter, onDevice, onDevice.boundingRect().toAlignedRect(), color);
+    fillBand(painter, onDevice, all, color);
     painter.restore();
 }
 

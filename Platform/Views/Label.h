@@ -53,7 +53,7 @@ class Label final : public QWidget {
     QString text;
     QString line;
     mutable std::optional<int> knownAdvance; ///< shaping a text takes longer than drawing it
-    QFont ownFont; ///< but for its families
+    QFont ownFont;                           ///< but for its families
     QColor color{Qt::black};
 };
 

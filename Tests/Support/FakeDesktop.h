@@ -41,8 +41,8 @@ class FakeGlobalEvents final : public Installable<FakeGlobalEvents, GlobalEvents
     GlobalEventMonitors monitors;
 };
 
-/// A display whose pointer is where the test says, and that has a compositor and keeps the windows of popovers
-/// if the test does not say otherwise.
+/// A display whose pointer is where the test says, and that has a compositor and keeps the windows of
+/// popovers if the test does not say otherwise.
 class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer> {
   public:
     std::optional<QPoint> pointer;

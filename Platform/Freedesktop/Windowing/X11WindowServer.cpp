@@ -193,8 +193,8 @@ bool X11WindowServer::hidePopover(QWidget& window) {
     popover = nullptr;
     catcher.reset();
     window.hide();
-    // Else Qt takes it for active until the display tells otherwise: shown again before that, it would have the
-    // keyboard and not show it.
+    // Else Qt takes it for active until the display tells otherwise: shown again before that, it would have
+    // the keyboard and not show it.
     if (QGuiApplication::focusWindow() == window.windowHandle())
         QWindowSystemInterface::handleWindowActivated(nullptr);
     return session == Session::X11; // elsewhere it is a window manager's, with a place and a history

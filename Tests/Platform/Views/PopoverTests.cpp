@@ -39,9 +39,7 @@ class JournalController final : public ViewController {
 
 class PopoverTest : public QtTest {
   protected:
-    PopoverTest() {
-        popover.setContentViewController(std::unique_ptr<ViewController>(controller));
-    }
+    PopoverTest() { popover.setContentViewController(std::unique_ptr<ViewController>(controller)); }
 
     void show() { popover.showRelativeToRect(anchor.rect(), anchor, RectEdge::MaxY); }
 
