@@ -113,8 +113,7 @@ TEST_F(Faults, OfTheManyOpeningsLeaveNothing) {
     suffer("openings", 200); // the agent gives memory back seconds after its start
     desktop.moveTo(VirtualDesktop::elsewhere);
     const int before = countInLog("MainViewController viewWillAppear()");
-    // Xlib keeps 0.15 KiB for the titles of each window, until it waits for an answer again.
-    expectLevel([&] { suffer("openings", often(490)); }, 512 + often(490) / 5);
+    expectLevel([&] { suffer("openings", often(490)); }, 512);
     EXPECT_EQ(countInLog("MainViewController viewWillAppear()"), before + often(490));
 }
 
