@@ -101,8 +101,12 @@ class MenuAgentTest : public ::testing::Test {
     }
 
     void clickOpenButton(int row) {
+        // A running main app's meetings show a moment after the popover, which then grows.
+        ASSERT_TRUE(desktop.waitUntil([this, row] {
+            const auto grown = desktop.popover();
+            return grown && grown->height() > 60 * row + 140;
+        }));
         const auto window = desktop.popover();
-        ASSERT_TRUE(window);
         desktop.click({window->right() - screenGap - 43, window->top() + 46 + 60 * row});
     }
 
