@@ -9,6 +9,7 @@
 #include <csignal>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -66,13 +67,16 @@ class MenuAgentTest : public ::testing::Test {
         desktop.bus().addService(mainAppName, "/bin/sh " + script.string());
     }
 
+    /// How often the popover was shown.
+    [[nodiscard]] int showings() const { return countInLog("MainViewController viewWillAppear()"); }
+
     /// Clicks the icon until the popover is open.
     void openPopover(QPoint place = VirtualDesktop::icon) {
         ASSERT_FALSE(desktop.popover());
         // A panel that just got the item may not show it yet; but another click closes what is about to show.
-        const int before = countInLog("MainViewController viewWillAppear()");
+        const int before = showings();
         ASSERT_TRUE(desktop.waitUntil([this, place, before] {
-            if (countInLog("MainViewController viewWillAppear()") == before)
+            if (showings() == before)
                 desktop.click(place);
             for (int look = 0; look < 20; ++look) {
                 if (desktop.popover())
@@ -102,11 +106,11 @@ class MenuAgentTest : public ::testing::Test {
 
     void clickOpenButton(int row) {
         // A running main app's meetings show a moment after the popover, which then grows.
-        ASSERT_TRUE(desktop.waitUntil([this, row] {
-            const auto grown = desktop.popover();
-            return grown && grown->height() > 60 * row + 140;
+        std::optional<QRect> window;
+        ASSERT_TRUE(desktop.waitUntil([&] {
+            window = desktop.popover();
+            return window && window->height() > 60 * row + 140;
         }));
-        const auto window = desktop.popover();
         desktop.click({window->right() - screenGap - 43, window->top() + 46 + 60 * row});
     }
 
