@@ -1,4 +1,5 @@
-# The Debian packages that building, testing and demonstrating need; sourced by run and test.
+# The Debian packages that building, testing and demonstrating need; sourced by run and test. Of one|other, the first
+# that the machine's release has.
 
 build_packages=(
     cmake g++ ninja-build pkg-config librsvg2-bin
@@ -15,7 +16,7 @@ desktop_packages=(
 
 test_packages=(
     at-spi2-core bubblewrap clang clang-format clang-tidy gir1.2-atspi-2.0 gir1.2-glib-2.0 libbenchmark-dev
-    libclang-rt-14-dev libgmock-dev libgtest-dev libxcb-xtest0-dev python3-gi python3-seccomp systemd trayer xdg-utils
+    libclang-rt-dev libgmock-dev libgtest-dev libxcb-xtest0-dev python3-gi python3-seccomp systemd trayer xdg-utils
     xrestop
 )
 
@@ -25,7 +26,7 @@ light_desktop_packages=(
     tigervnc-standalone-server tint2 waybar x11-xserver-utils xfconf xwayland
 )
 heavy_desktop_packages=(
-    budgie-core cinnamon gnome-shell gnome-shell-extension-appindicator kwin-wayland kwin-x11 libkf5screen-bin
+    budgie-core cinnamon gnome-shell gnome-shell-extension-appindicator kwin-wayland kwin-x11 "libkscreen-bin|libkf5screen-bin"
     plasma-desktop plasma-workspace qtwayland5 xapp-sn-watcher
 )
 
@@ -37,22 +38,37 @@ as_root() {
     if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
 }
 
+# is_installed ONE|OTHER
+is_installed() { dpkg-query -W -f='${Status}\n' ${1//|/ } 2>/dev/null | grep -q 'ok installed'; }
+
+# in_this_release ONE|OTHER
+in_this_release() {
+    local package
+    for package in ${1//|/ }; do
+        apt-cache show "$package" >/dev/null 2>&1 && break
+    done
+    echo "$package"
+}
+
 # install_missing PACKAGE...: installs those that are not there, and says so.
 install_missing() {
     local missing=() package
     for package in "$@"; do
-        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+        is_installed "$package" || missing+=("$package")
     done
     [ ${#missing[@]} -eq 0 ] && return
-    echo "Installing with apt-get: ${missing[*]}"
     as_root apt-get update -qq
+    mapfile -t missing < <(for package in "${missing[@]}"; do in_this_release "$package"; done)
+    echo "Installing with apt-get: ${missing[*]}"
     as_root env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600 install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# configure PRESET [OPTION...]: makes the build folder of that preset, with ccache where it is installed.
+# configure PRESET [OPTION...]: makes the build folder of that preset, with ccache where it is installed. With CI set
+# a warning is an error.
 configure() {
-    local preset=$1 launcher=()
+    local preset=$1 options=()
     shift
-    command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-    cmake --preset "$preset" "${launcher[@]}" "$@" >/dev/null
+    command -v ccache >/dev/null && options+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    [ -z "${CI:-}" ] || options+=(-DCMAKE_COMPILE_WARNING_AS_ERROR=ON)
+    cmake --preset "$preset" "${options[@]}" "$@" >/dev/null
 }

@@ -129,7 +129,7 @@ int runAgent(TerminationSignals& signals, SessionDisplay display, StartedBy star
     const QDBusConnection bus = QDBusConnection::sessionBus();
     Application application;
     const ProcessServices services;
-    const std::string& identifier = VApp(VApp::menu).bundleIdentifier();
+    const std::string identifier = VApp(VApp::menu).bundleIdentifier();
     const SessionBackends backends(
         display, bus, {identifier, "Velloren", {VApp(VApp::main).bundleIdentifier(), identifier}});
     const SessionEnd sessionEnd(bus, application, signals);

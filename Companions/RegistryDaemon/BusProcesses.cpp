@@ -4,6 +4,8 @@
 
 #include <systemd/sd-bus.h>
 
+#include <cstdint>
+
 namespace velloren {
 
 namespace {

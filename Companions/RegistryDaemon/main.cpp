@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 using namespace velloren;
 
@@ -70,7 +71,7 @@ int main() {
     const auto served = DBusExport::serve(session.bus, exportedEndPointHandling(registry), atOnce, atOnce);
     sd_bus_add_filter(session.bus, nullptr, endsWithTheBus, session.loop);
 
-    const auto& name = VApp(VApp::agent).bundleIdentifier();
+    const std::string name = VApp(VApp::agent).bundleIdentifier();
     // Behind another instance it waits in line, and serves once that has gone.
     if (const int error = sd_bus_request_name(session.bus, name.c_str(), SD_BUS_NAME_QUEUE);
         error < 0 && error != -EEXIST)

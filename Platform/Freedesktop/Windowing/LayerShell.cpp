@@ -1,13 +1,11 @@
 #include "Platform/Freedesktop/Windowing/LayerShell.h"
 
+#include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "layer-shell-client-protocol.h"
 #include "viewporter-client-protocol.h"
 #include "xdg-shell-client-protocol.h"
 
-#include <QGuiApplication>
 #include <QScreen>
-#include <QWindow>
-#include <qpa/qplatformnativeinterface.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -27,17 +25,6 @@ constexpr std::uint32_t keyboardOnDemandSince = 4;
 
 const char* nameOf(const wl_interface& interface) {
     return interface.name;
-}
-
-template <class Object>
-Object* native(const char* what, QScreen* screen) {
-    return static_cast<Object*>(
-        QGuiApplication::platformNativeInterface()->nativeResourceForScreen(what, screen));
-}
-
-wl_display* displayOfQt() {
-    return static_cast<wl_display*>(
-        QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("wl_display"));
 }
 
 /// Waits until the compositor says something, and handles it. Whether there is any use in waiting on.
@@ -168,7 +155,7 @@ bool compositorHasLayerShell(std::chrono::milliseconds limit) {
     return question.answered && question.hasLayerShell;
 }
 
-LayerShell::LayerShell() : registry(wl_display_get_registry(displayOfQt())) {
+LayerShell::LayerShell() : registry(wl_display_get_registry(qtprivate::waylandDisplay())) {
     static constexpr wl_registry_listener listener{
         [](void* self, wl_registry*, std::uint32_t name, const char* interface, std::uint32_t version) {
             static_cast<LayerShell*>(self)->bind(name, interface, version);
@@ -240,16 +227,9 @@ void LayerShell::letThrough(wl_surface& surface, const QRegion& holes) const {
     wl_region_destroy(region);
 }
 
-wl_surface* surfaceOf(QWindow& window) {
-    window.create();
-    return static_cast<wl_surface*>(
-        QGuiApplication::platformNativeInterface()->nativeResourceForWindow("surface", &window));
-}
-
 LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Handlers handlers)
     : surface(surface), handlers(std::move(handlers)),
-      role(zwlr_layer_shell_v1_get_layer_surface(shell.layerShell(), &surface,
-                                                 native<wl_output>("output", &screen),
+      role(zwlr_layer_shell_v1_get_layer_surface(shell.layerShell(), &surface, qtprivate::outputOf(screen),
                                                  ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, "popover")) {
     static constexpr zwlr_layer_surface_v1_listener listener{
         &LayerSurface::configure, [](void* self, zwlr_layer_surface_v1*) {

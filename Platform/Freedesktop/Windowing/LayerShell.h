@@ -8,7 +8,6 @@
 #include <memory>
 
 class QScreen;
-class QWindow;
 struct wl_buffer;
 struct wl_compositor;
 struct wl_display;
@@ -93,9 +92,6 @@ class LayerShell final {
     WaylandOwned<zwlr_layer_shell_v1> shell;
     bool pointerThere = false;
 };
-
-/// The surface of a window whose flags have Qt::BypassWindowManagerHint, which Qt leaves without a role.
-[[nodiscard]] wl_surface* surfaceOf(QWindow& window);
 
 /// A surface in the role of a part of the desktop, above everything else on one screen. It is there once it
 /// was configured and something was drawn on it. Lives shorter than its wl_surface. Main thread only.

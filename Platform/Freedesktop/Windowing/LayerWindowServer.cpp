@@ -2,6 +2,7 @@
 
 #include "Platform/Freedesktop/Windowing/BarGuess.h"
 #include "Platform/Freedesktop/Windowing/PressCatcher.h"
+#include "Platform/Freedesktop/Windowing/QtPrivate.h"
 
 #include <QGuiApplication>
 #include <QMouseEvent>
@@ -9,7 +10,6 @@
 #include <QScreen>
 #include <QWidget>
 #include <QWindow>
-#include <qpa/qwindowsysteminterface.h>
 
 #include <algorithm>
 #include <utility>
@@ -167,10 +167,9 @@ void LayerWindowServer::showPopover(QWidget& window, const QRect& frame) {
     window.setScreen(screen);
     window.winId();
     role = std::make_unique<LayerSurface>(
-        shell, *surfaceOf(*window.windowHandle()), *screen, onScreen,
-        LayerSurface::Handlers{
-            [&window](QSize) { window.show(); },
-            [&window] { QWindowSystemInterface::handleCloseEvent(window.windowHandle()); }});
+        shell, *qtprivate::surfaceOf(*window.windowHandle()), *screen, onScreen,
+        LayerSurface::Handlers{[&window](QSize) { window.show(); },
+                               [&window] { qtprivate::closeAsUser(*window.windowHandle()); }});
     leaveOutOwnWindows();
     qputenv(windowsWithoutRole, "1");
     qApp->installEventFilter(this);

@@ -1,5 +1,7 @@
 #include "Platform/Freedesktop/Windowing/PressCatcher.h"
 
+#include "Platform/Freedesktop/Windowing/QtPrivate.h"
+
 #include <QEnterEvent>
 #include <QMouseEvent>
 #include <QScreen>
@@ -15,7 +17,7 @@ namespace {
 wl_surface& surfaceOver(QScreen& screen, QWindow& window) {
     window.setFlags(Qt::FramelessWindowHint | Qt::BypassWindowManagerHint);
     window.setGeometry(screen.geometry());
-    return *surfaceOf(window);
+    return *qtprivate::surfaceOf(window);
 }
 
 } // namespace

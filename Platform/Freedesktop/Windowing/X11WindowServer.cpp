@@ -1,5 +1,6 @@
 #include "Platform/Freedesktop/Windowing/X11WindowServer.h"
 
+#include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
 #include "Platform/Freedesktop/Windowing/X11Bars.h"
 #include "Platform/Freedesktop/Windowing/X11Display.h"
@@ -9,7 +10,6 @@
 #include <QGuiApplication>
 #include <QScreen>
 #include <QWindow>
-#include <qpa/qwindowsysteminterface.h>
 #include <xcb/xcb.h>
 #include <xcb/xfixes.h>
 
@@ -196,7 +196,7 @@ bool X11WindowServer::hidePopover(QWidget& window) {
     // Else Qt takes it for active until the display tells otherwise: shown again before that, it would have
     // the keyboard and not show it.
     if (QGuiApplication::focusWindow() == window.windowHandle())
-        QWindowSystemInterface::handleWindowActivated(nullptr);
+        qtprivate::forgetFocus();
     return session == Session::X11; // elsewhere it is a window manager's, with a place and a history
 }
 
