@@ -2,7 +2,6 @@
 
 #include "Platform/Desktop/Appearance.h"
 #include "Platform/Foundation/SharedInstance.h"
-#include "Platform/Views/WindowServer.h"
 
 #include <QEvent>
 #include <QPainter>
@@ -49,11 +48,10 @@ void StatusBarButton::press(QPoint position) {
 }
 
 QRect StatusBarButton::rectOnScreen(const QRect& rect) const {
-    const auto place = latestPress ? latestPress : WindowServer::shared().pointerLocation();
-    if (!place)
+    if (!latestPress)
         return {};
     QRect onScreen(QPoint(), rect.size());
-    onScreen.moveCenter(*place);
+    onScreen.moveCenter(*latestPress);
     return onScreen;
 }
 

@@ -25,8 +25,7 @@ class StatusBarButton final : public View {
     /// What comes next is not the effect of a press.
     void forgetPress() { latestPress.reset(); }
 
-    /// Around the place of the latest press. Where there was none, around the pointer; empty on a display
-    /// that does not tell where the pointer is.
+    /// Around the place of the latest press; empty where there was none.
     [[nodiscard]] QRect rectOnScreen(const QRect& rect) const override;
 
     /// A square picture of `side` pixels: the centre of the button. As long as nobody saw the bar, it has an

@@ -6,7 +6,8 @@ namespace velloren {
 
 namespace {
 
-ArrowEdge edgeTowards(const QRect& anchor, const QRect& screen, const QRect& available) {
+ArrowEdge edgeTowards(const PopoverSite& site) {
+    const auto& [anchor, screen, available, kind] = site;
     const QPoint centre = anchor.center();
     if (centre.y() < available.top())
         return ArrowEdge::Top;
@@ -36,14 +37,14 @@ int tipWithin(int tip, int length) {
 
 } // namespace
 
-PopoverPlacement placePopover(const QRect& anchor, QSize content, const QRect& screen,
-                              const QRect& available) {
-    const ArrowEdge edge = edgeTowards(anchor, screen, available);
+PopoverPlacement placePopover(const PopoverSite& site, QSize content) {
+    const QRect& anchor = site.anchor;
+    const QRect& available = site.available;
+    const ArrowEdge edge = edgeTowards(site);
     const QPoint centre = anchor.center();
     const bool horizontal = isHorizontal(edge);
-    const QSize arrow =
-        horizontal ? QSize(0, PopoverMetrics::arrowLength) : QSize(PopoverMetrics::arrowLength, 0);
-    QRect frame({}, content + arrow);
+    const int arrow = site.kind == PopoverSite::Anchor::Icon ? PopoverMetrics::arrowLength : 0;
+    QRect frame({}, content + (horizontal ? QSize(0, arrow) : QSize(arrow, 0)));
 
     if (horizontal)
         frame.moveLeft(centredWithin(centre.x(), frame.width(), available.left(), available.right()));
@@ -65,6 +66,8 @@ PopoverPlacement placePopover(const QRect& anchor, QSize content, const QRect& s
         break;
     }
 
+    if (arrow == 0)
+        return {frame, std::nullopt, 0};
     const int tip = horizontal ? tipWithin(centre.x() - frame.left(), frame.width())
                                : tipWithin(centre.y() - frame.top(), frame.height());
     return {frame, edge, tip};

@@ -2,16 +2,28 @@
 
 #include <QRect>
 
+#include <optional>
+
 namespace velloren {
 
 /// The side of the popover's frame that its arrow stands on.
 enum class ArrowEdge { Top, Bottom, Left, Right };
 
+/// What a popover is placed by. Device-independent pixels of the whole desktop.
+struct PopoverSite {
+    enum class Anchor { Icon, Nearby };
+
+    QRect anchor;    ///< what its arrow points at; one that is only nearby gets none
+    QRect screen;    ///< the screen that the anchor is on
+    QRect available; ///< what bars leave free of it, as far as that is known
+    Anchor kind = Anchor::Icon;
+};
+
 /// Where a popover goes. Device-independent pixels of the whole desktop.
 struct PopoverPlacement {
-    QRect frame;         ///< the frame view: the content and, on one side, the arrow
-    ArrowEdge arrowEdge; ///< the side that faces the anchor
-    int arrowCentre;     ///< the arrow's tip, from the frame's top left corner along that side
+    QRect frame;                        ///< the frame view: the content and, on one side, the arrow
+    std::optional<ArrowEdge> arrowEdge; ///< the side that faces the anchor; none without an arrow
+    int arrowCentre;                    ///< the arrow's tip, from the frame's top left corner along that side
 
     friend bool operator==(const PopoverPlacement&, const PopoverPlacement&) = default;
 };
@@ -23,10 +35,9 @@ struct PopoverMetrics {
     static constexpr int screenGap = 4; ///< kept between the frame and the sides of the available area
 };
 
-/// Places a popover whose content is `content` large beside `anchor`, inside `available`: below an anchor in
-/// a bar at the top of `screen`, above one at the bottom, beside one at the left or right. An anchor within
-/// `available` counts as in the nearer of the top and the bottom.
-[[nodiscard]] PopoverPlacement placePopover(const QRect& anchor, QSize content, const QRect& screen,
-                                            const QRect& available);
+/// Places a popover whose content is `content` large beside the site's anchor, inside what is available:
+/// below an anchor in a bar at the top of the screen, above one at the bottom, beside one at the left or
+/// right. An anchor within the available area counts as in the nearer of the top and the bottom.
+[[nodiscard]] PopoverPlacement placePopover(const PopoverSite& site, QSize content);
 
 } // namespace velloren

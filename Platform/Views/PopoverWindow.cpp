@@ -19,9 +19,11 @@ constexpr int rimMargin = 1;
 constexpr QColor rimColor(0, 0, 0, 46);
 
 /// None on the arrow's side: a window that reaches into the panel gets moved away by window managers.
-QMargins marginsAround(ArrowEdge arrowEdge, int margin) {
+QMargins marginsAround(std::optional<ArrowEdge> arrowEdge, int margin) {
     QMargins margins(margin, margin, margin, margin);
-    switch (arrowEdge) {
+    if (!arrowEdge)
+        return margins;
+    switch (*arrowEdge) {
     case ArrowEdge::Top:
         margins.setTop(0);
         break;
@@ -59,7 +61,7 @@ QPalette lookingActive(QPalette palette) {
 
 } // namespace
 
-void PopoverFrameView::setArrow(ArrowEdge edge, int centre) {
+void PopoverFrameView::setArrow(std::optional<ArrowEdge> edge, int centre) {
     arrowEdge = edge;
     arrowCentre = centre;
     updateShape();
@@ -68,7 +70,9 @@ void PopoverFrameView::setArrow(ArrowEdge edge, int centre) {
 
 QRect PopoverFrameView::contentRect() const {
     constexpr int length = PopoverMetrics::arrowLength;
-    switch (arrowEdge) {
+    if (!arrowEdge)
+        return rect();
+    switch (*arrowEdge) {
     case ArrowEdge::Top:
         return rect().adjusted(0, length, 0, 0);
     case ArrowEdge::Bottom:
@@ -87,11 +91,18 @@ void PopoverFrameView::resizeEvent(QResizeEvent* event) {
 }
 
 void PopoverFrameView::updateShape() {
+    QPainterPath bubble;
+    bubble.addRoundedRect(contentRect(), PopoverMetrics::cornerRadius, PopoverMetrics::cornerRadius);
+    arrowShape = arrowEdge ? shapeOfArrow(*arrowEdge) : QPainterPath();
+    shape = bubble.united(arrowShape);
+}
+
+QPainterPath PopoverFrameView::shapeOfArrow(ArrowEdge edge) const {
     constexpr double halfWidth = PopoverMetrics::arrowHalfWidth;
     constexpr double length = PopoverMetrics::arrowLength;
     // Drawn as the arrow of a top edge, its tip at the origin, then turned to the edge it stands on. Near a
     // corner it leans: its foot keeps clear of the rounding.
-    const double foot = arrowLean(arrowEdge, arrowCentre, size());
+    const double foot = arrowLean(edge, arrowCentre, size());
     QPainterPath arrow;
     arrow.moveTo(foot - halfWidth, length + 1);
     arrow.lineTo(foot - halfWidth, length);
@@ -101,7 +112,7 @@ void PopoverFrameView::updateShape() {
     arrow.closeSubpath();
 
     QTransform toEdge;
-    switch (arrowEdge) {
+    switch (edge) {
     case ArrowEdge::Top:
         toEdge.translate(arrowCentre, 0);
         break;
@@ -115,11 +126,7 @@ void PopoverFrameView::updateShape() {
         toEdge.translate(width(), arrowCentre).rotate(90);
         break;
     }
-
-    arrowShape = toEdge.map(arrow);
-    QPainterPath bubble;
-    bubble.addRoundedRect(contentRect(), PopoverMetrics::cornerRadius, PopoverMetrics::cornerRadius);
-    shape = bubble.united(arrowShape);
+    return toEdge.map(arrow);
 }
 
 PopoverWindow::PopoverWindow() : composited(WindowServer::shared().isComposited()) {
@@ -159,6 +166,8 @@ void PopoverWindow::releaseContent() {
 }
 
 void PopoverWindow::showAt(const QRect& anchor) {
+    if (anchor.isEmpty())
+        focusNextPrevChild(true);
     WindowServer::shared().findSite(*this, anchor, [this](const PopoverSite& found) {
         site = found;
         place();
@@ -170,7 +179,7 @@ void PopoverWindow::place() {
         return;
     const QSize size =
         content->sizeHint().expandedTo(content->minimumSize()).boundedTo(content->maximumSize());
-    const PopoverPlacement placement = placePopover(site->anchor, size, site->screen, site->available);
+    const PopoverPlacement placement = placePopover(*site, size);
 
     const QMargins margins = marginsAround(placement.arrowEdge, composited ? popoverShadowMargin : rimMargin);
     // A window that reaches over the screen's edge gets moved away, too.

@@ -16,7 +16,8 @@ class PopoverFrameView final : public View {
   public:
     using View::View;
 
-    void setArrow(ArrowEdge edge, int centre);
+    /// None without an edge.
+    void setArrow(std::optional<ArrowEdge> edge, int centre);
 
     /// The bubble's shape in this view's coordinates.
     [[nodiscard]] std::optional<QPainterPath> outline() const override { return shape; }
@@ -32,10 +33,11 @@ class PopoverFrameView final : public View {
 
   private:
     void updateShape();
+    [[nodiscard]] QPainterPath shapeOfArrow(ArrowEdge edge) const;
 
     QPainterPath shape;
     QPainterPath arrowShape;
-    ArrowEdge arrowEdge = ArrowEdge::Top;
+    std::optional<ArrowEdge> arrowEdge;
     int arrowCentre = 0;
 };
 
@@ -59,8 +61,8 @@ class PopoverWindow final : public Window {
     /// None without a content.
     [[nodiscard]] const PopoverFrameView* frameView() const { return frame.get(); }
 
-    /// Shows the window, or moves it. `anchor` is what the arrow points at, on the screen; an empty one
-    /// leaves that to the display.
+    /// Shows the window, or moves it. `anchor` is what the arrow points at, on the screen. With an empty one
+    /// there is none, and the first control has the keyboard: no click has led here.
     void showAt(const QRect& anchor);
 
     void setCloseRequestHandler(std::function<void()> handler) { closeRequested = std::move(handler); }

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "Platform/Views/PopoverPlacement.h"
+
 #include <QPoint>
-#include <QRect>
 
 #include <functional>
 #include <optional>
@@ -9,13 +10,6 @@
 class QWidget;
 
 namespace velloren {
-
-/// What a popover is placed by.
-struct PopoverSite {
-    QRect anchor;    ///< what its arrow points at
-    QRect screen;    ///< the screen that the anchor is on
-    QRect available; ///< what bars leave free of it, as far as that is known
-};
 
 /// What views need of the display that they are shown on. Lengths and places are in device-independent pixels
 /// of the whole desktop. Main thread only.
@@ -48,8 +42,10 @@ class WindowServer {
     /// window say so.
     virtual void setAnimates(QWidget& window, bool animates) = 0;
 
-    /// Calls `found` with the site of a popover at `anchor`, which is empty where nobody knows what the
-    /// popover belongs to. That is once, at once or a little later; never after the popover was hidden.
+    /// Calls `found` with the site of a popover at `anchor`. That is once, at once or a little later; never
+    /// after the popover was hidden. An empty anchor belongs to nothing: the popover goes where the pointer
+    /// is. Where the display does not tell the pointer's place, an anchor's centre is the number that a host
+    /// named, which may count device-independent pixels or the screen's own.
     virtual void findSite(QWidget& window, const QRect& anchor, SiteHandler found) = 0;
 
     /// Shows a popover's window at `frame`, at once or as soon as the display lets it, or moves it there.

@@ -2,7 +2,6 @@
 
 #include "Platform/Desktop/GlobalEvents.h"
 #include "Platform/Freedesktop/SessionBus/BusSignal.h"
-#include "Platform/Freedesktop/Windowing/ScreenPixels.h"
 #include "Platform/Freedesktop/Windowing/X11Display.h"
 #include "Platform/Views/WindowServer.h"
 
@@ -229,9 +228,7 @@ void StatusNotifierItem::pressed(int x, int y) {
     iconPlace = x11::pointerPlace();
     barChanges.expect();
     // The pointer is on the icon, whatever unit the host counts in, and whatever it takes for the place.
-    const auto pointer = WindowServer::shared().pointerLocation();
-    const QPoint told(x, y);
-    itemButton.press(pointer ? *pointer : pixels::toDeviceIndependent(told, pixels::screenAt(told)));
+    itemButton.press(WindowServer::shared().pointerLocation().value_or(QPoint(x, y)));
 }
 
 } // namespace velloren

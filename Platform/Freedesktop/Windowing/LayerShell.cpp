@@ -73,10 +73,19 @@ constexpr std::uint32_t largestLength = 0x7fff;
 constexpr std::uint32_t allEdges = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
                                    ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
 
+std::uint32_t numberOf(LayerSurface::Layer layer) {
+    return layer == LayerSurface::Layer::Top ? ZWLR_LAYER_SHELL_V1_LAYER_TOP
+                                             : ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY;
+}
+
 } // namespace
 
 void WaylandRelease::operator()(wl_buffer* buffer) const {
     wl_buffer_destroy(buffer);
+}
+
+void WaylandRelease::operator()(wl_callback* callback) const {
+    wl_callback_destroy(callback);
 }
 
 void WaylandRelease::operator()(wl_compositor* compositor) const {
@@ -146,16 +155,27 @@ bool compositorHasLayerShell(std::chrono::milliseconds limit) {
         [](void* data, wl_callback*, std::uint32_t) { static_cast<Question*>(data)->answered = true; }};
     const WaylandOwned<wl_registry> registry(wl_display_get_registry(display.get()));
     wl_registry_add_listener(registry.get(), &registryListener, &question);
-    wl_callback* answer = wl_display_sync(display.get());
-    wl_callback_add_listener(answer, &answerListener, &question);
+    const WaylandOwned<wl_callback> answer(wl_display_sync(display.get()));
+    wl_callback_add_listener(answer.get(), &answerListener, &question);
     const auto end = std::chrono::steady_clock::now() + limit;
     while (!question.answered && dispatchBefore(display.get(), end)) {
     }
-    wl_callback_destroy(answer);
     return question.answered && question.hasLayerShell;
 }
 
-LayerShell::LayerShell() : registry(wl_display_get_registry(qtprivate::waylandDisplay())) {
+CompositorNotice::CompositorNotice(WaylandOwned<wl_callback> notice, std::function<void()> handler)
+    : handler(std::move(handler)), callback(std::move(notice)) {
+    static constexpr wl_callback_listener listener{[](void* self, wl_callback*, std::uint32_t) {
+        // The handler may release this.
+        const auto handler = std::exchange(static_cast<CompositorNotice*>(self)->handler, nullptr);
+        handler();
+    }};
+    wl_callback_add_listener(callback.get(), &listener, this);
+}
+
+CompositorNotice::~CompositorNotice() = default;
+
+LayerShell::LayerShell() : display(qtprivate::waylandDisplay()), registry(wl_display_get_registry(display)) {
     static constexpr wl_registry_listener listener{
         [](void* self, wl_registry*, std::uint32_t name, const char* interface, std::uint32_t version) {
             static_cast<LayerShell*>(self)->bind(name, interface, version);
@@ -181,6 +201,7 @@ void LayerShell::bind(std::uint32_t name, std::string_view interface, std::uint3
             static_cast<Object*>(wl_registry_bind(registry.get(), name, &wanted, std::min(version, newest))));
         return true;
     };
+    knowsFractions = knowsFractions || interface == "wp_fractional_scale_manager_v1";
     take(compositor, wl_compositor_interface, 3, 4);
     take(memory, wl_shm_interface, 1, 1);
     take(viewporter, wp_viewporter_interface, 1, 1);
@@ -210,11 +231,31 @@ std::shared_ptr<void> LayerShell::showNothing(wl_surface& surface, QSize size) c
         shown->viewport.reset(wp_viewporter_get_viewport(viewporter.get(), &surface));
         wp_viewport_set_destination(shown->viewport.get(), size.width(), size.height());
     }
-    wl_surface_set_buffer_scale(&surface, 1);
+    countPixelsAsTheyAre(surface);
     wl_surface_attach(&surface, shown->buffer.get(), 0, 0);
     wl_surface_damage(&surface, 0, 0, size.width(), size.height());
     wl_surface_commit(&surface);
     return shown;
+}
+
+std::unique_ptr<CompositorNotice> LayerShell::afterAnswers(std::function<void()> handler) const {
+    return std::make_unique<CompositorNotice>(WaylandOwned<wl_callback>(wl_display_sync(display)),
+                                              std::move(handler));
+}
+
+std::unique_ptr<CompositorNotice> LayerShell::whenSeen(wl_surface& surface,
+                                                       std::function<void()> handler) const {
+    WaylandOwned<wl_callback> frame(wl_surface_frame(&surface));
+    wl_surface_commit(&surface);
+    return std::make_unique<CompositorNotice>(std::move(frame), std::move(handler));
+}
+
+bool LayerShell::scalesByFractions() const {
+    return qtprivate::scalesByFractions && viewporter && knowsFractions;
+}
+
+void LayerShell::countPixelsAsTheyAre(wl_surface& surface) const {
+    wl_surface_set_buffer_scale(&surface, 1);
 }
 
 void LayerShell::letThrough(wl_surface& surface, const QRegion& holes) const {
@@ -222,15 +263,17 @@ void LayerShell::letThrough(wl_surface& surface, const QRegion& holes) const {
     wl_region_add(region, 0, 0, int(largestLength), int(largestLength));
     for (const QRect& hole : holes)
         wl_region_subtract(region, hole.left(), hole.top(), hole.width(), hole.height());
+    countPixelsAsTheyAre(surface);
     wl_surface_set_input_region(&surface, region);
     wl_surface_commit(&surface);
     wl_region_destroy(region);
 }
 
-LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Handlers handlers)
+LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Layer layer,
+                           Handlers handlers)
     : surface(surface), handlers(std::move(handlers)),
       role(zwlr_layer_shell_v1_get_layer_surface(shell.layerShell(), &surface, qtprivate::outputOf(screen),
-                                                 ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, "popover")) {
+                                                 numberOf(layer), "popover")) {
     static constexpr zwlr_layer_surface_v1_listener listener{
         &LayerSurface::configure, [](void* self, zwlr_layer_surface_v1*) {
             if (const auto& closed = static_cast<LayerSurface*>(self)->handlers.closed)
@@ -241,7 +284,8 @@ LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen
 
 LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Bars bars,
                            Handlers handlers)
-    : LayerSurface(shell, surface, screen, std::move(handlers)) {
+    : LayerSurface(shell, surface, screen, bars == Bars::Avoid ? Layer::Top : Layer::Overlay,
+                   std::move(handlers)) {
     zwlr_layer_surface_v1_set_anchor(role.get(), allEdges);
     zwlr_layer_surface_v1_set_exclusive_zone(role.get(), bars == Bars::Avoid ? 0 : -1);
     wl_surface_commit(&surface);
@@ -249,7 +293,7 @@ LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen
 
 LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, const QRect& frame,
                            Handlers handlers)
-    : LayerSurface(shell, surface, screen, std::move(handlers)) {
+    : LayerSurface(shell, surface, screen, Layer::Top, std::move(handlers)) {
     zwlr_layer_surface_v1_set_anchor(role.get(),
                                      ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT);
     zwlr_layer_surface_v1_set_exclusive_zone(role.get(), -1);
@@ -268,6 +312,11 @@ void LayerSurface::moveTo(const QRect& frame) {
         return;
     zwlr_layer_surface_v1_set_margin(role.get(), frame.top(), 0, 0, frame.left());
     zwlr_layer_surface_v1_set_size(role.get(), std::uint32_t(frame.width()), std::uint32_t(frame.height()));
+    wl_surface_commit(&surface);
+}
+
+void LayerSurface::moveTo(Layer layer) {
+    zwlr_layer_surface_v1_set_layer(role.get(), numberOf(layer));
     wl_surface_commit(&surface);
 }
 

@@ -9,6 +9,7 @@
 
 class QScreen;
 struct wl_buffer;
+struct wl_callback;
 struct wl_compositor;
 struct wl_display;
 struct wl_registry;
@@ -28,6 +29,7 @@ namespace velloren {
 /// Deletes what the compositor keeps for this process.
 struct WaylandRelease {
     void operator()(wl_buffer* buffer) const;
+    void operator()(wl_callback* callback) const;
     void operator()(wl_compositor* compositor) const;
     void operator()(wl_display* display) const;
     void operator()(wl_registry* registry) const;
@@ -49,6 +51,19 @@ using WaylandOwned = std::unique_ptr<Object, WaylandRelease>;
 /// Whether the compositor of this session lets programs place surfaces of the desktop's own kind. Asked on a
 /// connection of its own, before Qt has one; a compositor that does not answer within `limit` has not.
 [[nodiscard]] bool compositorHasLayerShell(std::chrono::milliseconds limit);
+
+/// Something that the compositor says once, later. Released before that, it is not heard. Main thread only.
+class CompositorNotice final {
+  public:
+    CompositorNotice(WaylandOwned<wl_callback> callback, std::function<void()> handler);
+    CompositorNotice(const CompositorNotice&) = delete;
+    CompositorNotice& operator=(const CompositorNotice&) = delete;
+    ~CompositorNotice();
+
+  private:
+    std::function<void()> handler;
+    WaylandOwned<wl_callback> callback;
+};
 
 /// What of the compositor that Qt is connected to makes surfaces and gives them roles. Qt has to be on
 /// Wayland. Main thread only.
@@ -77,12 +92,29 @@ class LayerShell final {
     /// What is returned has to live as long as the surface shows that.
     [[nodiscard]] std::shared_ptr<void> showNothing(wl_surface& surface, QSize size) const;
 
+    /// Calls the handler once the compositor has answered all that it was sent so far.
+    [[nodiscard]] std::unique_ptr<CompositorNotice> afterAnswers(std::function<void()> handler) const;
+
+    /// Calls the handler once the surface is part of what a screen shows: not while something hides it.
+    [[nodiscard]] std::unique_ptr<CompositorNotice> whenSeen(wl_surface& surface,
+                                                             std::function<void()> handler) const;
+
+    /// Whether the size of a window's picture is the compositor's to scale, by whichever factor. Qt has its
+    /// first word of the factor only after it made the surface.
+    [[nodiscard]] bool scalesByFractions() const;
+
+    /// Has the pixels of such a picture count as they are. Qt takes over the whole number that compositors
+    /// name first, and leaves it when the fraction comes: some end the connection at sizes that it does not
+    /// divide.
+    void countPixelsAsTheyAre(wl_surface& surface) const;
+
     /// Has the surface take the pointer everywhere but there.
     void letThrough(wl_surface& surface, const QRegion& holes) const;
 
   private:
     void bind(std::uint32_t name, std::string_view interface, std::uint32_t version);
 
+    wl_display* display;
     WaylandOwned<wl_registry> registry;
     WaylandOwned<wl_compositor> compositor;
     WaylandOwned<wl_seat> seat;
@@ -91,13 +123,17 @@ class LayerShell final {
     WaylandOwned<xdg_wm_base> windows;
     WaylandOwned<zwlr_layer_shell_v1> shell;
     bool pointerThere = false;
+    bool knowsFractions = false;
 };
 
-/// A surface in the role of a part of the desktop, above everything else on one screen. It is there once it
-/// was configured and something was drawn on it. Lives shorter than its wl_surface. Main thread only.
+/// A surface in the role of a part of the desktop, above the windows of one screen. It is there once it was
+/// configured and something was drawn on it. Lives shorter than its wl_surface. Main thread only.
 class LayerSurface final {
   public:
     enum class Bars { Avoid, Ignore };
+
+    /// Most compositors show full-screen windows above the one and below the other.
+    enum class Layer { Top, Overlay };
 
     struct Handlers {
         /// The compositor gives the surface this size; called again whenever it changes.
@@ -106,9 +142,11 @@ class LayerSurface final {
         std::function<void()> closed;
     };
 
-    /// One as large as the screen, or as what bars leave free of it.
+    /// One as large as the screen, in front of everything, or as large as what bars leave free of it, among
+    /// them.
     LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Bars bars, Handlers handlers);
-    /// One at `frame`, from the screen's top left corner; it takes the keyboard when the user gives it.
+    /// One at `frame`, from the screen's top left corner, among the bars; it takes the keyboard when the user
+    /// gives it.
     LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, const QRect& frame,
                  Handlers handlers);
     LayerSurface(const LayerSurface&) = delete;
@@ -116,9 +154,11 @@ class LayerSurface final {
     ~LayerSurface();
 
     void moveTo(const QRect& frame);
+    void moveTo(Layer layer);
 
   private:
-    LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Handlers handlers);
+    LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Layer layer,
+                 Handlers handlers);
 
     static void configure(void* self, zwlr_layer_surface_v1* role, std::uint32_t serial, std::uint32_t width,
                           std::uint32_t height);

@@ -3,6 +3,7 @@
 #include "Platform/Freedesktop/Windowing/BarGuess.h"
 #include "Platform/Freedesktop/Windowing/PressCatcher.h"
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
+#include "Platform/Freedesktop/Windowing/ScreenPixels.h"
 
 #include <QGuiApplication>
 #include <QMouseEvent>
@@ -18,11 +19,18 @@ namespace velloren {
 
 namespace {
 
-// Compositors answer within a frame or two, on a busy machine much later. Without the pointer's place the
-// host's number counts, and some hosts tell one within the icon. A seat without a pointer never says where it
-// is.
-constexpr std::chrono::milliseconds patienceWithPointer{10000};
-constexpr std::chrono::milliseconds patienceWithoutPointer{1000};
+// Compositors answer within a frame or two, on a busy machine much later.
+constexpr std::chrono::milliseconds patienceWithCompositor{1000};
+
+// From its answer on, for the place of the pointer: some tell it to a surface that appears under a pointer at
+// rest only when that moves, and all of them when a pressed button is up again.
+constexpr std::chrono::milliseconds patienceWithPointer{200};
+
+// What hides the popover does so at once; a screen that is busy shows it later.
+constexpr std::chrono::milliseconds patienceWithScreen{300};
+
+// From one surface to another the pointer and the keyboard are nowhere.
+constexpr std::chrono::milliseconds longestWayOfFocus{300};
 
 constexpr QSize iconSize(28, 22);
 
@@ -32,19 +40,31 @@ constexpr auto windowsWithoutRole = "QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT";
 
 } // namespace
 
-/// What is known of one screen: a surface among the bars that never shows tells its size, one above them the
-/// rest.
+/// What is known of one screen: an invisible surface among the bars tells what those leave free, and whether
+/// what lies there is seen, one above them the rest.
 struct LayerWindowServer::ScreenView {
     QPointer<QScreen> screen;
     WaylandOwned<wl_surface> probeSurface;
     std::unique_ptr<LayerSurface> probe;
+    std::shared_ptr<void> probePicture;
+    std::unique_ptr<CompositorNotice> sight;
+    bool isSeen = false;
     std::optional<QSize> free;
     std::unique_ptr<PressCatcher> catcher;
 };
 
 LayerWindowServer::LayerWindowServer() {
-    patience.setSingleShot(true);
+    for (QTimer* timer : {&patience, &hiding, &absence})
+        timer->setSingleShot(true);
+    hiding.setInterval(patienceWithScreen);
+    absence.setInterval(longestWayOfFocus);
     connect(&patience, &QTimer::timeout, this, &LayerWindowServer::answer);
+    connect(&hiding, &QTimer::timeout, this, &LayerWindowServer::raiseIfHidden);
+    connect(&absence, &QTimer::timeout, this, &LayerWindowServer::closeIfAbsent);
+    connect(qApp, &QGuiApplication::focusWindowChanged, this, [this](QWindow* window) {
+        if (!window && popover)
+            absence.start();
+    });
 }
 
 LayerWindowServer::~LayerWindowServer() = default;
@@ -66,42 +86,67 @@ void LayerWindowServer::findSite(QWidget& window, const QRect& anchor, SiteHandl
                 answerWhenKnown();
             });
     }
-    patience.start(shell.hasPointer() ? patienceWithPointer : patienceWithoutPointer);
+    patience.start(patienceWithCompositor);
     answerWhenKnown();
 }
 
 void LayerWindowServer::lookAtScreen(QScreen& screen) {
     ScreenView& view = *views.emplace_back(std::make_unique<ScreenView>());
     view.screen = &screen;
-    view.catcher =
-        std::make_unique<PressCatcher>(shell, screen,
-                                       PressCatcher::Handlers{[this] { answerWhenKnown(); },
-                                                              [this](Qt::MouseButton button, QPoint place) {
-                                                                  if (pressed)
-                                                                      pressed(button, place);
-                                                              }});
+    view.catcher = std::make_unique<PressCatcher>(
+        shell, screen,
+        PressCatcher::Handlers{[this] { answerWhenKnown(); },
+                               [this](Qt::MouseButton button, QPoint place) {
+                                   if (pressed)
+                                       pressed(button, place);
+                               },
+                               [this] {
+                                   // Later: the catcher is still telling.
+                                   QMetaObject::invokeMethod(this, &LayerWindowServer::leaveScreens,
+                                                             Qt::QueuedConnection);
+                               }});
     view.probeSurface = shell.newSurface();
     view.probe = std::make_unique<LayerSurface>(shell, *view.probeSurface, screen, LayerSurface::Bars::Avoid,
                                                 LayerSurface::Handlers{[this, &view](QSize size) {
                                                                            view.free = size;
+                                                                           lookForSight(view);
                                                                            answerWhenKnown();
                                                                        },
                                                                        nullptr});
 }
 
+void LayerWindowServer::lookForSight(ScreenView& view) {
+    if (view.probePicture)
+        return;
+    shell.letThrough(*view.probeSurface, QRegion(QRect(QPoint(), view.screen->size())));
+    view.probePicture = shell.showNothing(*view.probeSurface, QSize(1, 1));
+    view.sight = shell.whenSeen(*view.probeSurface, [&view] { view.isSeen = true; });
+}
+
 void LayerWindowServer::answerWhenKnown() {
-    const bool knowsPointer =
-        std::any_of(views.begin(), views.end(), [](const auto& view) { return view->catcher->pointer(); });
     const bool knowsSizes =
         std::all_of(views.begin(), views.end(), [](const auto& view) { return view->free.has_value(); });
-    if (asked && knowsPointer && knowsSizes && (maximized || !windowProbe))
+    if (!asked || !knowsSizes || (windowProbe && !maximized))
+        return;
+    if (pointer() || !shell.hasPointer())
         answer();
+    else if (!allShown)
+        allShown = shell.afterAnswers([this] { patience.start(patienceWithPointer); });
+}
+
+std::optional<QPoint> LayerWindowServer::pointer() const {
+    for (const auto& view : views) {
+        if (const auto place = view->catcher->pointer())
+            return place;
+    }
+    return std::nullopt;
 }
 
 void LayerWindowServer::answer() {
     patience.stop();
+    allShown.reset();
     if (const SiteHandler found = std::exchange(asked, nullptr))
-        found(site());
+        found(askedAnchor.isEmpty() ? siteNearby() : siteAtIcon());
 }
 
 const LayerWindowServer::ScreenView* LayerWindowServer::viewAt(QPoint place) const {
@@ -123,21 +168,40 @@ QSize LayerWindowServer::freeOf(const ScreenView* view, const QScreen& screen) c
     return maximized && !maximized->isEmpty() ? free.boundedTo(*maximized) : free;
 }
 
-std::optional<QPoint> LayerWindowServer::placeOfUser(const QRect& anchor) const {
-    std::optional<QPoint> pointer;
-    for (const auto& view : views) {
-        if (const auto place = view->catcher->pointer())
-            pointer = place;
+std::optional<QPoint> LayerWindowServer::placeIn(QPoint number) const {
+    const QPoint inScreensPixels = pixels::toDeviceIndependent(number, pixels::screenAt(number));
+    for (const QPoint place : {number, inScreensPixels}) {
+        const ScreenView* view = viewAt(place);
+        // Some hosts count from the icon's own corner.
+        if (isInBar(place) && !QRect(view->screen->geometry().topLeft(), 2 * iconSize).contains(place))
+            return place;
     }
-    if (pointer && isInBar(*pointer))
-        return pointer;
-    if (anchor.isEmpty())
-        return std::nullopt;
-    return isInBar(anchor.center()) ? anchor.center() : pointer;
+    return std::nullopt;
 }
 
-PopoverSite LayerWindowServer::site() {
-    if (const auto place = placeOfUser(askedAnchor))
+std::optional<QPoint> LayerWindowServer::placeOfIcon(QPoint number) const {
+    const auto place = pointer();
+    if (place && isInBar(*place))
+        return place;
+    const auto named = placeIn(number);
+    return named ? named : place;
+}
+
+PopoverSite LayerWindowServer::siteNearby() const {
+    const QScreen& main = *QGuiApplication::primaryScreen();
+    const QPoint place = pointer().value_or(
+        likelyPlaceOfIcon(main.geometry(), freeOf(viewAt(main.geometry().center()), main)));
+    const ScreenView* view = viewAt(place);
+    const QScreen& screen = view ? *view->screen : main;
+    const QSize bars = screen.size() - freeOf(view, screen);
+    // Nobody knows which side they are at.
+    const QRect available =
+        screen.geometry().adjusted(bars.width(), bars.height(), -bars.width(), -bars.height());
+    return {QRect(place, QSize(1, 1)), screen.geometry(), available, PopoverSite::Anchor::Nearby};
+}
+
+PopoverSite LayerWindowServer::siteAtIcon() {
+    if (const auto place = placeOfIcon(askedAnchor.center()))
         latestPlace = place;
     QPoint place = latestPlace.value_or(QPoint());
     const ScreenView* view = latestPlace ? viewAt(place) : nullptr;
@@ -168,17 +232,54 @@ void LayerWindowServer::showPopover(QWidget& window, const QRect& frame) {
     window.winId();
     role = std::make_unique<LayerSurface>(
         shell, *qtprivate::surfaceOf(*window.windowHandle()), *screen, onScreen,
-        LayerSurface::Handlers{[&window](QSize) { window.show(); },
+        LayerSurface::Handlers{[this, &window](QSize) { appear(window); },
                                [&window] { qtprivate::closeAsUser(*window.windowHandle()); }});
     leaveOutOwnWindows();
+    hiding.start();
     qputenv(windowsWithoutRole, "1");
     qApp->installEventFilter(this);
+}
+
+void LayerWindowServer::appear(QWidget& window) {
+    if (!shell.scalesByFractions() || window.isVisible()) {
+        window.show();
+        return;
+    }
+    // Qt asks for the scale when it shows the window: painted before the answer it would be painted twice.
+    window.setUpdatesEnabled(false);
+    window.show();
+    scaleKnown = shell.afterAnswers([this, &window] {
+        shell.countPixelsAsTheyAre(*qtprivate::surfaceOf(*window.windowHandle()));
+        window.setUpdatesEnabled(true);
+    });
+}
+
+void LayerWindowServer::raiseIfHidden() {
+    const ScreenView* view = popover ? viewAt(popover->geometry().center()) : nullptr;
+    // On a locked screen nobody tells where the pointer is.
+    if (role && view && !view->isSeen && pointerIsOverOwnSurface())
+        role->moveTo(LayerSurface::Layer::Overlay);
+}
+
+bool LayerWindowServer::pointerIsOverOwnSurface() const {
+    return pointer() || underPointer;
+}
+
+void LayerWindowServer::closeIfAbsent() {
+    // The pointer is over one of these surfaces as long as nobody took the whole seat, as those who lock it
+    // do.
+    if (popover && shell.hasPointer() && !pointerIsOverOwnSurface() && !QGuiApplication::focusWindow())
+        qtprivate::closeAsUser(*popover->windowHandle());
 }
 
 bool LayerWindowServer::hidePopover(QWidget& window) {
     qApp->removeEventFilter(this);
     asked = nullptr;
-    patience.stop();
+    allShown.reset();
+    scaleKnown.reset();
+    underPointer = nullptr;
+    for (QTimer* timer : {&patience, &hiding, &absence})
+        timer->stop();
     for (const auto& popUp : std::exchange(popUps, {})) {
         if (popUp)
             popUp->windowHandle()->setParent(nullptr); // else it would go with the popover's window
@@ -186,14 +287,25 @@ bool LayerWindowServer::hidePopover(QWidget& window) {
     role.reset();
     window.hide();
     qunsetenv(windowsWithoutRole);
-    views.clear();
-    windowProbe.reset();
-    maximized.reset();
     popover = nullptr;
+    leaveScreens();
     return false; // Qt makes its surface when it shows the window, too late for a role
 }
 
+void LayerWindowServer::leaveScreens() {
+    // As long as the button is down its release is on the way: a bar that got that would take it for a click.
+    const bool pressUnderWay =
+        std::any_of(views.begin(), views.end(), [](const auto& view) { return view->catcher->isPressed(); });
+    if (popover || pressUnderWay)
+        return;
+    views.clear();
+    windowProbe.reset();
+    maximized.reset();
+}
+
 bool LayerWindowServer::eventFilter(QObject* watched, QEvent* event) {
+    if (watched->isWindowType())
+        followPointer(*watched, event->type());
     auto* const widget = qobject_cast<QWidget*>(watched);
     if (!widget || !popover)
         return false;
@@ -210,6 +322,15 @@ bool LayerWindowServer::eventFilter(QObject* watched, QEvent* event) {
             pressed(press->button(), press->globalPosition().toPoint());
     }
     return false;
+}
+
+void LayerWindowServer::followPointer(QObject& window, QEvent::Type event) {
+    if (event == QEvent::Enter) {
+        underPointer = &window;
+    } else if (event == QEvent::Leave && underPointer == &window) {
+        underPointer = nullptr;
+        absence.start();
+    }
 }
 
 void LayerWindowServer::takeIn(QWidget& popUp) {

@@ -4,6 +4,7 @@
 #include "Platform/Freedesktop/Windowing/LayerShell.h"
 #include "Platform/Views/WindowServer.h"
 
+#include <QEvent>
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
@@ -25,7 +26,12 @@ class PressCatcher;
 /// Known is thus the pointer, and the size of what the bars of a screen leave free, or leave a window there;
 /// which side they are at is guessed (BarGuess). The pointer is believed first, as hosts count in whatever
 /// they like, within the icon even; a number of theirs that is in no bar is not believed at all. Else the
-/// pointer, the place of the latest press, or the end of the bar where icons usually are.
+/// pointer, the place of the latest press, or the end of the bar where icons usually are. Nobody waits for
+/// the pointer's place for long: not all compositors tell it.
+///
+/// The popover is among the bars; only where a full-screen window hides it does it go in front of that, as
+/// some compositors show what is there on a locked screen, too. Where the pointer and the keyboard are taken
+/// away altogether, as by who locks the screen, its owner is asked to close it.
 ///
 /// The popover stays on its screen when the workspace there changes. Qt's own pop-ups become parts of it.
 class LayerWindowServer final : public QObject, public WindowServer, public PressTaker {
@@ -56,10 +62,20 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     struct ScreenView;
 
     void lookAtScreen(QScreen& screen);
+    void lookForSight(ScreenView& view);
+    void leaveScreens();
     void answerWhenKnown();
     void answer();
-    [[nodiscard]] PopoverSite site();
-    [[nodiscard]] std::optional<QPoint> placeOfUser(const QRect& anchor) const;
+    void appear(QWidget& window);
+    void raiseIfHidden();
+    void closeIfAbsent();
+    void followPointer(QObject& window, QEvent::Type event);
+    [[nodiscard]] bool pointerIsOverOwnSurface() const;
+    [[nodiscard]] std::optional<QPoint> pointer() const;
+    [[nodiscard]] PopoverSite siteAtIcon();
+    [[nodiscard]] PopoverSite siteNearby() const;
+    [[nodiscard]] std::optional<QPoint> placeOfIcon(QPoint number) const;
+    [[nodiscard]] std::optional<QPoint> placeIn(QPoint number) const;
     [[nodiscard]] bool isInBar(QPoint place) const;
     [[nodiscard]] const ScreenView* viewAt(QPoint place) const;
     [[nodiscard]] QSize freeOf(const ScreenView* view, const QScreen& screen) const;
@@ -71,7 +87,12 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     std::vector<std::unique_ptr<ScreenView>> views;
     std::unique_ptr<MaximizedSize> windowProbe;
     std::optional<QSize> maximized;
-    QTimer patience;
+    QTimer patience; ///< with the compositor, then with the pointer
+    QTimer hiding;   ///< until what hides the popover is believed to
+    QTimer absence;  ///< of pointer or keyboard
+    std::unique_ptr<CompositorNotice> allShown;
+    std::unique_ptr<CompositorNotice> scaleKnown;
+    QPointer<QObject> underPointer; ///< which window of Qt's is, while the popover is shown
     QRect askedAnchor;
     SiteHandler asked;
     std::optional<QPoint> latestPlace;

@@ -49,19 +49,32 @@ bool PressCatcher::event(QEvent* event) {
         return true;
     case QEvent::Leave:
         pointerPlace.reset();
+        release();
         return true;
-    case QEvent::MouseButtonPress: {
-        const auto* press = static_cast<QMouseEvent*>(event);
-        handlers.pressed(press->button(), position() + press->position().toPoint());
+    case QEvent::MouseButtonPress:
+        press(static_cast<QMouseEvent*>(event)->button(), static_cast<QMouseEvent*>(event)->position());
         return true;
-    }
     case QEvent::TouchBegin:
-        handlers.pressed(Qt::LeftButton,
-                         position() + static_cast<QTouchEvent*>(event)->point(0).position().toPoint());
+        press(Qt::LeftButton, static_cast<QTouchEvent*>(event)->point(0).position());
+        return true;
+    case QEvent::MouseButtonRelease:
+    case QEvent::TouchEnd:
+    case QEvent::TouchCancel:
+        release();
         return true;
     default:
         return QWindow::event(event);
     }
+}
+
+void PressCatcher::press(Qt::MouseButton button, QPointF place) {
+    pressUnderWay = true;
+    handlers.pressed(button, position() + place.toPoint());
+}
+
+void PressCatcher::release() {
+    if (std::exchange(pressUnderWay, false))
+        handlers.released();
 }
 
 void PressCatcher::pointerIsAt(QPointF place) {

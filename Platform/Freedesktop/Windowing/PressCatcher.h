@@ -19,6 +19,7 @@ class PressCatcher final : public QWindow {
     struct Handlers {
         std::function<void()> pointerKnown;
         std::function<void(Qt::MouseButton, QPoint)> pressed; ///< touches are the left button's
+        std::function<void()> released; ///< after a press, also where the pointer is lost
     };
 
     PressCatcher(const LayerShell& shell, QScreen& screen, Handlers handlers);
@@ -27,6 +28,10 @@ class PressCatcher final : public QWindow {
     /// Where the pointer is, on the whole desktop; none while it is not over this screen, as far as the
     /// compositor has told.
     [[nodiscard]] std::optional<QPoint> pointer() const { return pointerPlace; }
+
+    /// Whether a button or a finger is down that was pressed here: until it is up, the compositor tells
+    /// nobody else.
+    [[nodiscard]] bool isPressed() const { return pressUnderWay; }
 
     /// Leaves what is pressed there, on the whole desktop, to the surfaces that show something there: the
     /// order of those that share a layer is the compositor's to choose.
@@ -37,11 +42,14 @@ class PressCatcher final : public QWindow {
 
   private:
     void pointerIsAt(QPointF place);
+    void press(Qt::MouseButton button, QPointF place);
+    void release();
 
     const LayerShell& shell;
     Handlers handlers;
     wl_surface& surface;
     std::optional<QPoint> pointerPlace;
+    bool pressUnderWay = false;
     std::unique_ptr<LayerSurface> role;
     std::shared_ptr<void> shown;
 };

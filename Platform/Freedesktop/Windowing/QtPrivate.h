@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QtGlobal>
+
 class QScreen;
 class QWindow;
 struct wl_display;
@@ -9,6 +11,9 @@ struct wl_surface;
 /// What Qt has no public way for, or had none in its oldest release that this is built with. It may change
 /// with every release of Qt: tried with 6.4, 6.8 and 6.11. Main thread only.
 namespace velloren::qtprivate {
+
+/// Whether this Qt scales by any factor that a compositor names, and not by whole numbers alone.
+inline constexpr bool scalesByFractions = QT_VERSION >= QT_VERSION_CHECK(6, 5, 0);
 
 /// Qt's connection to the compositor. Qt has to be on Wayland.
 [[nodiscard]] wl_display* waylandDisplay();

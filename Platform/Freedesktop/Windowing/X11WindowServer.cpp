@@ -86,6 +86,32 @@ PopoverSite siteAt(const QRect& anchor, const QScreen& screen) {
             without(bar, runs, available)};
 }
 
+PopoverSite siteNearby(QPoint pointer) {
+    const QScreen& screen = pixels::screenAtDeviceIndependent(pointer);
+    return {QRect(pointer, QSize(1, 1)), screen.geometry(), availableOn(screen), PopoverSite::Anchor::Nearby};
+}
+
+/// Where status icons are on most desktops.
+PopoverSite siteInCorner() {
+    const QScreen& screen = *QGuiApplication::primaryScreen();
+    const QRect available = availableOn(screen);
+    return {QRect(available.topRight(), QSize(1, 1)), screen.geometry(), available,
+            PopoverSite::Anchor::Nearby};
+}
+
+/// At what a host named: of two places it may mean, the one in a bar.
+PopoverSite siteAtNumber(QRect anchor) {
+    const QPoint number = anchor.center();
+    const QPoint inScreensPixels = pixels::toDeviceIndependent(number, pixels::screenAt(number));
+    const auto isInBar = [](QPoint place) {
+        const QScreen* screen = QGuiApplication::screenAt(place);
+        return screen && !availableOn(*screen).contains(place);
+    };
+    anchor.moveCenter(!isInBar(inScreensPixels) && isInBar(number) ? number : inScreensPixels);
+    const QScreen& screen = pixels::screenAtDeviceIndependent(anchor.center());
+    return {anchor, screen.geometry(), availableOn(screen)};
+}
+
 /// Some presses elsewhere leave a popover open, but not the keyboard with it: one in the popover gets that
 /// back, which nobody else does for a window that is not the window manager's.
 class FocusOnPress final : public QObject {
@@ -155,15 +181,13 @@ void X11WindowServer::setAnimates(QWidget& window, bool animates) {
 }
 
 void X11WindowServer::findSite(QWidget&, const QRect& anchor, SiteHandler found) {
-    if (anchor.isEmpty()) {
-        const QScreen& screen = *QGuiApplication::primaryScreen();
-        const QRect available = availableOn(screen);
-        found({QRect(available.topRight(), QSize(1, 1)), screen.geometry(), available});
-        return;
-    }
-    const QScreen& screen = pixels::screenAtDeviceIndependent(anchor.center());
-    const bool seesBars = x11::connection() && session == Session::X11;
-    found(seesBars ? siteAt(anchor, screen) : PopoverSite{anchor, screen.geometry(), availableOn(screen)});
+    const auto pointer = pointerLocation();
+    if (anchor.isEmpty())
+        found(pointer ? siteNearby(*pointer) : siteInCorner());
+    else if (pointer)
+        found(siteAt(anchor, pixels::screenAtDeviceIndependent(anchor.center())));
+    else
+        found(siteAtNumber(anchor));
 }
 
 void X11WindowServer::showPopover(QWidget& window, const QRect& frame) {

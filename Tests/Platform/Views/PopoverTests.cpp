@@ -120,9 +120,11 @@ TEST(PopoverPlacement, StandsBesideItsIconInsideTheScreenWithItsArrowAtTheIcon) 
     for (const auto& place : places) {
         QRect icon(0, 0, 28, 22);
         icon.moveCenter(place.icon);
-        const auto placement = placePopover(icon, {320, 270}, place.screen, place.available);
+        const auto placement = placePopover({icon, place.screen, place.available}, {320, 270});
         EXPECT_EQ(placement, (PopoverPlacement{place.frame, place.edge, place.arrow})) << place.where;
     }
+    const PopoverSite nearby{{640, 100, 1, 1}, screen, screen, PopoverSite::Anchor::Nearby};
+    EXPECT_EQ(placePopover(nearby, {320, 270}), (PopoverPlacement{{480, 101, 320, 270}, std::nullopt, 0}));
 }
 
 } // namespace velloren
