@@ -12,6 +12,7 @@
 #include "Platform/Freedesktop/Session/DBusWorkspace.h"
 #include "Platform/Freedesktop/Session/DesktopApplication.h"
 #include "Platform/Freedesktop/Session/DesktopSettings.h"
+#include "Platform/Freedesktop/Session/SessionLock.h"
 #include "Platform/Freedesktop/Session/TerminationSignals.h"
 #include "Platform/Freedesktop/SessionBus/BusSignal.h"
 #include "Platform/Views/Accessibility.h"
@@ -23,6 +24,7 @@
 #include "VellorenMenu/MenuAppDelegate.h"
 
 #include <QDBusConnection>
+#include <QPointer>
 #include <QTranslator>
 
 #include <csignal>
@@ -83,6 +85,14 @@ void giveBackWhatStartingTook() {
     RunLoop::main().postAfter(RunLoop::Seconds(4), [] { malloc_trim(0); });
 }
 
+/// A session that has just started is not locked, and has other things to do.
+void followLock(SessionLock& lock, const QDBusConnection& bus) {
+    RunLoop::main().postAfter(RunLoop::Seconds(2), [&lock, bus, alive = QPointer(&lock)] {
+        if (alive)
+            lock.follow(bus, QDBusConnection::systemBus());
+    });
+}
+
 int fail(const char* reason) {
     writeToStandardError(std::string("velloren-menu: ") + reason + "\n");
     return EXIT_FAILURE;
@@ -133,10 +143,11 @@ int runAgent(TerminationSignals& signals, SessionDisplay display, StartedBy star
     const SessionBackends backends(
         display, bus, {identifier, "Velloren", {VApp(VApp::main).bundleIdentifier(), identifier}});
     const SessionEnd sessionEnd(bus, application, signals);
+    SessionLock lock;
     const DesktopApplication desktopApplication(bus, identifier, [&](StartedBy by) {
         signals.deliver(); // one may have been sent before this call
         if (by == StartedBy::User && !application.isTerminating())
-            application.reopen();
+            lock.whenUnlocked([&application] { application.reopen(); });
         return !application.isTerminating();
     });
     const auto rank = announceRunning(bus, identifier);
@@ -158,6 +169,8 @@ int runAgent(TerminationSignals& signals, SessionDisplay display, StartedBy star
     application.setDelegate(&delegate);
     signals.setHandler([&application](const std::string& sender) { application.terminate(sender); });
     const DesktopSettings settings(bus, [&delegate] { delegate.icon().setNeedsDisplay(); });
+    lock.setLockedHandler([&delegate] { delegate.closePopover(nullptr); });
+    followLock(lock, bus);
     giveBackWhatStartingTook();
     return application.run();
 }

@@ -26,11 +26,12 @@ constexpr std::chrono::milliseconds patienceWithCompositor{1000};
 // rest only when that moves, and all of them when a pressed button is up again.
 constexpr std::chrono::milliseconds patienceWithPointer{200};
 
-// What hides the popover does so at once; a screen that is busy shows it later.
-constexpr std::chrono::milliseconds patienceWithScreen{300};
+// A screen shows within a frame or two what nothing hides.
+constexpr std::chrono::milliseconds patienceWithScreen{150};
 
-// From one surface to another the pointer and the keyboard are nowhere.
-constexpr std::chrono::milliseconds longestWayOfFocus{300};
+// From one surface to another the pointer and the keyboard are nowhere; so they are while something hides the
+// popover.
+constexpr std::chrono::milliseconds longestWayOfFocus{400};
 
 constexpr QSize iconSize(28, 22);
 
@@ -145,6 +146,7 @@ std::optional<QPoint> LayerWindowServer::pointer() const {
 void LayerWindowServer::answer() {
     patience.stop();
     allShown.reset();
+    openedAtPointer = pointer().has_value();
     if (const SiteHandler found = std::exchange(asked, nullptr))
         found(askedAnchor.isEmpty() ? siteNearby() : siteAtIcon());
 }
@@ -257,18 +259,14 @@ void LayerWindowServer::appear(QWidget& window) {
 void LayerWindowServer::raiseIfHidden() {
     const ScreenView* view = popover ? viewAt(popover->geometry().center()) : nullptr;
     // On a locked screen nobody tells where the pointer is.
-    if (role && view && !view->isSeen && pointerIsOverOwnSurface())
+    if (role && view && !view->isSeen && openedAtPointer)
         role->moveTo(LayerSurface::Layer::Overlay);
-}
-
-bool LayerWindowServer::pointerIsOverOwnSurface() const {
-    return pointer() || underPointer;
 }
 
 void LayerWindowServer::closeIfAbsent() {
     // The pointer is over one of these surfaces as long as nobody took the whole seat, as those who lock it
     // do.
-    if (popover && shell.hasPointer() && !pointerIsOverOwnSurface() && !QGuiApplication::focusWindow())
+    if (popover && shell.hasPointer() && !pointer() && !underPointer && !QGuiApplication::focusWindow())
         qtprivate::closeAsUser(*popover->windowHandle());
 }
 

@@ -70,7 +70,6 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     void raiseIfHidden();
     void closeIfAbsent();
     void followPointer(QObject& window, QEvent::Type event);
-    [[nodiscard]] bool pointerIsOverOwnSurface() const;
     [[nodiscard]] std::optional<QPoint> pointer() const;
     [[nodiscard]] PopoverSite siteAtIcon();
     [[nodiscard]] PopoverSite siteNearby() const;
@@ -99,6 +98,7 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     QPointer<QWidget> popover;
     std::vector<QPointer<QWidget>> popUps;
     std::unique_ptr<LayerSurface> role;
+    bool openedAtPointer = false;
     bool takingIn = false;
 };
 
