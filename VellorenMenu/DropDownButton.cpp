@@ -2,6 +2,7 @@
 
 #include "Platform/Views/Image.h"
 #include "Platform/Views/PopUpMenu.h"
+#include "Platform/Views/WindowServer.h"
 #include "VellorenMenu/ActionItems.h"
 #include "VellorenMenu/ClosePopover.h"
 #include "VellorenMenu/Colors.h"
@@ -63,8 +64,10 @@ QSize DropDownButton::sizeHint() const {
 void DropDownButton::runPopUp() {
     popUpButtonCell.setMenu(&actionMenu());
     popUpButtonCell.performClickWithFrame(rect(), *this);
-    // The menu had the pointer: nobody told whether it left the button meanwhile.
-    setAttribute(Qt::WA_UnderMouse, rect().contains(mapFromGlobal(QCursor::pos())));
+    // The menu had the pointer: nobody told whether it left the button meanwhile. A display that tells no
+    // places tells of its next way.
+    const auto pointer = WindowServer::shared().pointerLocation();
+    setAttribute(Qt::WA_UnderMouse, pointer && rect().contains(mapFromGlobal(*pointer)));
     update();
 }
 

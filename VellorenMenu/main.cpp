@@ -7,6 +7,7 @@
 #include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Foundation/StandardError.h"
 #include "Platform/Foundation/UserDefaults.h"
+#include "Platform/Freedesktop/Backends/DisplayLoss.h"
 #include "Platform/Freedesktop/Backends/SessionBackends.h"
 #include "Platform/Freedesktop/Bus/DBusLink.h"
 #include "Platform/Freedesktop/Session/DBusWorkspace.h"
@@ -139,6 +140,9 @@ int runAgent(TerminationSignals& signals, SessionDisplay display, StartedBy star
     const QDBusConnection bus = QDBusConnection::sessionBus();
     Application application;
     const ProcessServices services;
+    const DisplayLoss displayLoss([] {
+        Logger::sharedInstance().error("The display went away", {"VellorenMenu/main", "runAgent"});
+    });
     const std::string identifier = VApp(VApp::menu).bundleIdentifier();
     const SessionBackends backends(
         display, bus, {identifier, "Velloren", {VApp(VApp::main).bundleIdentifier(), identifier}});
