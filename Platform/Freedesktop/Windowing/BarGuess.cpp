@@ -37,13 +37,15 @@ QRect availableAround(QPoint place, const QRect& screen, QSize free) {
     return screen;
 }
 
-QPoint likelyPlaceOfIcon(const QRect& screen, QSize free) {
+QPoint likelyPlaceOfIcon(const QRect& screen, QSize free, Qt::LayoutDirection direction) {
     const QSize missing = (screen.size() - free).expandedTo({0, 0});
     const bool atTheLeft = missing.height() == 0 && missing.width() > 0;
     const int bar = atTheLeft ? missing.width() : missing.height();
     const int toMiddle = bar / 2;
-    return atTheLeft ? screen.bottomLeft() + QPoint(toMiddle, -toMiddle)
-                     : screen.topRight() + QPoint(-toMiddle, toMiddle);
+    if (atTheLeft)
+        return screen.bottomLeft() + QPoint(toMiddle, -toMiddle);
+    return direction == Qt::RightToLeft ? screen.topLeft() + QPoint(toMiddle, toMiddle)
+                                        : screen.topRight() + QPoint(-toMiddle, toMiddle);
 }
 
 QRect anchorAround(QPoint place, QSize icon, const QRect& screen, const QRect& available) {

@@ -2,6 +2,7 @@
 
 #include <QRect>
 #include <QSize>
+#include <Qt>
 
 namespace velloren {
 
@@ -14,8 +15,9 @@ namespace velloren {
 [[nodiscard]] QRect availableAround(QPoint place, const QRect& screen, QSize free);
 
 /// Where a status item is likely to be on a screen of which no more is known than that: at the end of the
-/// bar, which is taken for one at the top or, where only breadth is missing, at the left.
-[[nodiscard]] QPoint likelyPlaceOfIcon(const QRect& screen, QSize free);
+/// bar, which is taken for one at the top or, where only breadth is missing, at the left. `direction` is that
+/// of the session's language.
+[[nodiscard]] QPoint likelyPlaceOfIcon(const QRect& screen, QSize free, Qt::LayoutDirection direction);
 
 /// What an arrow points at that belongs to an icon under `place`: as thick as the bar, so that it does not
 /// matter where across the bar the place is. In no bar it has `icon`'s size.

@@ -6,6 +6,7 @@
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
 
 #include <QGuiApplication>
+#include <QLocale>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QScreen>
@@ -189,10 +190,14 @@ std::optional<QPoint> LayerWindowServer::placeOfIcon(QPoint number) const {
     return named ? named : place;
 }
 
+QPoint LayerWindowServer::likelyPlaceOn(const QScreen& screen) const {
+    const QSize free = freeOf(viewAt(screen.geometry().center()), screen);
+    return likelyPlaceOfIcon(screen.geometry(), free, QLocale().textDirection());
+}
+
 PopoverSite LayerWindowServer::siteNearby() const {
     const QScreen& main = *QGuiApplication::primaryScreen();
-    const QPoint place = pointer().value_or(
-        likelyPlaceOfIcon(main.geometry(), freeOf(viewAt(main.geometry().center()), main)));
+    const QPoint place = pointer().value_or(likelyPlaceOn(main));
     const ScreenView* view = viewAt(place);
     const QScreen& screen = view ? *view->screen : main;
     const QSize bars = screen.size() - freeOf(view, screen);
@@ -209,8 +214,8 @@ PopoverSite LayerWindowServer::siteAtIcon() {
     const ScreenView* view = latestPlace ? viewAt(place) : nullptr;
     const QScreen* screen = view ? view->screen.data() : QGuiApplication::primaryScreen();
     if (!view) {
-        view = viewAt(screen->geometry().center());
-        place = likelyPlaceOfIcon(screen->geometry(), freeOf(view, *screen));
+        place = likelyPlaceOn(*screen);
+        view = viewAt(place);
     }
     const QSize free = freeOf(view, *screen);
     const QRect available = availableAround(place, screen->geometry(), free);
