@@ -166,8 +166,7 @@ void PopoverWindow::releaseContent() {
 }
 
 void PopoverWindow::showAt(const QRect& anchor) {
-    if (anchor.isEmpty())
-        focusNextPrevChild(true);
+    focusesFirst = anchor.isEmpty();
     WindowServer::shared().findSite(*this, anchor, [this](const PopoverSite& found) {
         site = found;
         place();
@@ -194,6 +193,19 @@ void PopoverWindow::place() {
         setMask(outline.united(rim.createStroke(outline)).toFillPolygon().toPolygon());
     }
     WindowServer::shared().showPopover(*this, geometry);
+    if (focusesFirst)
+        focusFirst();
+}
+
+/// Once more for each layout: rows come and go until the main app has answered.
+void PopoverWindow::focusFirst() {
+    setFocus();
+    Window::focusNextPrevChild(true);
+}
+
+bool PopoverWindow::focusNextPrevChild(bool next) {
+    focusesFirst = false;
+    return Window::focusNextPrevChild(next);
 }
 
 void PopoverWindow::paintEvent(QPaintEvent*) {

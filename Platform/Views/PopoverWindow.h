@@ -71,15 +71,18 @@ class PopoverWindow final : public Window {
     void paintEvent(QPaintEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     void place();
+    void focusFirst();
 
     std::unique_ptr<PopoverFrameView> frame;
     QWidget* content = nullptr;
     std::optional<PopoverSite> site;
     bool composited;
+    bool focusesFirst = false; ///< as long as the user chose no other control
     std::function<void()> closeRequested;
 };
 

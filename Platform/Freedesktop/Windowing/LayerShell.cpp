@@ -292,13 +292,14 @@ LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen
 }
 
 LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, const QRect& frame,
-                           Handlers handlers)
+                           Keyboard keyboard, Handlers handlers)
     : LayerSurface(shell, surface, screen, Layer::Top, std::move(handlers)) {
     zwlr_layer_surface_v1_set_anchor(role.get(),
                                      ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT);
     zwlr_layer_surface_v1_set_exclusive_zone(role.get(), -1);
     // Before there was such a demand, the other kind was what compositors took for it on this layer.
-    const bool onDemand = zwlr_layer_surface_v1_get_version(role.get()) >= keyboardOnDemandSince;
+    const bool onDemand = keyboard == Keyboard::OnDemand &&
+                          zwlr_layer_surface_v1_get_version(role.get()) >= keyboardOnDemandSince;
     zwlr_layer_surface_v1_set_keyboard_interactivity(
         role.get(), onDemand ? ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_ON_DEMAND
                              : ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_EXCLUSIVE);

@@ -135,6 +135,9 @@ class LayerSurface final {
     /// Most compositors show full-screen windows above the one and below the other.
     enum class Layer { Top, Overlay };
 
+    /// When the surface gets the keyboard: where the user gives it, or as long as it is there.
+    enum class Keyboard { OnDemand, AtOnce };
+
     struct Handlers {
         /// The compositor gives the surface this size; called again whenever it changes.
         std::function<void(QSize)> configured;
@@ -145,10 +148,9 @@ class LayerSurface final {
     /// One as large as the screen, in front of everything, or as large as what bars leave free of it, among
     /// them.
     LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Bars bars, Handlers handlers);
-    /// One at `frame`, from the screen's top left corner, among the bars; it takes the keyboard when the user
-    /// gives it.
+    /// One at `frame`, from the screen's top left corner, among the bars.
     LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, const QRect& frame,
-                 Handlers handlers);
+                 Keyboard keyboard, Handlers handlers);
     LayerSurface(const LayerSurface&) = delete;
     LayerSurface& operator=(const LayerSurface&) = delete;
     ~LayerSurface();

@@ -42,15 +42,13 @@ constexpr auto windowsWithoutRole = "QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT";
 
 } // namespace
 
-/// What is known of one screen: an invisible surface among the bars tells what those leave free, and whether
-/// what lies there is seen, one above them the rest.
+/// What is known of one screen: an invisible surface among the bars tells what those leave free, one above
+/// them the rest.
 struct LayerWindowServer::ScreenView {
     QPointer<QScreen> screen;
     WaylandOwned<wl_surface> probeSurface;
     std::unique_ptr<LayerSurface> probe;
     std::shared_ptr<void> probePicture;
-    std::unique_ptr<CompositorNotice> sight;
-    bool isSeen = false;
     std::optional<QSize> free;
     std::unique_ptr<PressCatcher> catcher;
 };
@@ -111,18 +109,19 @@ void LayerWindowServer::lookAtScreen(QScreen& screen) {
     view.probe = std::make_unique<LayerSurface>(shell, *view.probeSurface, screen, LayerSurface::Bars::Avoid,
                                                 LayerSurface::Handlers{[this, &view](QSize size) {
                                                                            view.free = size;
-                                                                           lookForSight(view);
+                                                                           appear(view);
                                                                            answerWhenKnown();
                                                                        },
                                                                        nullptr});
 }
 
-void LayerWindowServer::lookForSight(ScreenView& view) {
+void LayerWindowServer::appear(ScreenView& view) {
     if (view.probePicture)
         return;
+    // Some compositors look where the pointer is when a surface appears, and do not know that one's input
+    // yet. This one takes none: the pointer goes to the one above, which is there already.
     shell.letThrough(*view.probeSurface, QRegion(QRect(QPoint(), view.screen->size())));
     view.probePicture = shell.showNothing(*view.probeSurface, QSize(1, 1));
-    view.sight = shell.whenSeen(*view.probeSurface, [&view] { view.isSeen = true; });
 }
 
 void LayerWindowServer::answerWhenKnown() {
@@ -239,32 +238,34 @@ void LayerWindowServer::showPopover(QWidget& window, const QRect& frame) {
     window.winId();
     role = std::make_unique<LayerSurface>(
         shell, *qtprivate::surfaceOf(*window.windowHandle()), *screen, onScreen,
+        askedAnchor.isEmpty() ? LayerSurface::Keyboard::AtOnce : LayerSurface::Keyboard::OnDemand,
         LayerSurface::Handlers{[this, &window](QSize) { appear(window); },
                                [&window] { qtprivate::closeAsUser(*window.windowHandle()); }});
-    leaveOutOwnWindows();
-    hiding.start();
     qputenv(windowsWithoutRole, "1");
     qApp->installEventFilter(this);
 }
 
 void LayerWindowServer::appear(QWidget& window) {
-    if (!shell.scalesByFractions() || window.isVisible()) {
-        window.show();
-        return;
-    }
     // Qt asks for the scale when it shows the window: painted before the answer it would be painted twice.
-    window.setUpdatesEnabled(false);
+    window.setUpdatesEnabled(!shell.scalesByFractions());
     window.show();
-    scaleKnown = shell.afterAnswers([this, &window] {
-        shell.countPixelsAsTheyAre(*qtprivate::surfaceOf(*window.windowHandle()));
-        window.setUpdatesEnabled(true);
+    wl_surface& surface = *qtprivate::surfaceOf(*window.windowHandle());
+    if (shell.scalesByFractions())
+        scaleKnown = shell.afterAnswers([this, &window, &surface] {
+            shell.countPixelsAsTheyAre(surface);
+            window.setUpdatesEnabled(true);
+        });
+    // A way through to it any sooner would be one to what is behind it, which might take the keyboard.
+    seen = shell.whenSeen(surface, [this] {
+        hiding.stop();
+        leaveOutOwnWindows();
     });
+    hiding.start();
 }
 
 void LayerWindowServer::raiseIfHidden() {
-    const ScreenView* view = popover ? viewAt(popover->geometry().center()) : nullptr;
     // On a locked screen nobody tells where the pointer is.
-    if (role && view && !view->isSeen && openedAtPointer)
+    if (role && openedAtPointer)
         role->moveTo(LayerSurface::Layer::Overlay);
 }
 
@@ -280,6 +281,7 @@ bool LayerWindowServer::hidePopover(QWidget& window) {
     asked = nullptr;
     allShown.reset();
     scaleKnown.reset();
+    seen.reset();
     underPointer = nullptr;
     for (QTimer* timer : {&patience, &hiding, &absence})
         timer->stop();

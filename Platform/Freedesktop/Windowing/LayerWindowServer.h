@@ -29,9 +29,9 @@ class PressCatcher;
 /// pointer, the place of the latest press, or the end of the bar where icons usually are. Nobody waits for
 /// the pointer's place for long: not all compositors tell it.
 ///
-/// The popover is among the bars; only where a full-screen window hides it does it go in front of that, as
-/// some compositors show what is there on a locked screen, too. Where the pointer and the keyboard are taken
-/// away altogether, as by who locks the screen, its owner is asked to close it.
+/// The popover is among the bars; only where a full-screen window hides it does it go in front of
+/// that, as some compositors show what is there on a locked screen, too. Where the pointer and the keyboard
+/// are taken away altogether, as by who locks the screen, its owner is asked to close it.
 ///
 /// The popover stays on its screen when the workspace there changes. Qt's own pop-ups become parts of it.
 class LayerWindowServer final : public QObject, public WindowServer, public PressTaker {
@@ -62,10 +62,10 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     struct ScreenView;
 
     void lookAtScreen(QScreen& screen);
-    void lookForSight(ScreenView& view);
     void leaveScreens();
     void answerWhenKnown();
     void answer();
+    void appear(ScreenView& view);
     void appear(QWidget& window);
     void raiseIfHidden();
     void closeIfAbsent();
@@ -92,6 +92,7 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     QTimer absence;  ///< of pointer or keyboard
     std::unique_ptr<CompositorNotice> allShown;
     std::unique_ptr<CompositorNotice> scaleKnown;
+    std::unique_ptr<CompositorNotice> seen;
     QPointer<QObject> underPointer; ///< which window of Qt's is, while the popover is shown
     QRect askedAnchor;
     SiteHandler asked;
