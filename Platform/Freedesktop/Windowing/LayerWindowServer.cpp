@@ -236,9 +236,11 @@ void LayerWindowServer::showPopover(QWidget& window, const QRect& frame) {
         return;
     window.setScreen(screen);
     window.winId();
+    // On a locked screen nobody tells where the pointer is, and the keyboard is for the password.
+    const bool withoutClick = askedAnchor.isEmpty() && openedAtPointer;
     role = std::make_unique<LayerSurface>(
         shell, *qtprivate::surfaceOf(*window.windowHandle()), *screen, onScreen,
-        askedAnchor.isEmpty() ? LayerSurface::Keyboard::AtOnce : LayerSurface::Keyboard::OnDemand,
+        withoutClick ? LayerSurface::Keyboard::AtOnce : LayerSurface::Keyboard::OnDemand,
         LayerSurface::Handlers{[this, &window](QSize) { appear(window); },
                                [&window] { qtprivate::closeAsUser(*window.windowHandle()); }});
     qputenv(windowsWithoutRole, "1");
@@ -264,8 +266,7 @@ void LayerWindowServer::appear(QWidget& window) {
 }
 
 void LayerWindowServer::raiseIfHidden() {
-    // On a locked screen nobody tells where the pointer is.
-    if (role && openedAtPointer)
+    if (role && openedAtPointer) // and the screen is not locked
         role->moveTo(LayerSurface::Layer::Overlay);
 }
 
