@@ -16,7 +16,7 @@ int thickness(int depth, int missing) {
 
 } // namespace
 
-QRect availableAround(QPoint place, const QRect& screen, QSize free) {
+QRect availableAround(QPoint place, const QRect& screen, QSize free, int gap) {
     const QSize missing = (screen.size() - free).expandedTo({0, 0});
     const int above = place.y() - screen.top();
     const int below = screen.bottom() - place.y();
@@ -24,14 +24,15 @@ QRect availableAround(QPoint place, const QRect& screen, QSize free) {
     const int right = screen.right() - place.x();
     const int depthAcross = std::min(above, below);
     const int depthAlong = std::min(left, right);
-    const bool inHorizontalBar = depthAcross < missing.height();
-    const bool inVerticalBar = depthAlong < missing.width();
+    const auto isWithin = [gap](int depth, int bar) { return bar > 0 && depth < bar + gap; };
+    const bool inHorizontalBar = isWithin(depthAcross, missing.height());
+    const bool inVerticalBar = isWithin(depthAlong, missing.width());
     if (inHorizontalBar && (!inVerticalBar || depthAcross <= depthAlong)) {
-        const int bar = thickness(depthAcross, missing.height());
+        const int bar = thickness(depthAcross, missing.height()) + gap;
         return above <= below ? screen.adjusted(0, bar, 0, 0) : screen.adjusted(0, 0, 0, -bar);
     }
     if (inVerticalBar) {
-        const int bar = thickness(depthAlong, missing.width());
+        const int bar = thickness(depthAlong, missing.width()) + gap;
         return left <= right ? screen.adjusted(bar, 0, 0, 0) : screen.adjusted(0, 0, -bar, 0);
     }
     return screen;

@@ -11,8 +11,9 @@ namespace velloren {
 /// Known is how large that is: `free`. Not known is where: it is guessed that the bar somebody is at is the
 /// one that takes what is missing. Where more is missing than one bar is likely to take, and the place is too
 /// near the edge for the middle of such a bar, half of it counts as another bar's at the opposite edge. With
-/// a place at no bar the whole screen is free.
-[[nodiscard]] QRect availableAround(QPoint place, const QRect& screen, QSize free);
+/// a place at no bar the whole screen is free. `gap` is what a bar that floats keeps clear around it, before
+/// and behind it together, and what `free` does not leave out; a bar that does not float gets it as well.
+[[nodiscard]] QRect availableAround(QPoint place, const QRect& screen, QSize free, int gap = 0);
 
 /// Where a status item is likely to be on a screen of which no more is known than that: at the end of the
 /// bar, which is taken for one at the top or, where only breadth is missing, at the left. `direction` is that

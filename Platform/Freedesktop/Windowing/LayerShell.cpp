@@ -238,6 +238,10 @@ std::shared_ptr<void> LayerShell::showNothing(wl_surface& surface, QSize size) c
     return shown;
 }
 
+bool LayerShell::isOfPlasmaSix() const {
+    return shell && zwlr_layer_shell_v1_get_version(shell.get()) > oldestLayerShell;
+}
+
 std::unique_ptr<CompositorNotice> LayerShell::afterAnswers(std::function<void()> handler) const {
     return std::make_unique<CompositorNotice>(WaylandOwned<wl_callback>(wl_display_sync(display)),
                                               std::move(handler));

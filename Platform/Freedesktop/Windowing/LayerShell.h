@@ -82,6 +82,9 @@ class LayerShell final {
 
     [[nodiscard]] zwlr_layer_shell_v1* layerShell() const { return shell.get(); }
 
+    /// Of KWin's: whether it is not the older one of Plasma 5.
+    [[nodiscard]] bool isOfPlasmaSix() const;
+
     /// What makes windows; null where nothing does.
     [[nodiscard]] xdg_wm_base* windowMaker() const { return windows.get(); }
 

@@ -36,6 +36,9 @@ constexpr std::chrono::milliseconds longestWayOfFocus{400};
 
 constexpr QSize iconSize(28, 22);
 
+// Plasma's bars float by default since its sixth release: 8 before and 8 behind them.
+constexpr int plasmasGap = 16;
+
 /// Has Qt leave windows without a role whose flags say so; it asks at every turn. Set only while the popover
 /// is shown: the programs that links open would inherit it, and such windows of theirs never appear.
 constexpr auto windowsWithoutRole = "QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT";
@@ -161,13 +164,19 @@ const LayerWindowServer::ScreenView* LayerWindowServer::viewAt(QPoint place) con
 bool LayerWindowServer::isInBar(QPoint place) const {
     const ScreenView* view = viewAt(place);
     return view &&
-           !availableAround(place, view->screen->geometry(), freeOf(view, *view->screen)).contains(place);
+           !availableAround(place, view->screen->geometry(), freeOf(view, *view->screen), gapAroundBars())
+                .contains(place);
 }
 
 QSize LayerWindowServer::freeOf(const ScreenView* view, const QScreen& screen) const {
     const QSize whole = screen.geometry().size();
     const QSize free = view && view->free ? *view->free : whole;
     return maximized && !maximized->isEmpty() ? free.boundedTo(*maximized) : free;
+}
+
+int LayerWindowServer::gapAroundBars() const {
+    const bool isPlasma = qgetenv("XDG_CURRENT_DESKTOP").split(':').contains("KDE");
+    return isPlasma && shell.isOfPlasmaSix() ? plasmasGap : 0;
 }
 
 std::optional<QPoint> LayerWindowServer::placeIn(QPoint number) const {
@@ -217,7 +226,7 @@ PopoverSite LayerWindowServer::siteAtIcon() {
         view = viewAt(place);
     }
     const QSize free = freeOf(view, *screen);
-    const QRect available = availableAround(place, screen->geometry(), free);
+    const QRect available = availableAround(place, screen->geometry(), free, gapAroundBars());
     return {anchorAround(place, iconSize, screen->geometry(), available), screen->geometry(), available};
 }
 

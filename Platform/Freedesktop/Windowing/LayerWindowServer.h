@@ -76,6 +76,7 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     [[nodiscard]] std::optional<QPoint> placeOfIcon(QPoint number) const;
     [[nodiscard]] std::optional<QPoint> placeIn(QPoint number) const;
     [[nodiscard]] QPoint likelyPlaceOn(const QScreen& screen) const;
+    [[nodiscard]] int gapAroundBars() const;
     [[nodiscard]] bool isInBar(QPoint place) const;
     [[nodiscard]] const ScreenView* viewAt(QPoint place) const;
     [[nodiscard]] QSize freeOf(const ScreenView* view, const QScreen& screen) const;
