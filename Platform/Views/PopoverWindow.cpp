@@ -154,6 +154,7 @@ void PopoverWindow::setContent(QWidget& view) {
     moveToSuperview(*content, frame.get());
     content->show();
     frame->show();
+    screenWatch = std::make_unique<ScreenWatch>([this] { requestClose(); });
     setFocus(); // else the first button has it, and looks pressed to somebody with a mouse
 }
 
@@ -163,6 +164,7 @@ void PopoverWindow::releaseContent() {
     content = nullptr;
     frame.reset();
     site.reset();
+    screenWatch.reset();
 }
 
 void PopoverWindow::showAt(const QRect& anchor) {
@@ -219,17 +221,21 @@ void PopoverWindow::paintEvent(QPaintEvent*) {
     fillInBands(painter, rim.createStroke(frame->arrow().translated(frame->pos())), rimColor);
 }
 
+void PopoverWindow::requestClose() {
+    if (closeRequested)
+        closeRequested();
+}
+
 void PopoverWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
-    if (event->spontaneous() && closeRequested)
-        closeRequested();
+    if (event->spontaneous())
+        requestClose();
 }
 
 void PopoverWindow::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
     case Qt::Key_Escape:
-        if (closeRequested)
-            closeRequested();
+        requestClose();
         return;
     case Qt::Key_Return:
     case Qt::Key_Enter:

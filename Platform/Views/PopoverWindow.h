@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Views/PopoverPlacement.h"
+#include "Platform/Views/ScreenWatch.h"
 #include "Platform/Views/View.h"
 #include "Platform/Views/WindowServer.h"
 
@@ -42,7 +43,8 @@ class PopoverFrameView final : public View {
 };
 
 /// The window of a popover. It follows the size that its content asks for. Its controls are
-/// reached by Tab or the arrow keys and work by Return as well as by Space; Escape asks for it to be closed.
+/// reached by Tab or the arrow keys and work by Return as well as by Space; Escape asks for it to be closed,
+/// and so does a change of the screens: nobody tells where its icon is then.
 class PopoverWindow final : public Window {
     Q_OBJECT
 
@@ -77,10 +79,12 @@ class PopoverWindow final : public Window {
   private:
     void place();
     void focusFirst();
+    void requestClose();
 
     std::unique_ptr<PopoverFrameView> frame;
     QWidget* content = nullptr;
     std::optional<PopoverSite> site;
+    std::unique_ptr<ScreenWatch> screenWatch;
     bool composited;
     bool focusesFirst = false; ///< as long as the user chose no other control
     std::function<void()> closeRequested;

@@ -73,6 +73,32 @@ TEST_F(PopoverTest, IsShownOnceUntilItsOwnerClosesItAndFollowsTheSizeOfItsConten
     EXPECT_EQ(controller->root.height(), 160);
 }
 
+TEST_F(PopoverTest, AsksOnceToBeClosedWhenTheScreensChangeButNotForABarThatHides) {
+    QScreen& screen = *QGuiApplication::primaryScreen();
+    int requests = 0;
+    popover.setCloseRequestHandler([&] {
+        ++requests;
+        popover.performClose();
+    });
+    const auto requestsAfter = [&](const std::function<void()>& change) {
+        show();
+        change();
+        EXPECT_EQ(requests, 0) << "Qt is in the middle of it";
+        runPendingEvents();
+        popover.performClose();
+        return std::exchange(requests, 0);
+    };
+    EXPECT_EQ(requestsAfter([&] { screen.availableGeometryChanged({}); }), 0);
+    EXPECT_EQ(requestsAfter([&] {
+                  screen.geometryChanged({});
+                  qApp->screenRemoved(&screen);
+              }),
+              1);
+    qApp->screenAdded(&screen);
+    runPendingEvents();
+    EXPECT_EQ(requests, 0) << "nothing is open";
+}
+
 TEST_F(PopoverTest, KeepsItsWindowWhereTheDisplayDoesAndAsLongAsItBlendsAsTheDisplayDoes) {
     for (const auto& [keeps, composited, kept] :
          {std::tuple(true, true, true), {true, false, false}, {true, true, false}, {false, true, false}}) {
