@@ -6,7 +6,10 @@
 #include <QEvent>
 #include <QPainter>
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
+#include <vector>
 
 namespace velloren {
 
@@ -14,7 +17,35 @@ namespace {
 
 constexpr int outlineShare = 22; // of the side of a picture goes to its outline
 
-/// The picture on a copy of its shape, `reach` pixels larger all round.
+/// Fills what is between opaque pixels in its row and in its column as well: the inside of a shape.
+void fillInside(QImage& picture, QRgb color) {
+    const auto isOpaque = [](QRgb pixel) { return qAlpha(pixel) == 255; };
+    std::vector<int> top(std::size_t(picture.width()), picture.height());
+    std::vector<int> bottom(std::size_t(picture.width()), -1);
+    for (int y = 0; y < picture.height(); ++y) {
+        const auto* const line = reinterpret_cast<const QRgb*>(picture.constScanLine(y));
+        for (std::size_t x = 0; x < top.size(); ++x) {
+            if (isOpaque(line[x])) {
+                top[x] = std::min(top[x], y);
+                bottom[x] = y;
+            }
+        }
+    }
+    for (int y = 0; y < picture.height(); ++y) {
+        auto* const line = reinterpret_cast<QRgb*>(picture.scanLine(y));
+        const auto right =
+            std::find_if(std::reverse_iterator(line + top.size()), std::reverse_iterator(line), isOpaque)
+                .base();
+        for (auto* pixel = std::find_if(line, right, isOpaque); pixel < right; ++pixel) {
+            const auto x = std::size_t(pixel - line);
+            if (top[x] < y && y < bottom[x])
+                *pixel = color;
+        }
+    }
+}
+
+/// The picture on a copy of its shape, `reach` pixels larger all round and without holes: a rim within would
+/// leave nothing of them to see in a small picture.
 QImage outlined(const QImage& picture, QColor color, int reach) {
     QImage shape = picture;
     QPainter filling(&shape);
@@ -31,6 +62,9 @@ QImage outlined(const QImage& picture, QColor color, int reach) {
                 painter.drawImage(x, y, shape);
         }
     }
+    painter.end();
+    fillInside(result, color.rgba());
+    painter.begin(&result);
     painter.drawImage(0, 0, picture);
     return result;
 }

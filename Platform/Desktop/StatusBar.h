@@ -28,8 +28,8 @@ class StatusBarButton final : public View {
     /// Around the place of the latest press; empty where there was none.
     [[nodiscard]] QRect rectOnScreen(const QRect& rect) const override;
 
-    /// A square picture of `side` pixels: the centre of the button. As long as nobody saw the bar, it has an
-    /// outline that tells it from a bar of the other kind.
+    /// A square picture of `side` pixels: the centre of the button. As long as nobody saw the bar, it
+    /// stands on a ground of its own, a little larger, that tells it from a bar of the other kind.
     [[nodiscard]] QImage picture(int side);
 
     /// What the bar was seen to look like, as `Appearance` calls it; none when it can no longer be seen.

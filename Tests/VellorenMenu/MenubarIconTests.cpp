@@ -82,12 +82,18 @@ TEST_F(MenubarIconTest, ReadsOnBarsOfBothKindsAsLongAsNobodySawTheBar) {
         }
         return tones;
     };
+    const auto hidesBarBetweenItsLines = [this](int side) {
+        const QImage middle = button.picture(side).copy(side / 4, side / 2, side / 2, 1);
+        return middle.convertToFormat(QImage::Format_RGB32).convertToFormat(middle.format()) == middle;
+    };
     for (const auto& name : {Appearance::vibrantLight, Appearance::vibrantDark}) {
         Appearance::setName(AppearanceSource::BarSetting, name);
         for (const int side : {16, 22, 24, 32, 48}) {
             EXPECT_THAT(tonesOf(side), SizeIs(2)) << side;
+            EXPECT_TRUE(hidesBarBetweenItsLines(side)) << side;
             button.setSeenAppearance(name);
             EXPECT_THAT(tonesOf(side), SizeIs(1)) << side;
+            EXPECT_FALSE(hidesBarBetweenItsLines(side)) << side;
             button.setSeenAppearance(std::nullopt);
         }
     }
