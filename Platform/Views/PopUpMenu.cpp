@@ -33,6 +33,7 @@ PopUpMenu::PopUpMenu(QWidget* parent) : QMenu(parent) {
 void PopUpMenu::showEvent(QShowEvent* event) {
     composited = WindowServer::shared().isComposited();
     composited ? clearMask() : setMask(panel());
+    WindowServer::shared().declareShadow(*this);
     QMenu::showEvent(event);
 }
 

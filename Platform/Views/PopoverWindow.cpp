@@ -214,6 +214,8 @@ void PopoverWindow::paintEvent(QPaintEvent*) {
     if (!frame)
         return;
     QPainter painter(this);
+    if (!composited) // what is translucent shows black in a window that was made to be blended
+        painter.fillRect(rect(), palette().window());
     painter.setRenderHint(QPainter::Antialiasing);
     drawPopoverSurroundings(painter, frame->contentRect().translated(frame->pos()));
     QPainterPathStroker rim;

@@ -42,6 +42,10 @@ class WindowServer {
     /// window say so.
     virtual void setAnimates(QWidget& window, bool animates) = 0;
 
+    /// The window draws its shadow itself: the display, where it draws any, leaves its own out. Once the window
+    /// has a native one.
+    virtual void declareShadow(QWidget&) {}
+
     /// Calls `found` with the site of a popover at `anchor`. That is once, at once or a little later; never
     /// after the popover was hidden. An empty anchor belongs to nothing: the popover goes where the pointer
     /// is. Where the display does not tell the pointer's place, an anchor's centre is the number that a host

@@ -114,7 +114,7 @@ TEST_F(PopoverOnPanel, OutlivesTheClickThatOpensItThoughItHearsOfItsPressLater) 
     }
 }
 
-TEST_F(PopoverOnPanel, IsNoTaskAndLeavesNoBlackMarginWhenTheCompositorEnds) {
+TEST_F(PopoverOnPanel, IsNoTaskHasNoSecondShadowAndTurnsNowhereBlackWhenTheCompositorEnds) {
     startAgent();
     openPopover();
     std::string windows;
@@ -126,6 +126,15 @@ TEST_F(PopoverOnPanel, IsNoTaskAndLeavesNoBlackMarginWhenTheCompositorEnds) {
                  "_KDE_NET_WM_SKIP_CLOSE_ANIMATION"},
                 &animation);
     EXPECT_TRUE(animation.ends_with(" = 1\n")) << animation;
+    openActionMenu();
+    std::string shadows;
+    desktop.run({"sh", "-c",
+                 "for each in $(xdotool search --onlyvisible --class velloren-menu); "
+                 "do xprop -id $each _GTK_FRAME_EXTENTS; done"},
+                &shadows);
+    EXPECT_EQ(std::ranges::count(shadows, '='), 2)
+        << "the popover's and the menu's are their own: " << shadows;
+    desktop.type("Escape");
     const QPoint margin = desktop.popover()->bottomLeft() + QPoint(4, -4);
     desktop.run(
         {"xfconf-query", "-c", "xfwm4", "-p", "/general/use_compositing", "-n", "-t", "bool", "-s", "false"});
@@ -133,7 +142,11 @@ TEST_F(PopoverOnPanel, IsNoTaskAndLeavesNoBlackMarginWhenTheCompositorEnds) {
         const QImage screen = desktop.screen();
         return screen.pixelColor(margin) == screen.pixelColor(VirtualDesktop::elsewhere);
     }));
-    EXPECT_TRUE(desktop.popover());
+    const auto popover = desktop.popover();
+    ASSERT_TRUE(popover);
+    EXPECT_TRUE(desktop.waitUntil([&] {
+        return desktop.screen().pixelColor(popover->left(), popover->center().y()).lightness() > 100;
+    })) << "its rim";
 }
 
 } // namespace velloren

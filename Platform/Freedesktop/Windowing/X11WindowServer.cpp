@@ -125,14 +125,6 @@ class FocusOnPress final : public QObject {
     }
 };
 
-/// The window's shadow is its own: compositors that draw one around others leave it out.
-void declareShadow(const QWidget& window) {
-    constexpr std::array<std::uint32_t, 4> someOnEachSide{1, 1, 1, 1};
-    xcb_change_property(x11::connection(), XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
-                        x11::atomNamed("_GTK_FRAME_EXTENTS"), XCB_ATOM_CARDINAL, 32, someOnEachSide.size(),
-                        someOnEachSide.data());
-}
-
 } // namespace
 
 X11WindowServer::X11WindowServer(Session session) : session(session) {
@@ -178,6 +170,15 @@ void X11WindowServer::setAnimates(QWidget& window, bool animates) {
     const std::uint32_t skips = animates ? 0 : 1;
     xcb_change_property(x11::connection(), XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
                         x11::atomNamed("_KDE_NET_WM_SKIP_CLOSE_ANIMATION"), XCB_ATOM_CARDINAL, 32, 1, &skips);
+}
+
+void X11WindowServer::declareShadow(QWidget& window) {
+    if (!x11::connection())
+        return;
+    constexpr std::array<std::uint32_t, 4> someOnEachSide{1, 1, 1, 1};
+    xcb_change_property(x11::connection(), XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
+                        x11::atomNamed("_GTK_FRAME_EXTENTS"), XCB_ATOM_CARDINAL, 32, someOnEachSide.size(),
+                        someOnEachSide.data());
 }
 
 void X11WindowServer::findSite(QWidget&, const QRect& anchor, SiteHandler found) {

@@ -36,6 +36,7 @@ class X11WindowServer final : public WindowServer, public PressTaker, private QA
     [[nodiscard]] bool isComposited() const override;
     void preparePopover(QWidget& window, ChangeHandler compositingChanged) override;
     void setAnimates(QWidget& window, bool animates) override;
+    void declareShadow(QWidget& window) override;
     /// The anchor becomes what is drawn around it in the bar that it lies in, from one side of the bar to the
     /// other: where in the icon the press was makes no difference.
     void findSite(QWidget& window, const QRect& anchor, SiteHandler found) override;
