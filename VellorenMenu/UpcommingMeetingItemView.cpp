@@ -20,14 +20,14 @@ void UpcommingMeetingItemView::configureForMeeting(const Meeting& meeting) {
         titleLabel->setStringValue(*meeting.title);
         titleLabel->setVisible(!titleLabel->stringValue().trimmed().isEmpty()); // no gap above the time
     }
-    if (openButton && titleLabel)
-        openButton->setAccessibleDescription(titleLabel->stringValue());
+    describeButton();
     if (meeting.id)
         meetingId = *meeting.id;
 }
 
 void UpcommingMeetingItemView::refreshRelativeDate() {
     showRelativeDate(shownStartTime);
+    describeButton();
 }
 
 void UpcommingMeetingItemView::showRelativeDate(const std::string& startTime) {
@@ -37,6 +37,16 @@ void UpcommingMeetingItemView::showRelativeDate(const std::string& startTime) {
     shownStartTime = startTime;
     if (timeLabel)
         timeLabel->setStringValue(*time);
+}
+
+void UpcommingMeetingItemView::describeButton() {
+    QStringList texts;
+    for (const Label* label : {titleLabel.data(), timeLabel.data()}) {
+        if (label && !label->stringValue().trimmed().isEmpty())
+            texts.append(label->stringValue());
+    }
+    if (openButton)
+        openButton->setAccessibleDescription(texts.join(QStringLiteral(", ")));
 }
 
 std::optional<std::string>

@@ -42,6 +42,8 @@ class UpcommingMeetingItemView final : public ItemView {
 
   private:
     void showRelativeDate(const std::string& startTime);
+    /// Tells assistive programs what the button opens: all the buttons have the same name.
+    void describeButton();
 
     /// Of the meeting whose time the row shows; empty before there was one.
     std::string shownStartTime;

@@ -25,6 +25,7 @@ def below(accessible):
 
 for application in children(Atspi.get_desktop(0)):
     for each in below(application) if application.get_name() == sys.argv[1] else ():
-        print(each.get_role_name(), each.get_name(), each.get_description(), sep=" | ")
-        if (each.get_role_name(), each.get_name()) == ("push button", sys.argv[2]):
+        role = each.get_role_name().removeprefix("push ")  # which older AT-SPI has before it
+        print(role, each.get_name(), each.get_description(), sep=" | ")
+        if (role, each.get_name()) == ("button", sys.argv[2]):
             sys.exit(not Atspi.Action.do_action(each, 0))
