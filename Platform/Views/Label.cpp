@@ -5,6 +5,7 @@
 
 #include <QHelpEvent>
 #include <QPainter>
+#include <QScreen>
 #include <QToolTip>
 
 namespace velloren {
@@ -30,10 +31,14 @@ QString wrappable(const QString& text) {
     return result;
 }
 
-/// Tool tips take anything that looks like markup for markup.
-QString asToolTip(const QString& text) {
-    return QStringLiteral("<p style='white-space: pre-wrap'>%1</p>")
-        .arg(wrappable(cut(text, longestToolTip)).toHtmlEscaped());
+/// Tool tips take anything that looks like markup for markup, and that they wrap long before the edge of the
+/// screen, which is `room` wide.
+QString asToolTip(const QString& text, int room) {
+    constexpr int padding = 32;
+    const QString shown = cut(text, longestToolTip);
+    if (QFontMetrics(QToolTip::font()).size(0, shown).width() + padding <= room)
+        return QStringLiteral("<p style='white-space: pre'>%1</p>").arg(shown.toHtmlEscaped());
+    return QStringLiteral("<p style='white-space: pre-wrap'>%1</p>").arg(wrappable(shown).toHtmlEscaped());
 }
 
 } // namespace
@@ -115,7 +120,7 @@ bool Label::event(QEvent* event) {
         return QWidget::event(event);
     const auto* help = static_cast<const QHelpEvent*>(event);
     if (elided() != text)
-        QToolTip::showText(help->globalPos(), asToolTip(text), this);
+        QToolTip::showText(help->globalPos(), asToolTip(text, screen()->availableGeometry().width()), this);
     return true;
 }
 

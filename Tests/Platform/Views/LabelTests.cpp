@@ -53,6 +53,12 @@ TEST_F(LabelTest, TellsWhatDoesNotFitAndNothingElseInAToolTipThatFitsTheScreen) 
         for (const QWidget* widget : QApplication::topLevelWidgets())
             EXPECT_TRUE(label.screen()->geometry().contains(widget->geometry())) << text;
     }
+    for (const char* text : {"two words ", "<b>&lt;</b> "}) {
+        show(QString::fromLatin1(text).repeated(10).trimmed(), 100);
+        (void)toolTip();
+        for (const QWidget* widget : QApplication::topLevelWidgets())
+            EXPECT_LT(widget->height(), 2 * widget->fontMetrics().height()) << "one line fits: " << text;
+    }
     const QImage elided = label.grab().toImage();
     label.setStringValue(label.stringValue() + QStringLiteral("different at the end"));
     EXPECT_EQ(label.grab().toImage(), elided);
