@@ -1,5 +1,6 @@
 #include "Platform/Freedesktop/Windowing/X11WindowServer.h"
 
+#include "Platform/Freedesktop/Windowing/PopoverFocus.h"
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
 #include "Platform/Freedesktop/Windowing/X11Bars.h"
@@ -112,19 +113,6 @@ PopoverSite siteAtNumber(QRect anchor) {
     return {anchor, screen.geometry(), availableOn(screen)};
 }
 
-/// Some presses elsewhere leave a popover open, but not the keyboard with it: one in the popover gets that
-/// back, which nobody else does for a window that is not the window manager's.
-class FocusOnPress final : public QObject {
-  public:
-    explicit FocusOnPress(QWindow& window) : QObject(&window) { window.installEventFilter(this); }
-
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::MouseButtonPress)
-            static_cast<QWindow*>(watched)->requestActivate();
-        return false;
-    }
-};
-
 } // namespace
 
 X11WindowServer::X11WindowServer(Session session) : session(session) {
@@ -160,7 +148,7 @@ void X11WindowServer::preparePopover(QWidget& window, ChangeHandler changed) {
         window.setWindowFlag(Qt::BypassWindowManagerHint);
     declareShadow(window);
     if (session == Session::X11)
-        new FocusOnPress(*window.windowHandle());
+        focus = new PopoverFocus(*window.windowHandle());
     compositingChanged = std::move(changed);
 }
 
@@ -208,10 +196,8 @@ void X11WindowServer::showPopover(QWidget& window, const QRect& frame) {
         });
         return;
     }
-    // No window manager does it, and Qt would say a time before the click that is meant.
-    xcb_set_input_focus(x11::connection(), XCB_INPUT_FOCUS_PARENT, xcb_window_t(window.winId()),
-                        XCB_CURRENT_TIME);
-    xcb_flush(x11::connection());
+    if (focus)
+        focus->take();
 }
 
 bool X11WindowServer::hidePopover(QWidget& window) {

@@ -13,6 +13,7 @@
 
 namespace velloren {
 
+class PopoverFocus;
 class XPressCatcher;
 
 /// An X server, and the window manager and compositor on it. A popover's window is not the window manager's
@@ -49,6 +50,7 @@ class X11WindowServer final : public WindowServer, public PressTaker, private QA
     Session session;
     /// The one that is open, or about to be; none otherwise.
     QPointer<QWidget> popover;
+    QPointer<PopoverFocus> focus; ///< of the latest that was prepared
     ChangeHandler compositingChanged;
     Handler pressed;
     std::unique_ptr<XPressCatcher> catcher;
