@@ -19,6 +19,32 @@ namespace {
 using testing::ElementsAre;
 using testing::Optional;
 
+constexpr int refused = 2; // the status of a process that this machine lets do less than it wants
+
+template <class... Arguments>
+void mount(Arguments... arguments) {
+    if (::mount(arguments...) != 0)
+        ::_exit(refused);
+}
+
+/// What this process mounts from now on is seen by nobody else.
+void enterOwnMounts() {
+    const auto itself = [](auto id) { return std::to_string(id) + ' ' + std::to_string(id) + " 1"; };
+    const std::string user = itself(::getuid());
+    const std::string group = itself(::getgid());
+    if (::unshare(CLONE_NEWNS) != 0) {
+        if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
+            ::_exit(refused);
+        // Else nobody can make files there.
+        for (const auto& [map, entry] :
+             {std::pair("setgroups", std::string("deny")), {"uid_map", user}, {"gid_map", group}}) {
+            if (!(std::ofstream(std::string("/proc/self/") + map) << entry).flush())
+                ::_exit(refused);
+        }
+    }
+    mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
+}
+
 class LocalMeetingStoreTest : public testing::Test {
   protected:
     SQLite::Database writer(const std::string& statements) const {
@@ -176,30 +202,38 @@ TEST_F(LocalMeetingStoreTest, ReadsWhatIsAtRestOnAReadOnlyFileSystemAndOnOneThat
     }
     const char* folder = directory.path().c_str();
     const auto makeReadOnly = [&] {
-        return ::mount(folder, folder, nullptr, MS_BIND, nullptr) == 0 &&
-               ::mount(nullptr, folder, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) == 0;
+        mount(folder, folder, nullptr, MS_BIND, nullptr);
+        mount(nullptr, folder, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr);
+        return true;
     };
     const auto fillAndMakeRoom = [&] {
         TemporaryDirectory kept;
         std::filesystem::copy(folder, kept.path(), std::filesystem::copy_options::recursive);
-        if (::mount("tmpfs", folder, "tmpfs", 0, "size=1m") != 0)
-            return false;
+        mount("tmpfs", folder, "tmpfs", 0, "size=1m");
         std::filesystem::copy(kept.path(), folder, std::filesystem::copy_options::recursive);
         std::ofstream filler(directory / "filler");
         return !(filler << std::string(1 << 20, 'x')).flush() && !upcoming() &&
                std::filesystem::remove(directory / "filler");
     };
     const auto readAfter = [&](const std::function<bool()>& change) {
-        if ((::unshare(CLONE_NEWNS) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) ||
-            ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 || !change())
-            ::_exit(2);
+        enterOwnMounts();
+        if (!change())
+            ::_exit(1);
         const auto withLog = LocalMeetingStore(left, [this] { return now; }).upcomingMeetings(true, 10);
         ::_exit(ids() == std::vector<std::string>{"new"} && withLog == store.upcomingMeetings(true, 10) ? 0
                                                                                                         : 1);
     };
     GTEST_FLAG_SET(death_test_style, "fast"); // the process that ends has the folder of this one
-    EXPECT_EXIT(readAfter(makeReadOnly), testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(readAfter(fillAndMakeRoom), testing::ExitedWithCode(0), "");
+    for (const std::function<bool()>& change : {std::function<bool()>(makeReadOnly), {fillAndMakeRoom}}) {
+        bool mounts = true;
+        const auto isRight = [&](int status) {
+            mounts = !testing::ExitedWithCode(refused)(status);
+            return !mounts || testing::ExitedWithCode(0)(status);
+        };
+        EXPECT_EXIT(readAfter(change), isRight, "");
+        if (!mounts)
+            GTEST_SKIP() << "this machine lets no test mount a file system";
+    }
 }
 
 TEST_F(LocalMeetingStoreTest, ReadsWhileTheMainAppWritesAndWhatItLeavesInItsLogWhenItIsKilled) {
