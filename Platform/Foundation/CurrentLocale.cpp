@@ -1,5 +1,6 @@
 #include "Platform/Foundation/CurrentLocale.h"
 
+#include <QLocale>
 #include <unicode/dtptngen.h>
 #include <unicode/locid.h>
 #include <unicode/timezone.h>
@@ -141,6 +142,10 @@ std::optional<std::string> CurrentLocale::hourPattern() {
         knownIdentifier = std::move(current);
     }
     return knownPattern;
+}
+
+bool CurrentLocale::runsRightToLeft() {
+    return QLocale(QLocale().uiLanguages().value(0)).textDirection() == Qt::RightToLeft;
 }
 
 void CurrentLocale::setHourCycle(HourCycle cycle) {

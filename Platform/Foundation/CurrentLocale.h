@@ -20,6 +20,9 @@ class CurrentLocale {
     /// ICU cannot tell. ICU takes long to find it out: it is asked once for each locale after another.
     [[nodiscard]] static std::optional<std::string> hourPattern();
 
+    /// Whether the language of the desktop's texts is written from right to left: bars are mirrored then.
+    [[nodiscard]] static bool runsRightToLeft();
+
     /// Follows the desktop's clock setting; from the locale until it is first called.
     static void setHourCycle(HourCycle cycle);
 

@@ -1,12 +1,12 @@
 #include "Platform/Freedesktop/Windowing/LayerWindowServer.h"
 
+#include "Platform/Foundation/CurrentLocale.h"
 #include "Platform/Freedesktop/Windowing/BarGuess.h"
 #include "Platform/Freedesktop/Windowing/PressCatcher.h"
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
 
 #include <QGuiApplication>
-#include <QLocale>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QScreen>
@@ -200,7 +200,7 @@ std::optional<QPoint> LayerWindowServer::placeOfIcon(QPoint number) const {
 
 QPoint LayerWindowServer::likelyPlaceOn(const QScreen& screen) const {
     const QSize free = freeOf(viewAt(screen.geometry().center()), screen);
-    return likelyPlaceOfIcon(screen.geometry(), free, QLocale().textDirection());
+    return likelyPlaceOfIcon(screen.geometry(), free, CurrentLocale::runsRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
 }
 
 PopoverSite LayerWindowServer::siteNearby() const {

@@ -1,5 +1,6 @@
 #include "Platform/Freedesktop/Windowing/X11WindowServer.h"
 
+#include "Platform/Foundation/CurrentLocale.h"
 #include "Platform/Freedesktop/Windowing/PopoverFocus.h"
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
@@ -96,8 +97,8 @@ PopoverSite siteNearby(QPoint pointer) {
 PopoverSite siteInCorner() {
     const QScreen& screen = *QGuiApplication::primaryScreen();
     const QRect available = availableOn(screen);
-    return {QRect(available.topRight(), QSize(1, 1)), screen.geometry(), available,
-            PopoverSite::Anchor::Nearby};
+    const QPoint endOfBar = CurrentLocale::runsRightToLeft() ? available.topLeft() : available.topRight();
+    return {QRect(endOfBar, QSize(1, 1)), screen.geometry(), available, PopoverSite::Anchor::Nearby};
 }
 
 /// At what a host named: of two places it may mean, the one in a bar.
