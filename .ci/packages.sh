@@ -17,7 +17,7 @@ desktop_packages=(
 test_packages=(
     at-spi2-core bubblewrap clang clang-format clang-tidy gir1.2-atspi-2.0 gir1.2-glib-2.0 libbenchmark-dev
     libclang-rt-dev libgmock-dev libgtest-dev libxcb-xtest0-dev python3-gi python3-seccomp systemd trayer xdg-utils
-    xrestop
+    xrestop xsettingsd
 )
 
 # The desktops that the agent is tried on: those of few packages, and those of many.

@@ -6,6 +6,9 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScreen>
+
+#include <utility>
 
 namespace velloren {
 
@@ -28,6 +31,14 @@ PopUpMenu::PopUpMenu(QWidget* parent) : QMenu(parent) {
     setAttribute(Qt::WA_TranslucentBackground);
     setContentsMargins(popoverShadowMargin, popoverShadowMargin, popoverShadowMargin, popoverShadowMargin);
     setStyleSheet(menuStyle);
+}
+
+void PopUpMenu::setVisible(bool visible) {
+    // What Qt paints into is not enlarged with the menu when the scale changes while that is hidden.
+    if (visible && !isVisible() &&
+        std::exchange(pixelsPerPoint, screen()->devicePixelRatio()) != screen()->devicePixelRatio())
+        destroy();
+    QMenu::setVisible(visible);
 }
 
 void PopUpMenu::showEvent(QShowEvent* event) {

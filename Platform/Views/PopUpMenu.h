@@ -13,6 +13,8 @@ class PopUpMenu final : public QMenu {
   public:
     explicit PopUpMenu(QWidget* parent = nullptr);
 
+    void setVisible(bool visible) override;
+
   protected:
     void showEvent(QShowEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -23,6 +25,7 @@ class PopUpMenu final : public QMenu {
     [[nodiscard]] QRect panel() const { return rect().marginsRemoved(contentsMargins()); }
 
     bool composited = true;
+    double pixelsPerPoint = 0; ///< of the screen at the latest showing
 };
 
 } // namespace velloren

@@ -35,7 +35,7 @@ void Popover::showRelativeToRect(const QRect& rect, const View& view, RectEdge) 
 }
 
 void Popover::prepareWindow() {
-    if (window && window->suitsCompositing())
+    if (window && window->suitsDisplay())
         return;
     window = std::make_unique<PopoverWindow>();
     window->setCloseRequestHandler([this] {

@@ -8,6 +8,7 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScreen>
 
 #include <algorithm>
 
@@ -129,7 +130,8 @@ QPainterPath PopoverFrameView::shapeOfArrow(ArrowEdge edge) const {
     return toEdge.map(arrow);
 }
 
-PopoverWindow::PopoverWindow() : composited(WindowServer::shared().isComposited()) {
+PopoverWindow::PopoverWindow()
+    : composited(WindowServer::shared().isComposited()), pixelsPerPoint(screen()->devicePixelRatio()) {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                    Qt::NoDropShadowWindowHint);
     setAttribute(Qt::WA_TranslucentBackground, composited);
@@ -142,9 +144,11 @@ PopoverWindow::PopoverWindow() : composited(WindowServer::shared().isComposited(
     setPalette(lookingActive(palette()));
 }
 
-bool PopoverWindow::suitsCompositing() const {
+bool PopoverWindow::suitsDisplay() const {
     const bool now = WindowServer::shared().isComposited();
-    return composited == now && testAttribute(Qt::WA_TranslucentBackground) == now;
+    // What Qt paints into is not enlarged with the window when the scale changes while that is hidden.
+    return composited == now && testAttribute(Qt::WA_TranslucentBackground) == now &&
+           pixelsPerPoint == screen()->devicePixelRatio();
 }
 
 void PopoverWindow::setContent(QWidget& view) {

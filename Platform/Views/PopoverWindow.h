@@ -51,8 +51,9 @@ class PopoverWindow final : public Window {
   public:
     PopoverWindow();
 
-    /// Whether a new window would blend as this one does with what lies behind it.
-    [[nodiscard]] bool suitsCompositing() const;
+    /// Whether a new window would blend as this one does with what lies behind it, and have as many pixels to
+    /// a point.
+    [[nodiscard]] bool suitsDisplay() const;
 
     /// Takes the content in, for one showing, in a frame of its own; `releaseContent` gives it back.
     void setContent(QWidget& content);
@@ -87,6 +88,7 @@ class PopoverWindow final : public Window {
     std::unique_ptr<ScreenWatch> screenWatch;
     bool composited;
     bool focusesFirst = false; ///< as long as the user chose no other control
+    double pixelsPerPoint;     ///< of the screen when the window was made
     std::function<void()> closeRequested;
 };
 

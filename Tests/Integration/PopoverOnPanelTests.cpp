@@ -101,6 +101,37 @@ TEST_F(PopoverOnPanel, HangsBelowThePanelWithItsArrowAtTheIconWhereverInItTheCli
     }
 }
 
+TEST_F(PopoverOnPanel, FollowsTheScaleOfTextsWithItsMenu) {
+    const auto settings = desktop.folder() / "xsettings";
+    const auto setScale = [&](int scale) {
+        std::ofstream(settings) << "Xft/DPI " << scale * 96 * 1024 << '\n';
+    };
+    setScale(1);
+    const auto manager = desktop.start("xsettingsd", {"-c", settings.string()});
+    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.run({"dump_xsettings"}) == 0; }));
+    startAgent();
+    openPopover();
+    openActionMenu();
+    desktop.type("Escape");
+    const int width = desktop.popover()->width();
+    EXPECT_TRUE(closesOnClick());
+    setScale(2);
+    manager->signal(SIGHUP);
+    std::optional<QRect> popover;
+    ASSERT_TRUE(desktop.waitUntil([&] {
+        openPopover();
+        popover = desktop.popover();
+        return (popover && popover->width() > width * 3 / 2) || !closesOnClick();
+    }));
+    const auto comesToShow = [&](QPoint place, QColor color) {
+        return desktop.waitUntil([&] { return desktop.screen().pixelColor(place) == color; });
+    };
+    EXPECT_TRUE(comesToShow(popover->bottomRight() - QPoint(32, 32), {236, 236, 236}));
+    desktop.click(popover->bottomRight() - QPoint(56, 70));
+    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.menu().has_value(); }));
+    EXPECT_TRUE(comesToShow(desktop.menu()->bottomRight() - QPoint(32, 32), Qt::white));
+}
+
 TEST_F(PopoverOnPanel, OutlivesTheClickThatOpensItThoughItHearsOfItsPressLater) {
     startAgent();
     openPopover();

@@ -200,7 +200,8 @@ std::optional<QPoint> LayerWindowServer::placeOfIcon(QPoint number) const {
 
 QPoint LayerWindowServer::likelyPlaceOn(const QScreen& screen) const {
     const QSize free = freeOf(viewAt(screen.geometry().center()), screen);
-    return likelyPlaceOfIcon(screen.geometry(), free, CurrentLocale::runsRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    return likelyPlaceOfIcon(screen.geometry(), free,
+                             CurrentLocale::runsRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
 }
 
 PopoverSite LayerWindowServer::siteNearby() const {
