@@ -50,8 +50,14 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     Q_PROPERTY(int WindowId READ windowId)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
     Q_PROPERTY(QDBusObjectPath Menu READ menuPath)
-    Q_PROPERTY(QString IconName READ iconName)
+    Q_PROPERTY(QString IconName READ noText)
     Q_PROPERTY(velloren::StatusNotifierPixmaps IconPixmap READ iconPixmap)
+    Q_PROPERTY(QString IconThemePath READ noText)
+    Q_PROPERTY(QString OverlayIconName READ noText)
+    Q_PROPERTY(velloren::StatusNotifierPixmaps OverlayIconPixmap READ noPixmaps)
+    Q_PROPERTY(QString AttentionIconName READ noText)
+    Q_PROPERTY(velloren::StatusNotifierPixmaps AttentionIconPixmap READ noPixmaps)
+    Q_PROPERTY(QString AttentionMovieName READ noText)
     Q_PROPERTY(velloren::StatusNotifierToolTip ToolTip READ toolTip)
 
   public:
@@ -80,7 +86,10 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
 
     [[nodiscard]] QDBusObjectPath menuPath() const;
 
-    [[nodiscard]] QString iconName() const { return {}; }
+    /// For what the item does not have; some hosts log an error where a property is missing.
+    [[nodiscard]] QString noText() const { return {}; }
+
+    [[nodiscard]] StatusNotifierPixmaps noPixmaps() const { return {}; }
 
     [[nodiscard]] StatusNotifierPixmaps iconPixmap();
     [[nodiscard]] StatusNotifierToolTip toolTip() const;

@@ -140,6 +140,10 @@ TEST_F(StatusNotifierItemTest, HandsOnPressesWithTheirPlaceButNotTheOnesTheMonit
     EXPECT_EQ(property("ItemIsMenu"), false);
     EXPECT_EQ(property("Menu").value<QDBusObjectPath>().path(), QStringLiteral("/StatusNotifierItem/Menu"));
     EXPECT_EQ(property("Id"), QStringLiteral("com.velloren.velloren-mac.menu"));
+    for (const char* name : {"AttentionIconName", "AttentionMovieName", "OverlayIconName", "IconThemePath"})
+        EXPECT_EQ(property(name), QString()) << name << " is asked for";
+    for (const char* name : {"AttentionIconPixmap", "OverlayIconPixmap"})
+        EXPECT_EQ(property(name).userType(), qMetaTypeId<QDBusArgument>()) << name;
     const auto placeAfter = [&](const char* method, const QVariantList& arguments) {
         call(method, arguments, itemInterface);
         return item->button()->rectOnScreen(item->button()->rect()).center();
