@@ -49,12 +49,14 @@ void MenuAppDelegate::showPopover(QObject*) {
     if (const StatusBarButton* button = statusBar->button())
         popOver.showRelativeToRect(button->rect(), *button, RectEdge::MaxY);
     menubarIcon->setHighlighted(true);
+    statusBar->setToolTipAllowed(false);
     if (eventMonitor)
         eventMonitor->start();
 }
 
 void MenuAppDelegate::closePopover(QObject*) {
     menubarIcon->setHighlighted(false);
+    statusBar->setToolTipAllowed(true);
     popOver.performClose();
     if (eventMonitor)
         eventMonitor->stop();

@@ -64,6 +64,9 @@ class StatusItem {
     /// The item's button; none when the desktop gives it none. Lives as long as the item.
     [[nodiscard]] virtual StatusBarButton* button() = 0;
 
+    /// Whether the host may show the item's tool tip, as it may at first: not over what the item has opened.
+    virtual void setToolTipAllowed(bool allowed) = 0;
+
     /// What hosts that open a menu list in it. Lives as long as the item.
     [[nodiscard]] StatusMenu& menu() { return itemMenu; }
 

@@ -78,13 +78,14 @@ class FakeStatusBar final : public Installable<FakeStatusBar, StatusBar> {
   public:
     bool givesButton = true;
     double lengthAskedFor = 0;
+    bool toolTipAllowed = true;
     StatusBarButton* latestButton = nullptr;
     StatusMenu* latestMenu = nullptr;
     std::function<void()> asked = [] {}; ///< called when an item is asked for its button
 
     std::unique_ptr<StatusItem> statusItemWithLength(double length) override {
         lengthAskedFor = length;
-        auto item = std::make_unique<Item>(asked);
+        auto item = std::make_unique<Item>(*this);
         if (givesButton)
             item->given = std::make_unique<StatusBarButton>(QSize(qRound(length), 22));
         latestButton = item->given.get();
@@ -94,15 +95,17 @@ class FakeStatusBar final : public Installable<FakeStatusBar, StatusBar> {
 
   private:
     struct Item final : StatusItem {
-        explicit Item(std::function<void()>& asked) : asked(asked) {}
+        explicit Item(FakeStatusBar& bar) : bar(bar) {}
 
-        std::function<void()>& asked;
+        FakeStatusBar& bar;
         std::unique_ptr<StatusBarButton> given;
 
         StatusBarButton* button() override {
-            asked();
+            bar.asked();
             return given.get();
         }
+
+        void setToolTipAllowed(bool allowed) override { bar.toolTipAllowed = allowed; }
     };
 };
 

@@ -33,6 +33,7 @@ class MenuAppDelegateTest : public AgentTest {
         EXPECT_EQ(delegate.popover().isShown(), open);
         EXPECT_EQ(delegate.icon().isHighlighted(), open);
         EXPECT_EQ(events.monitorCount(), open ? 1u : 0u);
+        EXPECT_EQ(statusBar.toolTipAllowed, !open) << "the host's would lie over the popover";
     }
 
     MenuAppDelegate delegate{link};

@@ -113,7 +113,14 @@ QDBusObjectPath StatusNotifierItem::menuPath() const {
 }
 
 StatusNotifierToolTip StatusNotifierItem::toolTip() const {
-    return {{}, {}, identity.title, {}};
+    return {{}, {}, title(), {}};
+}
+
+void StatusNotifierItem::setToolTipAllowed(bool allowed) {
+    if (std::exchange(toolTipAllowed, allowed) == allowed)
+        return;
+    Q_EMIT NewTitle(); // which hosts show in the place of a tool tip that is empty
+    Q_EMIT NewToolTip();
 }
 
 void StatusNotifierItem::Activate(int x, int y) {

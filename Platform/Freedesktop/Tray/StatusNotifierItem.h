@@ -72,11 +72,13 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
 
     [[nodiscard]] StatusBarButton* button() override { return &itemButton; }
 
+    void setToolTipAllowed(bool allowed) override;
+
     [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
 
     [[nodiscard]] QString id() const { return identity.id; }
 
-    [[nodiscard]] QString title() const { return identity.title; }
+    [[nodiscard]] QString title() const { return toolTipAllowed ? identity.title : QString(); }
 
     [[nodiscard]] QString status() const { return QStringLiteral("Active"); }
 
@@ -103,6 +105,8 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
 
   Q_SIGNALS:
     void NewIcon();
+    void NewTitle();
+    void NewToolTip();
 
   private Q_SLOTS:
     void registerWithWatcher();
@@ -123,6 +127,7 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     QDBusServiceWatcher watcherOwner;
     QTimer hostMissing;
     bool registrationDue = false; ///< with a watcher that came while the item was there
+    bool toolTipAllowed = true;
     XEmbedIcon legacyIcon;
     StatusNotifierPixmaps pixmaps;   ///< as a host was told last; none where nobody has asked
     std::optional<QPoint> iconPlace; ///< in the screen's own pixels; none until the icon was pressed

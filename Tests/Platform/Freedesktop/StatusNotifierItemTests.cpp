@@ -48,10 +48,13 @@ class Watcher final : public QObject {
     qsizetype itemsWhenAsked = 0; ///< for the host
     bool hosted = true;
     int newIcons = 0;
+    int newToolTips = 0;
 
   public Q_SLOTS:
 
     void newIcon() { ++newIcons; }
+
+    void newToolTip() { ++newToolTips; }
 
     void RegisterStatusNotifierItem(const QString& item) { items.append(item); }
 
@@ -156,6 +159,21 @@ TEST_F(StatusNotifierItemTest, HandsOnPressesWithTheirPlaceButNotTheOnesTheMonit
     EXPECT_EQ(placeAfter("Scroll", {1, "vertical"}), QPoint(310, 12));
     display.pointer = QPoint(700, 9);
     EXPECT_EQ(placeAfter("Activate", {0, 27}), QPoint(700, 9)) << "where the pointer is, the icon is";
+}
+
+TEST_F(StatusNotifierItemTest, HasNoToolTipWhileNoneIsAllowed) {
+    registerItem();
+    ASSERT_TRUE(watcher.connection.connect(watcher.items.last(), itemPath, itemInterface,
+                                           QStringLiteral("NewToolTip"), &watcher, SLOT(newToolTip())));
+    const auto title = [&] { return qdbus_cast<StatusNotifierToolTip>(property("ToolTip")).title; };
+    EXPECT_EQ(title(), QStringLiteral("Velloren"));
+    item->setToolTipAllowed(false);
+    EXPECT_EQ(title(), QString());
+    EXPECT_EQ(property("Title"), QString()) << "hosts show that where there is no tool tip";
+    item->setToolTipAllowed(false);
+    item->setToolTipAllowed(true);
+    EXPECT_EQ(title(), QStringLiteral("Velloren"));
+    EXPECT_TRUE(waitUntil([&] { return watcher.newToolTips == 2; })) << "hosts ask for it again";
 }
 
 } // namespace velloren
