@@ -1,8 +1,10 @@
 #pragma once
 
+#include "Platform/Foundation/Subscription.h"
 #include "Services/VModel.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -28,6 +30,10 @@ class MeetingStore {
     /// At most `most` of the upcoming meetings by start, earliest first when `ascending`. Absence means that
     /// the store could not be read; that answer too comes within 50 ms.
     [[nodiscard]] virtual std::optional<NextMeetings> upcomingMeetings(bool ascending, std::size_t most) = 0;
+
+    /// Runs `changed` on the main loop each time that somebody may have written to the store, or put another
+    /// in its place, until the result ends. What the system does not tell of is not noticed.
+    virtual Subscription whenChanged(std::function<void()> changed) = 0;
 };
 
 /// Queries on the local store, which is provided through SharedInstance<MeetingStore>. Main thread only.
@@ -37,6 +43,9 @@ class MeetingFetcher {
     /// read.
     [[nodiscard]] std::optional<NextMeetings> fetchNextMeetingsSortedByDate(bool ascending,
                                                                             std::size_t most) const;
+
+    /// As the store's.
+    Subscription whenChanged(std::function<void()> changed) const;
 };
 
 } // namespace velloren

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "Platform/Foundation/Subscription.h"
+
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -33,6 +36,10 @@ class UserManager {
     /// The current user, read afresh from the defaults that the product shares. None when nobody is stored
     /// there or the defaults cannot be read.
     [[nodiscard]] virtual std::unique_ptr<User> forceReadCurrentUserFromNSUserDefaults() = 0;
+
+    /// Runs `changed` on the main loop each time that somebody may have written to those defaults, until the
+    /// result ends. What the system does not tell of is not noticed.
+    virtual Subscription whenChanged(std::function<void()> changed) = 0;
 };
 
 } // namespace velloren

@@ -1,13 +1,22 @@
 #include "VellorenMenu/AgentMenu.h"
 
+#include "Platform/Foundation/RunLoop.h"
 #include "Services/VMeetingManager.h"
 #include "Shared/VApp.h"
+#include "VellorenMenu/DateTexts.h"
 #include "VellorenMenu/MenuAppDelegate.h"
 #include "VellorenMenu/UpcommingMeetingItemView.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace velloren {
 
 namespace {
+
+constexpr RunLoop::Seconds moment(0.25); // a synchronisation writes many meetings one after another
+constexpr std::chrono::days farAway(366);
+constexpr std::chrono::seconds untilPast(1); // a meeting is upcoming through the second that it starts in
 
 /// The time first: it is the agent's own text, so a title in another script, or one that hosts cut, cannot
 /// move or hide it.
@@ -31,25 +40,76 @@ AgentMenu::~AgentMenu() {
     menu.setAboutToShowHandler(nullptr);
 }
 
+AgentMenu::Stored AgentMenu::read() {
+    if (!loggedInUser())
+        return {};
+    auto next = MeetingFetcher().fetchNextMeetingsSortedByDate(true, mostMeetingsShown);
+    return {Session::LoggedIn, next ? FetchedMeetings(std::move(next->first)) : std::nullopt};
+}
+
 void AgentMenu::aboutToShow() {
-    const unsigned showing = ++showings;
-    if (!loggedInUser()) {
-        list(std::nullopt, Session::LoggedOut);
-        return;
+    if (!std::exchange(isFollowed, true)) {
+        storeChanges = MeetingFetcher().whenChanged([this] { lookSoon(); });
+        userChanges = UserManager::sharedInstance().whenChanged([this] { lookSoon(); });
     }
-    const auto next = MeetingFetcher().fetchNextMeetingsSortedByDate(true, mostMeetingsShown);
-    list(next ? FetchedMeetings(next->first) : std::nullopt, Session::LoggedIn);
-    if (!VApp(VApp::main).isRunning())
+    fill(read());
+}
+
+void AgentMenu::refillSoon() {
+    refillIsDue = true;
+    lookSoon();
+}
+
+void AgentMenu::lookSoon() {
+    if (!isFollowed || std::exchange(lookIsDue, true))
         return;
-    fetchFromMainApp(delegate, [this, showing](const FetchedMeetings& meetings) {
-        if (showing == showings)
-            list(meetings, Session::LoggedIn);
+    RunLoop::main().postAfter(moment, [this] {
+        lookIsDue = false;
+        // Most of what is written is not about the next meetings. A main app that writes whenever it is asked
+        // would be asked for ever.
+        if (const Stored now = read(); refillIsDue || now != stored)
+            fill(now);
     });
+}
+
+void AgentMenu::fill(const Stored& now) {
+    const unsigned filling = ++latestFilling;
+    refillIsDue = false;
+    const bool mainAppRuns = VApp(VApp::main).isRunning();
+    // An answer stands until the next one, but for a main app that does not give one.
+    const bool listsAnswer = std::exchange(mainAppHasAnswered, false) && mainAppRuns;
+    stored = now;
+    if (now.session == Session::LoggedOut || !listsAnswer)
+        list(now.meetings, now.session);
+    if (now.session == Session::LoggedOut || !mainAppRuns)
+        return;
+    fetchFromMainApp(delegate, [this, filling](const FetchedMeetings& meetings) {
+        if (filling != latestFilling)
+            return;
+        mainAppHasAnswered = true;
+        list(meetings, Session::LoggedIn);
+    });
+}
+
+void AgentMenu::refillWhenOutdated(std::span<const Meeting> listed) {
+    const auto now = std::chrono::time_point_cast<Date::duration>(Date::clock::now());
+    Date next = now + farAway;
+    for (const Meeting& meeting : listed) {
+        const auto start =
+            meeting.startTime ? meetingDateFormatter().dateFromString(*meeting.startTime) : std::nullopt;
+        if (!start)
+            continue;
+        next = std::min(next, nextChangeOfRelativeDate(*start, now));
+        if (*start >= now)
+            next = std::min<Date>(next, *start + untilPast);
+    }
+    outdated = RunLoop::main().postAt(next, [this] { fill(read()); });
 }
 
 void AgentMenu::list(const FetchedMeetings& fetched, Session session) {
     std::vector<StatusMenuEntry> entries;
-    for (const Meeting& meeting : shownMeetings(fetched))
+    const auto listed = shownMeetings(fetched);
+    for (const Meeting& meeting : listed)
         entries.push_back(entryOf(meeting));
     if (entries.empty())
         entries.push_back({StatusMenuEntry::Kind::Item, "no meetings", "No upcoming meetings", nullptr});
@@ -64,6 +124,7 @@ void AgentMenu::list(const FetchedMeetings& fetched, Session session) {
             entries.push_back(entryOf(item));
     }
     menu.setEntries(std::move(entries));
+    refillWhenOutdated(listed);
 }
 
 StatusMenuEntry AgentMenu::entryOf(const Meeting& meeting) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Desktop/StatusMenu.h"
+#include "Platform/Foundation/Subscription.h"
 #include "VellorenMenu/ActionItems.h"
 #include "VellorenMenu/UpcomingMeetings.h"
 
@@ -9,9 +10,10 @@ namespace velloren {
 class MenuAppDelegate;
 
 /// What the popover offers, as the menu of the status item: the upcoming meetings, the creation of one, and
-/// the action menu's items. It is filled afresh whenever it is about to show: at once with the store's
-/// meetings, then, where the main app runs, with its answer. Outlives every answer of the main app.
-/// Main thread only.
+/// the action menu's items. Hosts size a menu before it is about to show: from the first time that one asks
+/// for it, it is filled afresh as soon as its content may be another, too. It lists what the main app answers
+/// where that runs, else what the store has. Outlives the tasks that it leaves on the main run loop, and
+/// every answer of the main app. Main thread only.
 class AgentMenu {
   public:
     /// Both outlive this.
@@ -20,17 +22,41 @@ class AgentMenu {
     AgentMenu& operator=(const AgentMenu&) = delete;
     ~AgentMenu();
 
+    /// There may be other meetings, which nothing else tells of: fills the menu in a moment, where a host has
+    /// asked for it.
+    void refillSoon();
+
   private:
     enum class Session { LoggedOut, LoggedIn };
 
+    /// What this machine's files tell.
+    struct Stored {
+        Session session = Session::LoggedOut;
+        FetchedMeetings meetings;
+
+        friend bool operator==(const Stored&, const Stored&) = default;
+    };
+
+    [[nodiscard]] static Stored read();
     void aboutToShow();
+    void lookSoon();
+    void fill(const Stored& now);
     void list(const FetchedMeetings& fetched, Session session);
+    void refillWhenOutdated(std::span<const Meeting> listed);
     [[nodiscard]] StatusMenuEntry entryOf(const Meeting& meeting) const;
     [[nodiscard]] StatusMenuEntry entryOf(ActionItem item) const;
 
     StatusMenu& menu;
     MenuAppDelegate& delegate;
-    unsigned showings = 0;
+    Stored stored;
+    unsigned latestFilling = 0;
+    bool mainAppHasAnswered = false; ///< to the latest filling
+    bool isFollowed = false;
+    bool lookIsDue = false;
+    bool refillIsDue = false;
+    Subscription storeChanges;
+    Subscription userChanges;
+    Subscription outdated;
 };
 
 } // namespace velloren

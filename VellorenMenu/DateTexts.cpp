@@ -7,6 +7,7 @@
 #include <unicode/locid.h>
 #include <unicode/smpdtfmt.h>
 
+#include <cstdint>
 #include <memory>
 
 namespace velloren {
@@ -38,10 +39,25 @@ std::string formattedWithTime(Date date, const std::string& prefix) {
     return formatted(date, appendingAMPMIfNeeded(prefix + hour + ":mm"), currentLocale());
 }
 
+std::unique_ptr<icu::Calendar> currentCalendar() {
+    CurrentLocale::followTimeZone();
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(currentLocale(), status));
+    if (U_FAILURE(status))
+        fatalError("the calendars of ICU are missing");
+    return calendar;
+}
+
 int dayOfMonth(icu::Calendar& calendar, Date date) {
     UErrorCode status = U_ZERO_ERROR;
     calendar.setTime(momentOf(date), status);
     return calendar.get(UCAL_DAY_OF_MONTH, status);
+}
+
+enum class Day { Today, Tomorrow, Other };
+
+Day dayAsSeenOn(int today, int meetingDay) {
+    return meetingDay == today ? Day::Today : meetingDay == today + 1 ? Day::Tomorrow : Day::Other;
 }
 
 } // namespace
@@ -72,19 +88,32 @@ std::string compactDayNameAndDateString(Date date) {
 }
 
 std::string relativeDate(Date meeting, Date now) {
-    CurrentLocale::followTimeZone();
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(currentLocale(), status));
-    if (U_FAILURE(status))
-        fatalError("the calendars of ICU are missing");
-
+    const auto calendar = currentCalendar();
     const int meetingDay = dayOfMonth(*calendar, meeting);
-    const int today = dayOfMonth(*calendar, now);
-    if (meetingDay == today)
+    switch (dayAsSeenOn(dayOfMonth(*calendar, now), meetingDay)) {
+    case Day::Today:
         return "Today at " + hhmm(meeting);
-    if (meetingDay == today + 1)
+    case Day::Tomorrow:
         return "Tomorrow at " + hhmm(meeting);
+    case Day::Other:
+        break;
+    }
     return compactDayNameDateAndTimeForMenuIconApp(meeting);
+}
+
+Date nextChangeOfRelativeDate(Date meeting, Date now) {
+    const auto calendar = currentCalendar();
+    const int meetingDay = dayOfMonth(*calendar, meeting);
+    int today = dayOfMonth(*calendar, now);
+    const Day seen = dayAsSeenOn(today, meetingDay);
+    for (const auto field : {UCAL_HOUR_OF_DAY, UCAL_MINUTE, UCAL_SECOND, UCAL_MILLISECOND})
+        calendar->set(field, 0);
+    UErrorCode status = U_ZERO_ERROR;
+    do {
+        calendar->add(UCAL_DATE, 1, status);
+        today = calendar->get(UCAL_DAY_OF_MONTH, status);
+    } while (U_SUCCESS(status) && dayAsSeenOn(today, meetingDay) == seen); // two months at most
+    return Date(Date::duration(std::int64_t(calendar->getTime(status))));
 }
 
 } // namespace velloren

@@ -36,4 +36,7 @@ inline constexpr double oneMinute = 60.0;
 /// a month is never tomorrow.
 [[nodiscard]] std::string relativeDate(Date meeting, Date now);
 
+/// The midnight after `now` at which `relativeDate` begins to say something else.
+[[nodiscard]] Date nextChangeOfRelativeDate(Date meeting, Date now);
+
 } // namespace velloren

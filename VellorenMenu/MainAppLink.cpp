@@ -97,6 +97,7 @@ void MainAppLink::connectToMainApp(const std::shared_ptr<EndPointHandler>& handl
                                       handler->description() + ", endPoint=" + endpoint.address(),
                                   delegateFunction(setupFunction));
     attemptsBeforeConnection = std::exchange(autoRetryConnectionAttempt, 0);
+    mainAppConnected();
     if (completion)
         completion();
 }

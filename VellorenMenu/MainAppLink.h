@@ -65,6 +65,9 @@ class MainAppLink {
   protected:
     [[nodiscard]] Link& link() const { return processLink; }
 
+    /// Called each time that there is a new connection.
+    virtual void mainAppConnected() {}
+
     /// The next ten attempts are for a main app that was just launched.
     void resetAttempts();
 

@@ -50,6 +50,7 @@ void MenuAppDelegate::showPopover(QObject*) {
         popOver.showRelativeToRect(button->rect(), *button, RectEdge::MaxY);
     menubarIcon->setHighlighted(true);
     statusBar->setToolTipAllowed(false);
+    itemMenu.refillSoon();
     if (eventMonitor)
         eventMonitor->start();
 }

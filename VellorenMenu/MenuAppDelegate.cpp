@@ -84,6 +84,7 @@ void MenuAppDelegate::appTerminated(const Notification& notification) {
         return;
     Logger::sharedInstance().info("Main app is terminated", delegateFunction("appTerminated"));
     clearUpMainAppCallerConnection();
+    itemMenu.refillSoon();
 }
 
 void MenuAppDelegate::setupListeningForIncomingMethodCalls() {

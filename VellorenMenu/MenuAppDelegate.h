@@ -51,6 +51,8 @@ class MenuAppDelegate final : public MainAppLink,
     [[nodiscard]] const Popover& popover() const { return popOver; }
 
   private:
+    void mainAppConnected() override { itemMenu.refillSoon(); }
+
     void setupListeningForIncomingMethodCalls();
     void setupUI();
     void setupFabric();

@@ -1,5 +1,9 @@
 #include "Platform/Foundation/QtRunLoop.h"
 
+#include "Platform/Foundation/ClockAlarm.h"
+
+#include <QPointer>
+#include <QSocketNotifier>
 #include <QThread>
 #include <QTimer>
 
@@ -56,6 +60,22 @@ std::shared_ptr<RunLoop::Timer> QtRunLoop::scheduleRepeating(Seconds interval, T
     auto timer = std::make_shared<RepeatingTimer>(*this, interval, std::move(task));
     scheduled.insert(timer);
     return timer;
+}
+
+Subscription QtRunLoop::postAt(Moment moment, Task task) {
+    const auto alarm = std::make_shared<ClockAlarm>(*this, moment, std::move(task));
+    return Subscription([alarm] { alarm->cancel(); });
+}
+
+Subscription QtRunLoop::watch(int descriptor, Task task) {
+    auto* notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, &context);
+    QObject::connect(notifier, &QSocketNotifier::activated, &context, std::move(task));
+    return Subscription([watched = QPointer(notifier)] {
+        if (!watched) // the loop went first
+            return;
+        watched->setEnabled(false);
+        watched->deleteLater(); // its task may be what ends it
+    });
 }
 
 bool QtRunLoop::isCurrent() const {

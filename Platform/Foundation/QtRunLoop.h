@@ -17,6 +17,8 @@ class QtRunLoop final : public RunLoop {
     void post(Task task) override;
     void postAfter(Seconds delay, Task task) override;
     std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) override;
+    Subscription postAt(Moment moment, Task task) override;
+    Subscription watch(int descriptor, Task task) override;
     [[nodiscard]] bool isCurrent() const override;
 
   private:

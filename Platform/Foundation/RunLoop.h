@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Foundation/Subscription.h"
+
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -12,6 +14,7 @@ class RunLoop {
   public:
     using Task = std::function<void()>;
     using Seconds = std::chrono::duration<double>;
+    using Moment = std::chrono::sys_time<std::chrono::milliseconds>;
 
     /// A repeating timer. Main thread only.
     class Timer {
@@ -43,6 +46,14 @@ class RunLoop {
     /// Runs `task` every `interval`, the first time one interval from now. The loop keeps the timer until it
     /// is invalidated, whether or not the caller keeps the result. Main thread only.
     virtual std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) = 0;
+
+    /// Runs `task` once, as soon as the system's clock shows `moment`, before that where somebody sets the
+    /// clock; not any more once the result has ended. Main thread only.
+    virtual Subscription postAt(Moment moment, Task task) = 0;
+
+    /// Runs `task` each time there is something to read from `descriptor`, which outlives the result. Main
+    /// thread only.
+    virtual Subscription watch(int descriptor, Task task) = 0;
 
     /// Whether the calling thread is the loop's. Any thread.
     [[nodiscard]] virtual bool isCurrent() const = 0;

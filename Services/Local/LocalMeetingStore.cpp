@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/Directories.h"
 #include "Platform/Foundation/URL.h"
+#include "Services/Local/FileWatch.h"
 #include "Services/Local/Text.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -229,6 +230,11 @@ std::optional<NextMeetings> LocalMeetingStore::upcomingMeetings(bool ascending, 
     } catch (const SQLite::Exception&) {
         return std::nullopt;
     }
+}
+
+Subscription LocalMeetingStore::whenChanged(std::function<void()> changed) {
+    // Commits go to the log. Its coming and going are no change: this process's own queries may cause them.
+    return watchFile(file, file.filename().string() + "-wal", std::move(changed));
 }
 
 Date LocalMeetingStore::systemClock() {

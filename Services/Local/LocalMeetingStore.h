@@ -29,6 +29,7 @@ class LocalMeetingStore final : public MeetingStore {
     [[nodiscard]] static std::unique_ptr<LocalMeetingStore> ofThisUser();
 
     [[nodiscard]] std::optional<NextMeetings> upcomingMeetings(bool ascending, std::size_t most) override;
+    Subscription whenChanged(std::function<void()> changed) override;
 
   private:
     static Date systemClock();

@@ -1,6 +1,7 @@
 #include "Services/Local/LocalUserManager.h"
 
 #include "Services/Local/CurrentUserRecord.h"
+#include "Services/Local/FileWatch.h"
 #include "Services/Local/Text.h"
 
 #include <utility>
@@ -39,6 +40,10 @@ std::unique_ptr<LocalUserManager> LocalUserManager::ofThisUser() {
 std::unique_ptr<User> LocalUserManager::forceReadCurrentUserFromNSUserDefaults() {
     auto record = readCurrentUser(file);
     return record ? std::make_unique<StoredUser>(*std::move(record)) : nullptr;
+}
+
+Subscription LocalUserManager::whenChanged(std::function<void()> changed) {
+    return watchFile(file, {}, std::move(changed));
 }
 
 } // namespace velloren

@@ -1,4 +1,6 @@
+#include "Platform/Foundation/SharedInstance.h"
 #include "Services/Local/LocalMeetingStore.h"
+#include "Tests/Support/ManualRunLoop.h"
 #include "Tests/Support/Process.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
@@ -247,6 +249,47 @@ TEST_F(LocalMeetingStoreTest, ReadsWhileTheMainAppWritesAndWhatItLeavesInItsLogW
     for (const char* suffix : {"", "-wal"})
         std::filesystem::copy_file(file.string() + suffix, left.string() + suffix);
     EXPECT_EQ(LocalMeetingStore(left, [this] { return now; }).upcomingMeetings(true, 10), upcoming());
+}
+
+TEST_F(LocalMeetingStoreTest, TellsOfEachChangeWhereverItComesFromButNotOfItsOwnQueries) {
+    ManualRunLoop& loop = ManualRunLoop::install();
+    const auto folder = directory / "later";
+    file = folder / "velloren/meetings.sqlite3";
+    LocalMeetingStore followed(file, [this] { return now; });
+    int changes = 0;
+    Subscription subscription = followed.whenChanged([&] { ++changes; });
+    std::optional<SQLite::Database> main;
+    const std::vector<std::pair<const char*, std::function<void()>>> steps{
+        {"its folder", [&] { std::filesystem::create_directories(file.parent_path()); }},
+        {"the store", [&] { main.emplace(writer("INSERT INTO meeting VALUES('1','','',2000)")); }},
+        {"a commit to the log", [&] { main->exec("INSERT INTO meeting VALUES('2','','',2000)"); }},
+        {"a log emptied", [&] { main->exec("PRAGMA wal_checkpoint(TRUNCATE)"), main.reset(); }},
+        {"another store",
+         [&] {
+             std::filesystem::copy_file(file, folder / "copy"),
+                 std::filesystem::rename(folder / "copy", file);
+         }},
+        {"another folder",
+         [&] {
+             std::filesystem::rename(folder, directory / "away");
+             std::filesystem::create_directories(file.parent_path());
+             std::filesystem::rename(directory / "away/velloren/meetings.sqlite3", file);
+         }},
+        {"no store", [&] { std::filesystem::remove(file); }},
+    };
+    for (const auto& [step, change] : steps) {
+        const int before = changes;
+        change();
+        EXPECT_TRUE(loop.waitUntil([&] { return changes > before; })) << step;
+        loop.readWatched();
+        const int after = changes;
+        (void)followed.upcomingMeetings(true, 3);
+        std::ofstream(file.parent_path() / "unrelated") << step;
+        loop.readWatched();
+        EXPECT_EQ(changes, after) << step;
+    }
+    subscription = {};
+    SharedInstance<RunLoop>::reset();
 }
 
 } // namespace

@@ -1,6 +1,8 @@
+#include "Platform/Foundation/SharedInstance.h"
 #include "Services/Local/CurrentUserRecord.h"
 #include "Services/Local/LocalUserManager.h"
 #include "Tests/Support/EnvironmentVariable.h"
+#include "Tests/Support/ManualRunLoop.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -51,14 +53,20 @@ TEST_F(LocalUserManagerTest, KnowsNobodyWithoutIdAndEmail) {
 }
 
 TEST_F(LocalUserManagerTest, SeesAtOnceWhatIsStored) {
+    ManualRunLoop& loop = ManualRunLoop::install();
+    int changes = 0;
+    Subscription subscription = manager->whenChanged([&] { ++changes; });
     const CurrentUserRecord user{.id = "a,b;\"c\"", .email = "@\u00fc", .loggedIn = true};
     storeCurrentUser(file, user);
+    EXPECT_TRUE(loop.waitUntil([&] { return changes > 0; }));
     EXPECT_EQ(readCurrentUser(file), user);
     EXPECT_TRUE(manager->forceReadCurrentUserFromNSUserDefaults()->isLoggedIn());
     storeCurrentUser(file, {.id = user.id, .email = user.email, .loggedIn = false});
     EXPECT_FALSE(manager->forceReadCurrentUserFromNSUserDefaults()->isLoggedIn());
     clearCurrentUser(file);
     EXPECT_FALSE(manager->forceReadCurrentUserFromNSUserDefaults());
+    subscription = {};
+    SharedInstance<RunLoop>::reset();
 }
 
 } // namespace

@@ -26,6 +26,13 @@ class FakeMeetingStore final : public Installable<FakeMeetingStore, MeetingStore
         const auto end = meetings->begin() + std::ptrdiff_t(std::min(most, size));
         return NextMeetings{{meetings->begin(), end}, counts ? std::optional(size) : std::nullopt};
     }
+
+    std::function<void()> changed; ///< none while nobody asked to be told
+
+    Subscription whenChanged(std::function<void()> handler) override {
+        changed = std::move(handler);
+        return Subscription([this] { changed = nullptr; });
+    }
 };
 
 class FakeSyncManager final : public Installable<FakeSyncManager, SyncManager> {
@@ -62,6 +69,13 @@ class FakeUserManager final : public Installable<FakeUserManager, UserManager> {
         auto user = std::make_unique<Ada>();
         user->loggedIn = stored == Stored::LoggedIn;
         return stored == Stored::Nobody ? nullptr : std::move(user);
+    }
+
+    std::function<void()> changed; ///< none while nobody asked to be told
+
+    Subscription whenChanged(std::function<void()> handler) override {
+        changed = std::move(handler);
+        return Subscription([this] { changed = nullptr; });
     }
 };
 

@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <deque>
 #include <list>
+#include <poll.h>
 #include <thread>
 
 namespace velloren {
@@ -21,10 +22,28 @@ class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
         arrived.notify_all();
     }
 
-    void postAfter(Seconds delay, Task task) override { schedule(delay, Moment::zero(), std::move(task)); }
+    void postAfter(Seconds delay, Task task) override { schedule(delay, Time::zero(), std::move(task)); }
 
     std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) override {
-        return schedule(interval, std::chrono::round<Moment>(interval), std::move(task));
+        return schedule(interval, std::chrono::round<Time>(interval), std::move(task));
+    }
+
+    Subscription postAt(Moment moment, Task task) override {
+        const auto entry = schedule(moment - std::chrono::system_clock::now(), Time::zero(), std::move(task));
+        byClock.push_back(entry);
+        return Subscription([entry] { entry->invalidate(); });
+    }
+
+    /// Somebody sets the system's clock.
+    void setClock() {
+        for (const auto& entry : std::exchange(byClock, {}))
+            entry->due = now;
+        advance(Seconds::zero());
+    }
+
+    Subscription watch(int descriptor, Task task) override {
+        const auto entry = watched.emplace(watched.end(), descriptor, std::move(task));
+        return Subscription([this, entry] { watched.erase(entry); });
     }
 
     [[nodiscard]] bool isCurrent() const override { return home == std::this_thread::get_id(); }
@@ -41,7 +60,7 @@ class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
 
     /// Lets `duration` pass: everything that falls due runs at its moment.
     void advance(Seconds duration) {
-        const Moment end = now + std::chrono::round<Moment>(duration);
+        const Time end = now + std::chrono::round<Time>(duration);
         runPending();
         while (!scheduled.empty()) {
             const auto next =
@@ -51,7 +70,7 @@ class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
                 break;
             now = entry->due;
             entry->due += entry->interval;
-            if (entry->interval == Moment::zero())
+            if (entry->interval == Time::zero())
                 scheduled.erase(next);
             entry->task();
             runPending();
@@ -64,6 +83,7 @@ class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
     bool waitUntil(const std::function<bool()>& condition) {
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         for (runPending(); !condition(); runPending()) {
+            readWatched();
             if (std::chrono::steady_clock::now() > limit)
                 return false;
             // Conditions may also be about what other threads wrote: look again soon.
@@ -73,14 +93,23 @@ class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
         return true;
     }
 
+    /// Runs the tasks of the descriptors that there is something to read from.
+    void readWatched() {
+        for (const auto& [descriptor, task] : std::list(watched)) {
+            pollfd state{descriptor, POLLIN, 0};
+            if (::poll(&state, 1, 0) == 1)
+                task();
+        }
+    }
+
     /// The repeating timers and delayed tasks that are still to come.
     [[nodiscard]] std::size_t pendingTimers() const { return scheduled.size(); }
 
   private:
-    using Moment = std::chrono::microseconds; // sums of seconds would not be exact
+    using Time = std::chrono::microseconds; // sums of seconds would not be exact
 
     struct Entry final : Timer {
-        Entry(ManualRunLoop& loop, Moment due, Moment interval, Task task)
+        Entry(ManualRunLoop& loop, Time due, Time interval, Task task)
             : loop(loop), due(due), interval(interval), task(std::move(task)) {}
 
         void invalidate() override {
@@ -88,13 +117,13 @@ class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
         }
 
         ManualRunLoop& loop;
-        Moment due;
-        const Moment interval; ///< zero is once
+        Time due;
+        const Time interval; ///< zero is once
         const Task task;
     };
 
-    std::shared_ptr<Timer> schedule(Seconds delay, Moment interval, Task task) {
-        const Moment due = now + std::chrono::round<Moment>(delay);
+    std::shared_ptr<Entry> schedule(Seconds delay, Time interval, Task task) {
+        const Time due = now + std::chrono::round<Time>(delay);
         return scheduled.emplace_back(std::make_shared<Entry>(*this, due, interval, std::move(task)));
     }
 
@@ -102,7 +131,9 @@ class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
     std::condition_variable arrived;
     std::deque<Task> posted;
     std::list<std::shared_ptr<Entry>> scheduled;
-    Moment now{0};
+    std::list<std::shared_ptr<Entry>> byClock;
+    std::list<std::pair<int, Task>> watched;
+    Time now{0};
     const std::thread::id home = std::this_thread::get_id();
 };
 

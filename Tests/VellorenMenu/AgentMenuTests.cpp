@@ -3,6 +3,7 @@
 #include "VellorenMenu/MenuAppDelegate.h"
 #include "VellorenMenu/UpcommingMeetingItemView.h"
 
+#include <QDateTime>
 #include <gmock/gmock.h>
 
 namespace velloren {
@@ -10,6 +11,7 @@ namespace velloren {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::IsEmpty;
 
 class AgentMenuTest : public AgentTest {
@@ -86,6 +88,54 @@ TEST_F(AgentMenuTest, ShowsTheStoreUntilTheMainAppAnswersTheLatestShowing) {
     menu.aboutToShow();
     EXPECT_THAT(titles(), ElementsAre("(No upcoming meetings)", "---", "Support", "Help Center", "Quit"));
     EXPECT_THAT(mainAppObject.requests, ElementsAre("fetch", "fetch"));
+}
+
+TEST_F(AgentMenuTest, IsFilledAsSoonAsItsContentMayBeAnotherOnceAHostHasAskedForIt) {
+    delegate.showPopover(nullptr);
+    EXPECT_FALSE(store.changed || users.changed);
+    EXPECT_EQ(loop.pendingTimers(), 1U) << "the popover's";
+    menu.aboutToShow();
+    const std::vector<std::pair<const char*, std::function<void()>>> tidings{
+        {"a synchronisation",
+         [&] {
+             for (int write = 0; write < 1000; ++write)
+                 store.changed();
+         }},
+        {"the user", [&] { users.changed(); }},
+        {"the popover", [&] { delegate.showPopover(nullptr); }},
+        {"the main app's end", [&] { workspace.stop(mainApp); }},
+        {"the clock", [&] { loop.setClock(); }},
+        {"the start of a meeting", [&] { loop.advance(std::chrono::hours(1)); }}};
+    const QDateTime soon = QDateTime::currentDateTimeUtc().addSecs(3500);
+    for (const auto& [tiding, come] : tidings) {
+        store.meetings = {{"s", tiding, soon.toString(Qt::ISODate).toStdString()}};
+        store.queries.clear();
+        come();
+        loop.advance(RunLoop::Seconds(1));
+        EXPECT_THAT(titles()[0], EndsWith(tiding));
+        EXPECT_LE(store.queries.size(), 2U) << tiding << " makes the popover ask as well at most";
+    }
+}
+
+TEST_F(AgentMenuTest, KeepsTheMainAppsAnswerAndAsksItOnlyWhenTheStoreHasOtherMeetings) {
+    startMainApp();
+    mainAppObject.meetings = answered("m");
+    menu.aboutToShow();
+    loop.advance(RunLoop::Seconds(1));
+    EXPECT_EQ(titles()[0], "Title m");
+    const auto asked = mainAppObject.requests.size();
+    store.changed();
+    loop.advance(RunLoop::Seconds(1));
+    EXPECT_EQ(mainAppObject.requests.size(), asked)
+        << "one that writes when it is asked would be asked for ever";
+    mainAppObject.withholds = true;
+    store.meetings = std::vector<Meeting>{{"s", "Stored", std::nullopt}};
+    store.changed();
+    loop.advance(RunLoop::Seconds(1));
+    EXPECT_EQ(mainAppObject.requests.size(), asked + 1);
+    EXPECT_EQ(titles()[0], "Title m") << "no menu in between";
+    menu.aboutToShow();
+    EXPECT_EQ(titles()[0], "Stored") << "it does not answer";
 }
 
 TEST_F(AgentMenuTest, DoesWhatThePopoverDoesAndClosesItButToQuit) {

@@ -71,6 +71,17 @@ TEST_F(DateTexts, CompareOnlyTheDayOfTheMonth) {
         EXPECT_EQ(relativeDate(meeting, when), text);
 }
 
+TEST_F(DateTexts, ChangeAtMidnights) {
+    const Date meeting = at(2026y / March / 31, 9h); // in summer time
+    for (const auto& [now, midnight] :
+         {std::pair(at(2026y / March / 5, 14h), 30), std::pair(at(2026y / March / 29, 22h, 59min), 30),
+          std::pair(at(2026y / March / 30, 12h), 31), std::pair(at(2026y / March / 31, 0h), 32)}) {
+        const Date change = nextChangeOfRelativeDate(meeting, now);
+        EXPECT_EQ(change, Date(sys_days(2026y / March / 1) + days(midnight - 1) - 2h)) << midnight;
+        EXPECT_NE(relativeDate(meeting, change), relativeDate(meeting, change - 1s)) << midnight;
+    }
+}
+
 TEST_F(DateTexts, FollowTheTimeZoneAndTheUsersCalendarWithoutARestart) {
     const Date evening = at(2026y / March / 20, 23h, 30min);
     EXPECT_EQ(relativeDate(evening + 1h, evening), "Tomorrow at 00:30");

@@ -1,7 +1,10 @@
 #include "Platform/Foundation/QtRunLoop.h"
 #include "Tests/Support/QtTest.h"
 
+#include <array>
+#include <string>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace velloren {
@@ -43,6 +46,28 @@ TEST_F(QtRunLoopTest, KeepsATimerThatNobodyHoldsUntilItIsInvalidatedAlsoByItself
     ASSERT_TRUE(waitUntil([&] { return later; }));
     EXPECT_EQ(ticks, 3);
     EXPECT_TRUE(timer.expired());
+}
+
+TEST_F(QtRunLoopTest, RunsTasksAtTheirMomentAndWhenThereIsSomethingToReadUntilThatEnds) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe(ends.data()), 0);
+    ASSERT_EQ(::write(ends[1], "x", 1), 1);
+    std::vector<std::string> order;
+    const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
+    Subscription reading;
+    const Subscription later = loop.postAt(now + std::chrono::milliseconds(50), [&] {
+        order.emplace_back("later");
+        reading = loop.watch(ends[0], [&] {
+            order.emplace_back("to read");
+            reading = {}; // or it would come again at once
+            loop.postAfter(RunLoop::Seconds(0.02), [&] { order.emplace_back("end"); });
+        });
+    });
+    const auto earlier = loop.postAt(now - std::chrono::hours(1), [&] { order.emplace_back("earlier"); });
+    loop.postAt(now, [&] { order.emplace_back("nobody waits"); }) = {};
+    ASSERT_TRUE(waitUntil([&] { return !order.empty() && order.back() == "end"; }));
+    EXPECT_EQ(order, (std::vector<std::string>{"earlier", "later", "to read", "end"}));
+    ::close(ends[0]), ::close(ends[1]);
 }
 
 } // namespace velloren
