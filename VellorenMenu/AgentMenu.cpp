@@ -7,7 +7,11 @@
 #include "VellorenMenu/MenuAppDelegate.h"
 #include "VellorenMenu/UpcommingMeetingItemView.h"
 
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace velloren {
@@ -18,6 +22,23 @@ constexpr RunLoop::Seconds moment(0.25); // a synchronisation writes many meetin
 constexpr std::chrono::days farAway(366);
 constexpr std::chrono::seconds untilPast(1); // a meeting is upcoming through the second that it starts in
 
+constexpr std::size_t mostLookedAt = 512; // bytes; hosts show less of a title
+
+bool readsRightToLeft(const std::string& text) {
+    const auto length = std::int32_t(std::min(text.size(), mostLookedAt));
+    const auto characters = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), length));
+    for (std::int32_t index = 0; index < characters.length(); index = characters.moveIndex32(index, 1)) {
+        const auto direction = u_charDirection(characters.char32At(index));
+        if (direction == U_RIGHT_TO_LEFT || direction == U_RIGHT_TO_LEFT_ARABIC)
+            return true;
+    }
+    return false;
+}
+
+std::string isolated(const std::string& text) {
+    return "\u2068" + text + "\u2069";
+}
+
 /// The time first: it is the agent's own text, so a title in another script, or one that hosts cut, cannot
 /// move or hide it.
 std::string textOf(const Meeting& meeting) {
@@ -27,7 +48,12 @@ std::string textOf(const Meeting& meeting) {
     std::string title = meeting.title.value_or("");
     if (!time)
         return title;
-    return title.empty() ? *time : *time + " – " + title;
+    if (title.empty())
+        return *time;
+    // Numbers and signs would go to whichever side the text of the other direction is on.
+    if (readsRightToLeft(*time) || readsRightToLeft(title))
+        return isolated(*time) + " – " + isolated(title);
+    return *time + " – " + title;
 }
 
 } // namespace

@@ -64,6 +64,10 @@ TEST_F(AgentMenuTest, ListsWhatThePopoverShows) {
     const std::string time = *UpcommingMeetingItemView::relativeDateFromDateString(start);
     EXPECT_THAT(titles(), ElementsAre(time + " – One", time, "(Three)", "Create a new meeting", "---",
                                       "Support", "Help Center", "Quit"));
+    store.meetings = {{"5", "2 خطة", start}, {"6", "خطة", std::nullopt}};
+    menu.aboutToShow();
+    EXPECT_EQ(titles()[0], "\u2068" + time + "\u2069 – \u20682 خطة\u2069") << "each in its own direction";
+    EXPECT_EQ(titles()[1], "خطة");
     store.meetings.reset();
     menu.aboutToShow();
     EXPECT_EQ(titles()[0], "(No upcoming meetings)");

@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 
 #include <algorithm>
+#include <utility>
 
 namespace velloren {
 
@@ -30,9 +31,22 @@ const QVariantMap& defaults() {
     return values;
 }
 
+/// The text with an end for each part whose direction is its own: the end may have been cut off.
+QString withIsolatesClosed(QString text) {
+    constexpr char16_t first = 0x2066, last = 0x2068, end = 0x2069;
+    qsizetype open = 0;
+    for (const QChar character : std::as_const(text)) {
+        if (character >= first && character <= last)
+            ++open;
+        else if (character == end && open > 0)
+            --open;
+    }
+    return text.append(QString(open, QChar(end)));
+}
+
 /// A single underscore marks the key that chooses an entry.
 QString asLabel(const std::string& title) {
-    return asOneLine(QString::fromStdString(title), longestLabel)
+    return withIsolatesClosed(asOneLine(QString::fromStdString(title), longestLabel))
         .replace(QLatin1Char('_'), QStringLiteral("__"));
 }
 

@@ -78,13 +78,15 @@ class Signals final : public QObject {
 } // namespace
 
 TEST_F(DBusMenuTest, ListsTitlesOfOtherPeopleAsOnePlainLine) {
-    content = {item("1", "<b>a_b</b>\n\tc"), item("2", std::string(5000, 'x')),
+    content = {item("1", "<b>a_b</b>\n\tc"), item("2", "\u2068" + std::string(5000, 'x') + "\u2069"),
                StatusMenuEntry{Kind::Item, "3", "No", nullptr},
                StatusMenuEntry{Kind::Separator, {}, {}, nullptr}};
     const auto entries = shown();
     ASSERT_EQ(entries.size(), 4U) << "the first layout is filled already";
     EXPECT_EQ(entries[0].properties, (QVariantMap{{"label", "<b>a__b</b>  c"}}));
-    EXPECT_EQ(entries[1].properties.value(QStringLiteral("label")).toString().size(), 81);
+    const QString cut = entries[1].properties.value(QStringLiteral("label")).toString();
+    EXPECT_EQ(cut.size(), 82);
+    EXPECT_TRUE(cut.endsWith(QStringLiteral("x\u2026\u2069"))) << "what was isolated stays isolated";
     EXPECT_EQ(entries[2].properties, (QVariantMap{{"label", "No"}, {"enabled", false}}));
     EXPECT_EQ(entries[3].properties, (QVariantMap{{"type", "separator"}}));
 
