@@ -17,8 +17,10 @@ constexpr std::uint32_t arrivals = IN_CREATE | IN_MOVED_TO;
 constexpr std::uint32_t itself = IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 constexpr std::uint32_t files = arrivals | IN_MODIFY | IN_MOVED_FROM | IN_DELETE;
 
+constexpr RunLoop::Seconds pause(0.25); // a synchronisation writes thousands of times
+
 /// The folder of the file is watched, as long as there is none, the nearest one above it.
-class FileWatch {
+class FileWatch : public std::enable_shared_from_this<FileWatch> {
   public:
     FileWatch(std::filesystem::path file, std::string companion, std::function<void()> changed)
         : file(std::move(file)), companion(std::move(companion)), changed(std::move(changed)),
@@ -26,7 +28,7 @@ class FileWatch {
         if (descriptor < 0)
             return;
         follow();
-        events = RunLoop::main().watch(descriptor, [this] { hear(); });
+        listen();
     }
 
     FileWatch(const FileWatch&) = delete;
@@ -58,7 +60,24 @@ class FileWatch {
         }
     }
 
+    void listen() {
+        events = RunLoop::main().watch(descriptor, [this] { hear(); });
+    }
+
     void hear() {
+        events = {};
+        RunLoop::main().postAfter(pause, [weak = weak_from_this()] {
+            if (const auto watch = weak.lock())
+                watch->listen();
+        });
+        if (!readEvents())
+            return;
+        follow();
+        changed();
+    }
+
+    /// Whether one of them concerns the file.
+    bool readEvents() {
         bool concerned = false;
         alignas(inotify_event) std::array<char, 4096> buffer{};
         for (;;) {
@@ -71,10 +90,7 @@ class FileWatch {
                 next += sizeof event + event.len;
             }
         }
-        if (!concerned)
-            return;
-        follow();
-        changed();
+        return concerned;
     }
 
     [[nodiscard]] bool concerns(const inotify_event& event) const {

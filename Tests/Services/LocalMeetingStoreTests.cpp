@@ -280,9 +280,10 @@ TEST_F(LocalMeetingStoreTest, TellsOfEachChangeWhereverItComesFromButNotOfItsOwn
     for (const auto& [step, change] : steps) {
         const int before = changes;
         change();
+        loop.advance(RunLoop::Seconds(1));
         EXPECT_TRUE(loop.waitUntil([&] { return changes > before; })) << step;
-        loop.readWatched();
         const int after = changes;
+        loop.advance(RunLoop::Seconds(1));
         (void)followed.upcomingMeetings(true, 3);
         std::ofstream(file.parent_path() / "unrelated") << step;
         loop.readWatched();
