@@ -152,6 +152,7 @@ void StatusNotifierItem::followWatcher() {
             [this](const QString&, const QString&, const QString& newOwner) {
                 // Not at once: bars that are watcher and host lose what comes while the host looks around.
                 registrationDue = !newOwner.isEmpty();
+                hostMissing.stop(); // each has the whole time for its host to come
                 askForHost();
             });
     const auto follow = [this](const char* signal, const char* slot) {
@@ -161,7 +162,7 @@ void StatusNotifierItem::followWatcher() {
     follow("StatusNotifierHostRegistered", SLOT(registerWithWatcher()));
     follow("StatusNotifierHostRegistered", SLOT(askForHost()));
     follow("StatusNotifierHostUnregistered", SLOT(askForHost()));
-    registerWithWatcher();
+    registerWithWatcher(); // now: an answer would be heard only once the popover is made
     askForHost();
 }
 

@@ -7,6 +7,7 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusReply>
+#include <QTimer>
 #include <gmock/gmock.h>
 
 namespace velloren {
@@ -103,10 +104,17 @@ TEST_F(StatusNotifierItemTest, RegistersWithEachWatcherOnceThatHasAHostOrGetsNon
     Q_EMIT second.StatusNotifierHostRegistered();
     EXPECT_TRUE(waitUntil([&] { return second.items.size() == 2; })) << "hosts forget what they knew";
 
-    watcher.hosted = false;
+    watcher.hosted = second.hosted = false;
     watcher.takeOver();
-    EXPECT_TRUE(waitUntil([&] { return watcher.items.size() == 2; })) << "no host came";
-    EXPECT_EQ(watcher.itemsWhenAsked, 1) << "one that is about to come would miss the item";
+    qsizetype itemsInTime = 0;
+    QTimer::singleShot(std::chrono::milliseconds(1000), &second, [&] {
+        second.takeOver();
+        QTimer::singleShot(std::chrono::milliseconds(1500), &second,
+                           [&] { itemsInTime = second.items.size(); });
+    });
+    EXPECT_TRUE(waitUntil([&] { return second.items.size() == 3; })) << "no host came";
+    EXPECT_EQ(second.itemsWhenAsked, 2) << "one that is about to come would miss the item";
+    EXPECT_EQ(itemsInTime, 2) << "the second has as long for its host to come as the first";
 }
 
 TEST_F(StatusNotifierItemTest, ShowsItsCentreInEachSizeAndTellsOfNewPicturesOnly) {
