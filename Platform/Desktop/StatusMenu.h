@@ -20,7 +20,8 @@ struct StatusMenuEntry {
 };
 
 /// The menu that a status item's host shows by itself, where it does. Whoever fills it does so when it is
-/// about to show; it costs nothing before. Main thread only.
+/// about to show, from then on also when its content changes, as hosts lay it out early; it costs nothing
+/// before. Main thread only.
 class StatusMenu {
   public:
     [[nodiscard]] const std::vector<StatusMenuEntry>& entries() const { return shownEntries; }

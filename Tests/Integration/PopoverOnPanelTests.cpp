@@ -42,6 +42,20 @@ TEST_F(IconInPanel, StartsWithoutARuntimeDirectory) {
     EXPECT_EQ(countInLog("Registering menuAppListener"), 0);
 }
 
+TEST_F(IconInPanel, HasAMenuThatFollowsTheStoreBeforeItIsAboutToShow) {
+    startAgent();
+    const auto lists = [this](const char* title) {
+        const auto layout = desktop.bus().call(
+            "org.kde.StatusNotifierItem-" + std::to_string(agent->pid()) + "-1", "/StatusNotifierItem/Menu",
+            "com.canonical.dbusmenu.GetLayout", {"int32:0", "int32:-1", "array:string:"});
+        return layout && layout->find(title) != std::string::npos;
+    };
+    EXPECT_TRUE(lists("Design review"));
+    std::filesystem::remove(std::filesystem::path(std::getenv("XDG_DATA_HOME")) /
+                            "velloren/meetings.sqlite3");
+    EXPECT_TRUE(desktop.waitUntil([&] { return lists("No upcoming meetings"); })) << "hosts size it before";
+}
+
 TEST_F(IconInPanel, EndsWithAMessageWithoutASessionBusAndWithTheSession) {
     const auto lost = desktop.start(binaries + "/velloren-menu", {},
                                     {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}});
