@@ -1,5 +1,5 @@
 # The Debian packages that building, testing and demonstrating need; sourced by run and test. Of one|other, the first
-# that the machine's release has.
+# that the machine's release has; one| may be missing from it.
 
 build_packages=(
     cmake g++ ninja-build pkg-config librsvg2-bin
@@ -22,8 +22,8 @@ test_packages=(
 
 # The desktops that the agent is tried on: those of few packages, and those of many.
 light_desktop_packages=(
-    i3-wm i3status lxqt-panel lxqt-themes marco mate-panel mate-settings-daemon-common openbox qt6-wayland sway
-    tigervnc-standalone-server tint2 waybar x11-xserver-utils xfconf xwayland
+    awesome i3-wm i3status "labwc|" lxpanel lxqt-panel lxqt-themes marco mate-panel mate-settings-daemon-common openbox
+    polybar qt6-wayland sway swaybg tigervnc-standalone-server tint2 waybar wlr-randr x11-xserver-utils xfconf xwayland
 )
 heavy_desktop_packages=(
     budgie-core cinnamon gnome-shell gnome-shell-extension-appindicator kwin-wayland kwin-x11 "libkscreen-bin|libkf5screen-bin"
@@ -38,8 +38,11 @@ as_root() {
     if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
 }
 
-# is_installed ONE|OTHER
-is_installed() { dpkg-query -W -f='${Status}\n' ${1//|/ } 2>/dev/null | grep -q 'ok installed'; }
+# is_installed ONE|OTHER: or there is none to install.
+is_installed() {
+    dpkg-query -W -f='${Status}\n' ${1//|/ } 2>/dev/null | grep -q 'ok installed' ||
+        { [[ $1 = *'|' ]] && ! apt-cache show "${1%|}" >/dev/null 2>&1; }
+}
 
 # in_this_release ONE|OTHER
 in_this_release() {

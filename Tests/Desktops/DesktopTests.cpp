@@ -10,6 +10,8 @@ namespace velloren {
 namespace {
 
 enum class Click { ShowsMenu, OpensPopover };
+/// As fast as no hand can, or as one does: each shows what the other hides.
+enum class Press { Quick, Held };
 enum class Ability { OneScreen, Place, QuickClicks, Bottom, Dark, ScaleTwo, TwoScreens, IconAlone, EndOfBar };
 
 constexpr QPoint elsewhere{300, 500};
@@ -25,6 +27,11 @@ struct Host {
 };
 
 const Host waybar{"waybar"};
+const Host swaybar{"swaybar", Click::OpensPopover};
+const Host labwcWaybar{"labwc_waybar"};
+const Host labwcXfce{"labwc_xfce"};
+const Host labwcLxqt{"labwc_lxqt"};
+const Host plasmaWayland{"plasma_wayland"};
 
 // The compositor centres the windows of X programs.
 const Host xwayland{
@@ -32,18 +39,25 @@ const Host xwayland{
 
 const std::vector<Host> lightHosts{
     {"xfce"},
-    waybar,
     {"lxqt"},
     {"mate"},
     {"tint2", Click::OpensPopover},
     {"trayer", Click::OpensPopover},
     {"i3bar", Click::OpensPopover},
+    {"lxpanel", Click::OpensPopover},
+    {"polybar", Click::OpensPopover},
+    {"awesome", Click::OpensPopover},
+    waybar,
+    swaybar,
+    labwcWaybar,
+    labwcXfce,
+    labwcLxqt,
     xwayland,
 };
 
 const std::vector<Host> heavyHosts{
     {"plasma"},
-    {"plasma_wayland"},
+    plasmaWayland,
     // The click that closes the popover is one for the menu, too.
     {"gnome", Click::ShowsMenu, Click::ShowsMenu, {Ability::Bottom, Ability::IconAlone}},
     {"gnome_wayland",
@@ -75,6 +89,11 @@ double middle(QRect area) {
 /// The agent with a bar, and what a look at the screen tells of the two.
 class OnDesktop : public ::testing::TestWithParam<Host> {
   protected:
+    void SetUp() override {
+        if (const auto reason = HostDesktop::reasonForNone(GetParam().name))
+            GTEST_SKIP() << *reason;
+    }
+
     ~OnDesktop() override {
         if (HasFailure() && desktop) {
             const std::string file = GetParam().name + "-failed.png";
@@ -89,10 +108,13 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
         return QString::fromStdString(agent->output()).count(QStringLiteral("viewWillAppear(),"));
     }
 
+    /// So many points of a picture, in pixels of the screen.
+    [[nodiscard]] int pixels(int points) const { return int(std::lround(points * scale)); }
+
     /// Where the tray is.
     [[nodiscard]] QRect endOfBar() const {
         constexpr int thickest = 48;
-        return {withoutBar.width() * 3 / 4, 0, withoutBar.width() / 4, thickest * scale};
+        return {withoutBar.width() * 3 / 4, 0, withoutBar.width() / 4, pixels(thickest)};
     }
 
     /// A bar that is the session's own looks the same with its tray and without.
@@ -146,12 +168,12 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
 
     [[nodiscard]] std::optional<QRect> iconIn(const QImage& now) const {
         const auto place = difference(withoutIcon, now, endOfBar());
-        return place && place->width() >= 10 && place->width() <= 48 * scale ? place : std::nullopt;
+        return place && place->width() >= 10 && place->width() <= pixels(48) ? place : std::nullopt;
     }
 
     /// What the highlight of the icon covers; none while it has none.
     [[nodiscard]] std::optional<QRect> highlightIn(const QImage& now) const {
-        const int around = 10 * scale;
+        const int around = pixels(10);
         return boundsWithin(icon.adjusted(-around, -around, around, around) & now.rect(),
                             [&](QPoint at) { return isHighlight(now.pixelColor(at)); });
     }
@@ -162,20 +184,27 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
             // The icon itself may have that colour.
             return now.pixel(at) == grey && closed.pixel(at) != now.pixel(at) && !icon.contains(at);
         });
-        return bubble && bubble->width() > 200 * scale && bubble->height() > 100 * scale ? bubble
+        return bubble && bubble->width() > pixels(200) && bubble->height() > pixels(100) ? bubble
                                                                                          : std::nullopt;
     }
 
     [[nodiscard]] bool isOpen() const { return popoverIn(desktop->look()).has_value(); }
 
-    void clickIcon() {
+    void clickIcon(Press press, int times = 1) {
         desktop->pointAt(icon.center());
-        const char* times = GetParam().primary == Click::ShowsMenu ? "2" : "1";
-        desktop->run({"xdotool", "click", "--repeat", times, "--delay", "50", "1"});
+        std::string command = "xdotool";
+        for (; times > 0; --times)
+            command += press == Press::Quick ? " click 1 sleep 0.05" : " mousedown 1 sleep 0.1 mouseup 1";
+        desktop->run({"sh", "-c", command});
     }
 
     void openPopover() {
-        clickIcon();
+        clickIcon(openings() % 2 == 0 ? Press::Quick : Press::Held,
+                  GetParam().primary == Click::ShowsMenu ? 2 : 1);
+        // Long for a user, but the fault it is for takes ten: to wait for an event that never comes. The rest
+        // is for busy machines.
+        EXPECT_TRUE(desktop->waitUntil([this] { return isOpen(); }, std::chrono::seconds(3)))
+            << "it takes its time";
         const auto isOpen = [this](const QImage& now) { return popoverIn(now) && highlightIn(now); };
         ASSERT_FALSE(desktop->picture(isOpen).isNull()) << "no popover, or the icon has no highlight";
         desktop->pointAt(elsewhere); // the pointer covers a part of it
@@ -185,11 +214,11 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
     }
 
     bool closes() {
-        return desktop->waitUntil([this] {
-            const QImage now = desktop->look();
+        const auto isClosed = [this](const QImage& now) {
             return !popoverIn(now) && !highlightIn(now) &&
                    (!GetParam().lacks.contains(Ability::QuickClicks) || leavesClicksToOthers());
-        });
+        };
+        return !desktop->picture(isClosed).isNull();
     }
 
     /// A click right after the one that closed the popover is taken for that one's second half.
@@ -223,7 +252,7 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
         const auto isBrighter = [this](QPoint at) {
             return luminance(open.pixelColor(at)) > luminance(closed.pixelColor(at)) + 0.2;
         };
-        const auto tip = boundsWithin(popover.adjusted(0, -2 * scale, 0, 0), isBrighter);
+        const auto tip = boundsWithin(popover.adjusted(0, -pixels(2), 0, 0), isBrighter);
         return tip ? boundsWithin({tip->topLeft(), QSize(tip->width(), 1)}, isBrighter) : tip;
     }
 
@@ -235,11 +264,11 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
             return;
         const QRect highlight = *highlightIn(open);
         EXPECT_GT(popover.top(), highlight.bottom());
-        EXPECT_LE(popover.top(), highlight.bottom() + 16 * scale);
+        EXPECT_LE(popover.top(), highlight.bottom() + pixels(16));
         const auto arrow = tipOfArrow();
         ASSERT_TRUE(arrow);
-        EXPECT_LE(arrow->width(), 12 * scale) << "there is an arrow";
-        EXPECT_NEAR(middle(*arrow), middle(highlight), 3 * scale) << "in a corner it leans";
+        EXPECT_LE(arrow->width(), pixels(12)) << "there is an arrow";
+        EXPECT_NEAR(middle(*arrow), middle(highlight), pixels(3)) << "in a corner it leans";
     }
 
     void expectPopoverAtIconOf(const Bar& bar) {
@@ -250,7 +279,7 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
 
     void keepPicture(const char* subject) const {
         std::filesystem::create_directories(PICTURES);
-        const QRect corner(open.width() - 480 * scale, 0, 480 * scale, 400 * scale);
+        const QRect corner(open.width() - pixels(480), 0, pixels(480), pixels(400));
         const QRect shown = GetParam().lacks.contains(Ability::Place) ? open.rect() : corner;
         desktop->asShown(open.copy(shown))
             .save(QString::fromStdString(PICTURES "/" + GetParam().name + "-" + subject + ".png"));
@@ -258,7 +287,7 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
 
     std::optional<HostDesktop> desktop;
     std::unique_ptr<Process> agent;
-    int scale = 1;
+    double scale = 1;
     QImage withoutBar;
     QImage withoutIcon;
     QImage closed;
@@ -270,6 +299,8 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
 class OnDarkBar : public OnDesktop {};
 
 class AtScaleTwo : public OnDesktop {};
+
+class AtScaleOneAndAHalf : public OnDesktop {};
 
 class OnTwoScreens : public OnDesktop {};
 
@@ -310,7 +341,7 @@ TEST_P(OnDesktop, OpensAtItsIconAndClosesByClicksAndKeys) {
             desktop->type("Return");
         }};
     if (!GetParam().lacks.contains(Ability::IconAlone))
-        endings.insert(endings.begin(), [&] { desktop->press(icon.center()); });
+        endings.insert(endings.begin(), {[&] { clickIcon(Press::Quick); }, [&] { clickIcon(Press::Held); }});
     for (const auto& end : endings) {
         if (!isOpen()) {
             ASSERT_NO_FATAL_FAILURE(openPopover());
@@ -325,6 +356,8 @@ TEST_P(OnDesktop, OpensAtItsIconAndClosesByClicksAndKeys) {
     }
     EXPECT_NE(agent->output().find("openMeeting"), std::string::npos) << "the key chose the first one";
 
+    EXPECT_EQ(openings(), qsizetype(endings.size())) << "no flicker";
+
     desktop->press(icon.center(), GetParam().primary == Click::ShowsMenu ? 1 : 3);
     if (GetParam().secondary == Click::OpensPopover) {
         EXPECT_TRUE(desktop->waitUntil([this] { return isOpen(); }));
@@ -332,7 +365,7 @@ TEST_P(OnDesktop, OpensAtItsIconAndClosesByClicksAndKeys) {
     }
     ASSERT_NO_FATAL_FAILURE(chooseLastOfMenu());
     EXPECT_EQ(agent->wait(), 0) << "the last entry is Quit";
-    EXPECT_EQ(openings(), qsizetype(endings.size())) << "no flicker, and the menu came alone";
+    EXPECT_EQ(openings(), qsizetype(endings.size())) << "the menu came alone";
 }
 
 TEST_P(OnDarkBar, IsSeenAndOpensAboveABarAtTheBottom) {
@@ -350,6 +383,11 @@ TEST_P(OnDarkBar, IsSeenAndOpensAboveABarAtTheBottom) {
 TEST_P(AtScaleTwo, OpensAtItsIcon) {
     expectPopoverAtIconOf({.scale = 2});
     keepPicture("scale-2");
+}
+
+TEST_P(AtScaleOneAndAHalf, OpensAtItsIcon) {
+    expectPopoverAtIconOf({.scale = 1.5});
+    keepPicture("scale-1.5");
 }
 
 TEST_P(OnTwoScreens, OpensOnTheScreenOfTheBar) {
@@ -407,7 +445,11 @@ INSTANTIATE_TEST_SUITE_P(Heavy, AtScaleTwo, hostsWith(Ability::ScaleTwo, heavyHo
 INSTANTIATE_TEST_SUITE_P(Light, OnTwoScreens, hostsWith(Ability::TwoScreens, lightHosts), nameOf);
 INSTANTIATE_TEST_SUITE_P(Heavy, OnTwoScreens, hostsWith(Ability::TwoScreens, heavyHosts), nameOf);
 
-INSTANTIATE_TEST_SUITE_P(Light, OnLayerShell, ::testing::Values(waybar), nameOf);
-INSTANTIATE_TEST_SUITE_P(Light, OnWayland, ::testing::Values(waybar, xwayland), nameOf);
+INSTANTIATE_TEST_SUITE_P(Light, AtScaleOneAndAHalf,
+                         ::testing::Values(waybar, swaybar, labwcWaybar, labwcXfce, labwcLxqt), nameOf);
+INSTANTIATE_TEST_SUITE_P(Heavy, AtScaleOneAndAHalf, ::testing::Values(plasmaWayland), nameOf);
+INSTANTIATE_TEST_SUITE_P(Light, OnLayerShell, ::testing::Values(waybar, labwcWaybar), nameOf);
+INSTANTIATE_TEST_SUITE_P(Light, OnWayland, ::testing::Values(waybar, labwcWaybar, xwayland), nameOf);
+INSTANTIATE_TEST_SUITE_P(Heavy, OnWayland, ::testing::Values(plasmaWayland), nameOf);
 
 } // namespace velloren

@@ -26,6 +26,12 @@ QTransform turnOf(Side side) {
 
 } // namespace
 
+std::optional<std::string> HostDesktop::reasonForNone(const std::string& name) {
+    const TemporaryDirectory temporary;
+    Process check({HOST_SCRIPT, name, "check"}, {}, temporary / "output");
+    return check.wait() == 77 ? std::optional(check.output()) : std::nullopt;
+}
+
 HostDesktop::HostDesktop(std::string name, const Bar& bar)
     : VirtualScreen(bar.screens), name(std::move(name)), bar(bar), turn(turnOf(bar.side)) {
     session = startPart("session");
@@ -42,7 +48,7 @@ std::unique_ptr<Process> HostDesktop::startPart(const std::string& part) {
     return start(HOST_SCRIPT, {name, part},
                  {{"SIDE", sides.at(std::size_t(bar.side))},
                   {"SHADE", bar.shade == Shade::Light ? "light" : "dark"},
-                  {"SCALE", std::to_string(bar.scale)},
+                  {"SCALE", QString::number(bar.scale).toStdString()},
                   {"SCREEN", bar.screens == Screens::One ? "0" : "1"}});
 }
 

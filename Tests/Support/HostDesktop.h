@@ -13,7 +13,7 @@ enum class Shade { Light, Dark };
 struct Bar {
     Side side = Side::Top;
     Shade shade = Shade::Light;
-    int scale = 1;                  ///< pixels of the screen to one of a picture
+    double scale = 1;               ///< pixels of the screen to one of a picture
     Screens screens = Screens::One; ///< of two it is on the right one
 };
 
@@ -21,6 +21,9 @@ struct Bar {
 /// turned so that the bar is at the top and the tray near its right end.
 class HostDesktop : public VirtualScreen {
   public:
+    /// Why this release cannot have it; none where it has to be there.
+    static std::optional<std::string> reasonForNone(const std::string& name);
+
     explicit HostDesktop(std::string name, const Bar& bar = {});
     ~HostDesktop();
 

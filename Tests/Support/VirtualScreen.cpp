@@ -128,10 +128,10 @@ QImage VirtualScreen::screen() const {
                  : QImage();
 }
 
-bool VirtualScreen::waitUntil(const std::function<bool()>& condition) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+bool VirtualScreen::waitUntil(const std::function<bool()>& condition, std::chrono::seconds limit) {
+    const auto end = std::chrono::steady_clock::now() + limit;
     while (!condition()) {
-        if (std::chrono::steady_clock::now() > limit)
+        if (std::chrono::steady_clock::now() > end)
             return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }

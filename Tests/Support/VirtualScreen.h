@@ -8,6 +8,7 @@
 #include <QPoint>
 #include <QRect>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -48,8 +49,9 @@ class VirtualScreen {
 
     [[nodiscard]] QImage screen() const;
 
-    /// Whether `condition` comes to hold within a generous limit.
-    static bool waitUntil(const std::function<bool()>& condition);
+    /// Whether `condition` comes to hold within the limit, by itself a generous one.
+    static bool waitUntil(const std::function<bool()>& condition,
+                          std::chrono::seconds limit = std::chrono::seconds(60));
 
   protected:
     /// Waits for a part of the desktop; where it does not come, what `part` printed is the reason.
