@@ -9,7 +9,7 @@ namespace velloren {
 
 namespace {
 
-enum class Click { ShowsMenu, OpensPopover };
+enum class Click { ShowsMenu, OpensPopover, DependsOnTray };
 /// As fast as no hand can, or as one does: each shows what the other hides.
 enum class Press { Quick, Held };
 enum class Ability { OneScreen, Place, QuickClicks, Bottom, Dark, ScaleTwo, TwoScreens, IconAlone, EndOfBar };
@@ -65,7 +65,7 @@ const std::vector<Host> heavyHosts{
      Click::ShowsMenu,
      {Ability::Bottom, Ability::EndOfBar, Ability::QuickClicks}},
     {"cinnamon"},
-    {"budgie", Click::OpensPopover},
+    {"budgie", Click::DependsOnTray}, // an early one's takes windows in, which have no menu
 };
 
 auto hostsWith(Ability ability, std::vector<Host> hosts) {
@@ -229,6 +229,12 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
                    ->wait() != 0;
     }
 
+    [[nodiscard]] bool showsMenu() const {
+        return GetParam().secondary == Click::DependsOnTray
+                   ? desktop->bus().hasOwner("org.kde.StatusNotifierWatcher")
+                   : GetParam().secondary == Click::ShowsMenu;
+    }
+
     /// Chooses the last entry of the menu that a bar shows at the icon.
     void chooseLastOfMenu() {
         const QRect beside = closed.rect().adjusted(0, 56, 0, -56); // bars cast shadows
@@ -359,7 +365,7 @@ TEST_P(OnDesktop, OpensAtItsIconAndClosesByClicksAndKeys) {
     EXPECT_EQ(openings(), qsizetype(endings.size())) << "no flicker";
 
     desktop->press(icon.center(), GetParam().primary == Click::ShowsMenu ? 1 : 3);
-    if (GetParam().secondary == Click::OpensPopover) {
+    if (!showsMenu()) {
         EXPECT_TRUE(desktop->waitUntil([this] { return isOpen(); }));
         return;
     }
