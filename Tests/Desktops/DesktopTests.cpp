@@ -203,7 +203,7 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
                   GetParam().primary == Click::ShowsMenu ? 2 : 1);
         // Long for a user, but the fault it is for takes ten: to wait for an event that never comes. The rest
         // is for busy machines.
-        EXPECT_TRUE(desktop->waitUntil([this] { return isOpen(); }, std::chrono::seconds(3)))
+        EXPECT_TRUE(desktop->waitUntil([this] { return isOpen(); }, std::chrono::seconds(5)))
             << "it takes its time";
         const auto isOpen = [this](const QImage& now) { return popoverIn(now) && highlightIn(now); };
         ASSERT_FALSE(desktop->picture(isOpen).isNull()) << "no popover, or the icon has no highlight";
