@@ -16,14 +16,14 @@ desktop_packages=(
 
 test_packages=(
     at-spi2-core bubblewrap clang clang-format clang-tidy gir1.2-atspi-2.0 gir1.2-glib-2.0 libbenchmark-dev
-    libclang-rt-dev libgmock-dev libgtest-dev libxcb-xtest0-dev python3-gi python3-seccomp systemd trayer xdg-utils
+    libclang-rt-dev libgmock-dev libgtest-dev libxcb-xtest0-dev python3-gi python3-seccomp systemd "trayer|" xdg-utils
     xrestop xsettingsd
 )
 
 # The desktops that the agent is tried on: those of few packages, and those of many.
 light_desktop_packages=(
     awesome i3-wm i3status "labwc|" lxpanel lxqt-panel lxqt-themes marco mate-panel mate-settings-daemon-common openbox
-    polybar qt6-wayland sway swaybg tigervnc-standalone-server tint2 waybar wlr-randr x11-xserver-utils xfconf xwayland
+    polybar qt6-wayland sway swaybg swaylock tigervnc-standalone-server tint2 waybar wlr-randr x11-xserver-utils xfconf xwayland
 )
 heavy_desktop_packages=(
     budgie-core cinnamon gnome-shell gnome-shell-extension-appindicator kwin-wayland kwin-x11 "libkscreen-bin|libkf5screen-bin"
@@ -38,19 +38,16 @@ as_root() {
     if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
 }
 
-# is_installed ONE|OTHER: or there is none to install.
-is_installed() {
-    dpkg-query -W -f='${Status}\n' ${1//|/ } 2>/dev/null | grep -q 'ok installed' ||
-        { [[ $1 = *'|' ]] && ! apt-cache show "${1%|}" >/dev/null 2>&1; }
-}
+# is_installed ONE|OTHER
+is_installed() { dpkg-query -W -f='${Status}\n' ${1//|/ } 2>/dev/null | grep -q 'ok installed'; }
 
-# in_this_release ONE|OTHER
+# in_this_release ONE|OTHER: prints the first that there is, the last where none is.
 in_this_release() {
     local package
     for package in ${1//|/ }; do
-        apt-cache show "$package" >/dev/null 2>&1 && break
+        apt-cache show "$package" >/dev/null 2>&1 && echo "$package" && return
     done
-    echo "$package"
+    [[ $1 = *'|' ]] || echo "$package"
 }
 
 # install_missing PACKAGE...: installs those that are not there, and says so.
@@ -62,6 +59,7 @@ install_missing() {
     [ ${#missing[@]} -eq 0 ] && return
     as_root apt-get update -qq
     mapfile -t missing < <(for package in "${missing[@]}"; do in_this_release "$package"; done)
+    [ ${#missing[@]} -eq 0 ] && return
     echo "Installing with apt-get: ${missing[*]}"
     as_root env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600 install -y -qq --no-install-recommends "${missing[@]}"
 }

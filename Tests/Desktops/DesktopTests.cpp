@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <set>
 
 namespace velloren {
@@ -421,6 +422,9 @@ TEST_P(OnWayland, HasItsMenuAtItsButton) {
         EXPECT_TRUE(desktop->waitUntil([&] { return !showsMenu(); }));
         EXPECT_TRUE(isOpen()) << "to dismiss the menu is all that happened";
     }
+    const QRect around(button - QPoint(16, 14), button + QPoint(16, 14));
+    EXPECT_TRUE(desktop->waitUntil([&] { return desktop->look().copy(around) == open.copy(around); }))
+        << "the pointer has left the button";
     desktop->press(elsewhere);
     EXPECT_TRUE(closes());
 }
@@ -440,6 +444,27 @@ TEST_P(OnLayerShell, StaysInReachOverOtherWindowsAndShowsAboveAFullscreenOne) {
     desktop->pointAt(icon.center());
     desktop->pointAt(elsewhere);
     EXPECT_TRUE(isAtPointer()) << "where focus follows the pointer, such a way takes it away";
+}
+
+TEST_P(OnLayerShell, ShowsNothingAndTakesNoKeysOnALockedScreen) {
+    ASSERT_NO_FATAL_FAILURE(expectPopoverAtIconOf({}));
+    const auto variables = desktop->programEnvironment();
+    const auto locker = desktop->start("swaylock", {"--no-unlock-indicator", "--color", "402040"}, variables);
+    const auto isLocked = [this] { return desktop->look().pixelColor(elsewhere) == QColor(0x402040); };
+    ASSERT_TRUE(desktop->waitUntil(isLocked)) << locker->output();
+    EXPECT_FALSE(isOpen());
+    // The compositor tells nobody; until the agent knows, the one that was open is raised.
+    ASSERT_TRUE(desktop->waitUntil([&] {
+        desktop->start(VELLOREN_BINARIES "/velloren-menu", {}, variables)->wait();
+        return openings() == 2;
+    }));
+    desktop->type("Tab");
+    desktop->type("Return");
+    EXPECT_FALSE(isOpen());
+    locker->signal(SIGUSR1);
+    EXPECT_TRUE(desktop->waitUntil([this] { return isOpen(); }))
+        << "the former one is closed, this one waited";
+    EXPECT_EQ(agent->output().find("openMeeting"), std::string::npos);
 }
 
 INSTANTIATE_TEST_SUITE_P(Light, OnDesktop, hostsWith(Ability::OneScreen, lightHosts), nameOf);
