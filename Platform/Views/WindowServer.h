@@ -42,8 +42,8 @@ class WindowServer {
     /// window say so.
     virtual void setAnimates(QWidget& window, bool animates) = 0;
 
-    /// The window draws its shadow itself: the display, where it draws any, leaves its own out. Once the window
-    /// has a native one.
+    /// The window draws its shadow itself: the display, where it draws any, leaves its own out. Once the
+    /// window has a native one.
     virtual void declareShadow(QWidget&) {}
 
     /// Calls `found` with the site of a popover at `anchor`. That is once, at once or a little later; never
