@@ -45,7 +45,7 @@ is_installed() { dpkg-query -W -f='${Status}\n' ${1//|/ } 2>/dev/null | grep -q 
 in_this_release() {
     local package
     for package in ${1//|/ }; do
-        apt-cache policy "$package" | grep -q 'Candidate: [^(]' && echo "$package" && return
+        apt-cache policy "$package" | grep 'Candidate: [^(]' >/dev/null && echo "$package" && return
     done
     [[ $1 = *'|' ]] || echo "$package"
 }

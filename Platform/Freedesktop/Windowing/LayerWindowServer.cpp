@@ -239,7 +239,8 @@ void LayerWindowServer::showPopover(QWidget& window, const QRect& frame) {
     window.setGeometry(frame);
     if (role) {
         role->moveTo(onScreen);
-        leaveOutOwnWindows();
+        if (isSeen)
+            leaveOutOwnWindows();
         return;
     }
     if (!shell.isReady())
@@ -258,6 +259,8 @@ void LayerWindowServer::showPopover(QWidget& window, const QRect& frame) {
 }
 
 void LayerWindowServer::appear(QWidget& window) {
+    if (window.isVisible())
+        return;
     // Qt asks for the scale when it shows the window: painted before the answer it would be painted twice.
     window.setUpdatesEnabled(!shell.scalesByFractions());
     window.show();
@@ -269,6 +272,7 @@ void LayerWindowServer::appear(QWidget& window) {
         });
     // A way through to it any sooner would be one to what is behind it, which might take the keyboard.
     seen = shell.whenSeen(surface, [this] {
+        isSeen = true;
         hiding.stop();
         leaveOutOwnWindows();
     });
@@ -283,7 +287,7 @@ void LayerWindowServer::raiseIfHidden() {
 void LayerWindowServer::closeIfAbsent() {
     // The pointer is over one of these surfaces as long as nobody took the whole seat, as those who lock it
     // do.
-    if (popover && shell.hasPointer() && !pointer() && !underPointer && !QGuiApplication::focusWindow())
+    if (role && shell.hasPointer() && !pointer() && !underPointer && !QGuiApplication::focusWindow())
         qtprivate::closeAsUser(*popover->windowHandle());
 }
 
@@ -293,6 +297,7 @@ bool LayerWindowServer::hidePopover(QWidget& window) {
     allShown.reset();
     scaleKnown.reset();
     seen.reset();
+    isSeen = false;
     underPointer = nullptr;
     for (QTimer* timer : {&patience, &hiding, &absence})
         timer->stop();

@@ -102,6 +102,7 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     std::vector<QPointer<QWidget>> popUps;
     std::unique_ptr<LayerSurface> role;
     bool openedAtPointer = false;
+    bool isSeen = false; ///< the popover; until then nothing leads through to it
     bool takingIn = false;
 };
 
