@@ -44,12 +44,28 @@ QImage transparent(QSize size) {
     return image;
 }
 
-/// What shows through the window; black where it cannot be told.
-QImage backgroundOf(xcb_window_t window, QSize size) {
+void drawPoint(xcb_window_t window, QRgb color) {
+    const xcb_gcontext_t context = xcb_generate_id(x11::connection());
+    const std::uint32_t foreground = color;
+    constexpr xcb_point_t corner{0, 0};
+    xcb_create_gc(x11::connection(), context, window, XCB_GC_FOREGROUND, &foreground);
+    xcb_poly_point(x11::connection(), XCB_COORD_MODE_ORIGIN, window, context, 1, &corner);
+    xcb_free_gc(x11::connection(), context);
+}
+
+/// What shows through the window. Some trays have nothing behind it: then what the bar shows beside it. Black
+/// where neither can be told.
+QImage backgroundOf(xcb_window_t window, const QRect& onScreen) {
+    constexpr QRgb mark = 0xff01fe01;
+    drawPoint(window, mark);
     xcb_clear_area(x11::connection(), false, window, 0, 0, 0, 0);
-    QImage background = x11::imageOf(window, QRect(QPoint(), size));
+    QImage background = x11::imageOf(window, QRect(QPoint(), onScreen.size()));
+    if (!background.isNull() && background.pixel(0, 0) == mark)
+        background =
+            x11::imageOf(x11::screen().root, QRect(onScreen.x() - 1, onScreen.y(), 1, onScreen.height()))
+                .scaled(onScreen.size());
     if (background.isNull()) {
-        background = QImage(size, QImage::Format_RGB32);
+        background = QImage(onScreen.size(), QImage::Format_RGB32);
         background.fill(Qt::black);
     }
     return background;
@@ -78,9 +94,9 @@ void XEmbedIcon::setWanted(bool wanted) {
 void XEmbedIcon::redraw() {
     if (!window || size.isEmpty())
         return;
-    QImage image = depth == translucentDepth ? transparent(size) : backgroundOf(window, size);
+    QImage image = depth == translucentDepth ? transparent(size) : backgroundOf(window, placeOnScreen());
     if (isEmbedded)
-        button.setSeenAppearance(depth == translucentDepth ? x11::appearanceOfBarAt(centreOnScreen())
+        button.setSeenAppearance(depth == translucentDepth ? x11::appearanceOfBarAt(placeOnScreen().center())
                                                            : x11::appearanceOf(image));
     const int side = std::min(size.width(), size.height());
     QPainter(&image).drawImage((size.width() - side) / 2, (size.height() - side) / 2, button.picture(side));
@@ -195,12 +211,11 @@ void XEmbedIcon::undock() {
         button.setSeenAppearance(std::nullopt);
 }
 
-QPoint XEmbedIcon::centreOnScreen() const {
+QRect XEmbedIcon::placeOnScreen() const {
     const auto corner = x11::owned(xcb_translate_coordinates_reply(
         x11::connection(), xcb_translate_coordinates(x11::connection(), window, x11::screen().root, 0, 0),
         nullptr));
-    const QPoint centre(size.width() / 2, size.height() / 2);
-    return corner ? QPoint(corner->dst_x, corner->dst_y) + centre : centre;
+    return {corner ? QPoint(corner->dst_x, corner->dst_y) : QPoint(), size};
 }
 
 void XEmbedIcon::createWindow() {

@@ -37,7 +37,7 @@ class XEmbedIcon final : private QAbstractNativeEventFilter {
     void reparented(std::uint32_t parent);
     void dock();
     void undock();
-    [[nodiscard]] QPoint centreOnScreen() const;
+    [[nodiscard]] QRect placeOnScreen() const;
     void createWindow();
     [[nodiscard]] std::uint32_t visualOfTray() const;
 
