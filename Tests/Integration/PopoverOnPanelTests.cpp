@@ -71,6 +71,7 @@ TEST_F(IconInPanel, EndsWithAMessageWithoutASessionBusAndWhenThatOrTheDisplayGoe
     EXPECT_EQ(countInLog("The display went away"), 1);
 
     startAgent();
+    ASSERT_TRUE(waitForLog("Registering menuAppListener endpoint SUCCESSFUL", 2)); // not the former one's
     desktop.bus().stop();
     EXPECT_EQ(agent->wait(), 1);
     EXPECT_EQ(countInLog("velloren-menu: the session bus went away"), 1);
