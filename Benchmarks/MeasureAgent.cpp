@@ -25,8 +25,8 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-constexpr int starts = 40;
-constexpr int rounds = 5;
+constexpr int usualRounds = 5;
+constexpr int startsOfRound = 8;
 constexpr int clicksOfRound = 5;
 constexpr auto breath = 300ms;
 constexpr auto settling = 2s;
@@ -164,7 +164,8 @@ void print(const char* what, const char* unit, const std::vector<double>& agent,
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : usualRounds;
     VirtualDesktop desktop;
     desktop.bus().addService("com.velloren.velloren-mac.agent", binaries + "/velloren-agent");
     const MeetingStores stores;
@@ -186,7 +187,7 @@ int main() {
         measureIdle(desktop, probe, program, *figures);
     desktop.stopPanel();
     ItemWatcher watcher;
-    for (int count = 0; count < starts; ++count) {
+    for (int count = 0; count < rounds * startsOfRound; ++count) {
         for (const auto& [program, figures] : programs)
             measureStart(desktop, watcher, program, *figures);
     }
