@@ -30,6 +30,7 @@ in_bare_root() {
     unshare --mount --pid --fork --kill-child bash -c '
         root=$1
         shift
+        mount --bind "$root" "$root" # a root of its own again for who makes one in there
         mount -t proc proc "$root/proc"
         mount --rbind /dev "$root/dev"
         mount -t tmpfs tmpfs "$root/dev/shm"
