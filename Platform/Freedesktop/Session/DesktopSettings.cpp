@@ -2,10 +2,8 @@
 
 #include "Platform/Desktop/Appearance.h"
 #include "Platform/Foundation/CurrentLocale.h"
+#include "Platform/Freedesktop/SessionBus/BusQuestion.h"
 #include "Platform/Freedesktop/SessionBus/BusSignal.h"
-
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 
 #include <algorithm>
 #include <utility>
@@ -96,7 +94,7 @@ void DesktopSettings::followPortal() {
         auto question = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
                                                        QStringLiteral("Read"));
         question << group << key;
-        ask(question, [this, group = group, key = key](const QDBusVariant& value) {
+        ask<QDBusVariant>(bus, question, *this, [this, group = group, key = key](const QDBusVariant& value) {
             settingChanged(group, key, value);
         });
     }
@@ -110,17 +108,8 @@ void DesktopSettings::followXfcePanel() {
     auto question = QDBusMessage::createMethodCall(xfconf, xfconfPath, xfconf, QStringLiteral("GetProperty"));
     question << xfcePanel << panelDarkMode;
     question.setAutoStartService(hasAnyName({"XFCE"}));
-    ask(question,
-        [this](const QDBusVariant& value) { panelSettingChanged(xfcePanel, panelDarkMode, value); });
-}
-
-void DesktopSettings::ask(const QDBusMessage& question, std::function<void(const QDBusVariant&)> answered) {
-    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, answered = std::move(answered)] {
-        const QDBusPendingReply<QDBusVariant> reply = *watcher;
-        if (reply.isValid())
-            answered(reply.value());
-        watcher->deleteLater();
+    ask<QDBusVariant>(bus, question, *this, [this](const QDBusVariant& value) {
+        panelSettingChanged(xfcePanel, panelDarkMode, value);
     });
 }
 

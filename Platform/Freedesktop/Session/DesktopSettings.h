@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDBusVariant>
 #include <QObject>
 
@@ -31,7 +30,6 @@ class DesktopSettings final : public QObject {
   private:
     void followPortal();
     void followXfcePanel();
-    void ask(const QDBusMessage& question, std::function<void(const QDBusVariant&)> answered);
 
     QDBusConnection bus;
     std::function<void()> changed;

@@ -1,11 +1,10 @@
 #include "Platform/Freedesktop/Session/SessionLock.h"
 
+#include "Platform/Freedesktop/SessionBus/BusQuestion.h"
 #include "Platform/Freedesktop/SessionBus/BusSignal.h"
 
 #include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QDBusVariant>
 
 #include <utility>
@@ -30,20 +29,6 @@ QDBusMessage question(const QString& path, const QString& interface, const QStri
     auto call = QDBusMessage::createMethodCall(loginService, path, interface, method);
     call.setArguments(arguments);
     return call;
-}
-
-/// Calls `answered` with what comes, if that is of this type.
-template <class Answer>
-void ask(const QDBusConnection& bus, const QDBusMessage& call, QObject& owner,
-         std::function<void(const Answer&)> answered) {
-    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), &owner);
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &owner,
-                     [watcher, answered = std::move(answered)] {
-                         const QDBusPendingReply<Answer> reply = *watcher;
-                         if (reply.isValid())
-                             answered(reply.value());
-                         watcher->deleteLater();
-                     });
 }
 
 } // namespace
