@@ -6,7 +6,7 @@
 #include "Companions/MainAppStandIn/RequestLog.h"
 #include "Platform/Foundation/QtRunLoop.h"
 #include "Platform/Foundation/SharedInstance.h"
-#include "Platform/Freedesktop/Bus/DBusLink.h"
+#include "Platform/Link/DBus/DBusLink.h"
 #include "Platform/Freedesktop/Session/DBusWorkspace.h"
 #include "Platform/Freedesktop/Session/TerminationSignals.h"
 #include "Services/Local/LocalMeetingStore.h"

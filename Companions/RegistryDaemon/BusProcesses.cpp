@@ -1,6 +1,6 @@
 #include "Companions/RegistryDaemon/BusProcesses.h"
 
-#include "Platform/Freedesktop/Bus/DBusWire.h"
+#include "Platform/Link/DBus/DBusWire.h"
 
 #include <systemd/sd-bus.h>
 

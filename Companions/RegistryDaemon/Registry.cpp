@@ -1,6 +1,6 @@
 #include "Companions/RegistryDaemon/Registry.h"
 
-#include "Platform/Freedesktop/Bus/LocalSocket.h"
+#include "Platform/Link/DBus/LocalSocket.h"
 
 #include <algorithm>
 

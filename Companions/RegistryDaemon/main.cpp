@@ -1,6 +1,6 @@
 #include "Companions/RegistryDaemon/BusProcesses.h"
 #include "Companions/RegistryDaemon/Registry.h"
-#include "Platform/Freedesktop/Bus/DBusExport.h"
+#include "Platform/Link/DBus/DBusExport.h"
 #include "Shared/VApp.h"
 
 #include <systemd/sd-bus.h>

@@ -1,5 +1,5 @@
 #include "Companions/RegistryDaemon/Registry.h"
-#include "Platform/Freedesktop/Bus/DBusLink.h"
+#include "Platform/Link/DBus/DBusLink.h"
 #include "Tests/Support/ManualRunLoop.h"
 #include "Tests/Support/PrivateBus.h"
 #include "Tests/Support/Socket.h"

@@ -1,7 +1,7 @@
 #include "Platform/Foundation/BundleVersions.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/UserDefaults.h"
-#include "Platform/Freedesktop/Bus/Inlet.h"
+#include "Platform/Link/DBus/Inlet.h"
 #include "Services/Local/LocalMeetingStore.h"
 #include "Services/Local/LocalUserManager.h"
 #include "Services/Local/Text.h"

@@ -1,7 +1,7 @@
 #include "Tests/Support/VirtualScreen.h"
 
 #include "Platform/Foundation/FatalError.h"
-#include "Platform/Freedesktop/Windowing/X11Display.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
 #include <xcb/xcb.h>
 

@@ -1,7 +1,7 @@
 #include "Platform/Freedesktop/Backends/DisplayLoss.h"
 
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
-#include "Platform/Freedesktop/Windowing/X11Display.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
 #include <QtGlobal>
 #include <xcb/xcb.h>

@@ -5,9 +5,9 @@
 #include "Platform/Freedesktop/Tray/StatusNotifierBar.h"
 #include "Platform/Freedesktop/Windowing/CaughtPresses.h"
 #include "Platform/Freedesktop/Windowing/FocusEvents.h"
-#include "Platform/Freedesktop/Windowing/LayerWindowServer.h"
-#include "Platform/Freedesktop/Windowing/X11WindowServer.h"
-#include "Platform/Freedesktop/Windowing/XInputEvents.h"
+#include "Platform/Freedesktop/Windowing/Wayland/LayerWindowServer.h"
+#include "Platform/Freedesktop/Windowing/X11/X11WindowServer.h"
+#include "Platform/Freedesktop/Windowing/X11/XInputEvents.h"
 
 namespace velloren {
 

@@ -1,6 +1,6 @@
 #include "Platform/Freedesktop/Backends/SessionDisplay.h"
 
-#include "Platform/Freedesktop/Windowing/LayerShell.h"
+#include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
 
 #include <QGuiApplication>
 

@@ -1,6 +1,6 @@
 #include "Platform/Freedesktop/Session/DBusWorkspace.h"
 
-#include "Platform/Freedesktop/SessionBus/BusSignal.h"
+#include "Platform/Freedesktop/Bus/BusSignal.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>

@@ -2,8 +2,8 @@
 
 #include "Platform/Desktop/Appearance.h"
 #include "Platform/Foundation/CurrentLocale.h"
-#include "Platform/Freedesktop/SessionBus/BusQuestion.h"
-#include "Platform/Freedesktop/SessionBus/BusSignal.h"
+#include "Platform/Freedesktop/Bus/BusQuestion.h"
+#include "Platform/Freedesktop/Bus/BusSignal.h"
 
 #include <algorithm>
 #include <utility>

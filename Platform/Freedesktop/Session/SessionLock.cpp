@@ -1,7 +1,7 @@
 #include "Platform/Freedesktop/Session/SessionLock.h"
 
-#include "Platform/Freedesktop/SessionBus/BusQuestion.h"
-#include "Platform/Freedesktop/SessionBus/BusSignal.h"
+#include "Platform/Freedesktop/Bus/BusQuestion.h"
+#include "Platform/Freedesktop/Bus/BusSignal.h"
 
 #include <QDBusMessage>
 #include <QDBusObjectPath>

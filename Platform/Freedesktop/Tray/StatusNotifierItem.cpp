@@ -1,8 +1,8 @@
 #include "Platform/Freedesktop/Tray/StatusNotifierItem.h"
 
 #include "Platform/Desktop/GlobalEvents.h"
-#include "Platform/Freedesktop/SessionBus/BusSignal.h"
-#include "Platform/Freedesktop/Windowing/X11Display.h"
+#include "Platform/Freedesktop/Bus/BusSignal.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 #include "Platform/Views/WindowServer.h"
 
 #include <QDBusConnectionInterface>

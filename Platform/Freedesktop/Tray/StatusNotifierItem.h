@@ -3,7 +3,7 @@
 #include "Platform/Desktop/StatusBar.h"
 #include "Platform/Freedesktop/Tray/DBusMenu.h"
 #include "Platform/Freedesktop/Tray/XEmbedIcon.h"
-#include "Platform/Freedesktop/Windowing/BarPixels.h"
+#include "Platform/Freedesktop/Windowing/X11/BarPixels.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>

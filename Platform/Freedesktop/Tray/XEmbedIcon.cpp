@@ -1,8 +1,8 @@
 #include "Platform/Freedesktop/Tray/XEmbedIcon.h"
 
 #include "Platform/Desktop/StatusBar.h"
-#include "Platform/Freedesktop/Windowing/BarPixels.h"
-#include "Platform/Freedesktop/Windowing/X11Display.h"
+#include "Platform/Freedesktop/Windowing/X11/BarPixels.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
 #include <QGuiApplication>
 #include <QPainter>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Freedesktop/Bus/DBusLink.h"
+#include "Platform/Link/DBus/DBusLink.h"
 #include "Tests/Support/EnvironmentVariable.h"
 #include "Tests/Support/FakeEnds.h"
 #include "Tests/Support/ManualRunLoop.h"

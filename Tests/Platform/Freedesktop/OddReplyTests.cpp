@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Bus/MessageSieve.h"
+#include "Platform/Link/DBus/MessageSieve.h"
 #include "Shared/EndPointHandling.h"
 #include "Tests/Platform/Freedesktop/LinkTest.h"
 #include "Tests/Support/ProcessFigures.h"

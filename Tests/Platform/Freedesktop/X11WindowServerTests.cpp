@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Windowing/X11WindowServer.h"
+#include "Platform/Freedesktop/Windowing/X11/X11WindowServer.h"
 #include "Tests/Support/QtTest.h"
 
 #include <QLocale>

@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Windowing/LayerShell.h"
+#include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
 
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "layer-shell-client-protocol.h"

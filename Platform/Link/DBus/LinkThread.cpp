@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Bus/LinkThread.h"
+#include "Platform/Link/DBus/LinkThread.h"
 
 #include "Platform/Foundation/FatalError.h"
 

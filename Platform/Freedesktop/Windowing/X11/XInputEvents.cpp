@@ -1,6 +1,6 @@
-#include "Platform/Freedesktop/Windowing/XInputEvents.h"
+#include "Platform/Freedesktop/Windowing/X11/XInputEvents.h"
 
-#include "Platform/Freedesktop/Windowing/X11Display.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 #include "Platform/Views/View.h"
 
 #include <QApplication>

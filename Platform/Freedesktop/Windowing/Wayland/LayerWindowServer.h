@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Freedesktop/Windowing/CaughtPresses.h"
-#include "Platform/Freedesktop/Windowing/LayerShell.h"
+#include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
 #include "Platform/Views/WindowServer.h"
 
 #include <QEvent>

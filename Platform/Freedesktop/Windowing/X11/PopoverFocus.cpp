@@ -1,6 +1,6 @@
-#include "Platform/Freedesktop/Windowing/PopoverFocus.h"
+#include "Platform/Freedesktop/Windowing/X11/PopoverFocus.h"
 
-#include "Platform/Freedesktop/Windowing/X11Display.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
 #include <QEvent>
 #include <QWindow>

@@ -1,12 +1,12 @@
-#include "Platform/Freedesktop/Windowing/X11WindowServer.h"
+#include "Platform/Freedesktop/Windowing/X11/X11WindowServer.h"
 
 #include "Platform/Foundation/CurrentLocale.h"
-#include "Platform/Freedesktop/Windowing/PopoverFocus.h"
+#include "Platform/Freedesktop/Windowing/X11/PopoverFocus.h"
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
-#include "Platform/Freedesktop/Windowing/X11Bars.h"
-#include "Platform/Freedesktop/Windowing/X11Display.h"
-#include "Platform/Freedesktop/Windowing/XPressCatcher.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Bars.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Display.h"
+#include "Platform/Freedesktop/Windowing/X11/XPressCatcher.h"
 
 #include <QCursor>
 #include <QGuiApplication>

@@ -1,10 +1,10 @@
-#include "Platform/Freedesktop/Bus/DBusListener.h"
+#include "Platform/Link/DBus/DBusListener.h"
 
 #include "Platform/Foundation/Directories.h"
 #include "Platform/Foundation/RunLoop.h"
-#include "Platform/Freedesktop/Bus/DBusExport.h"
-#include "Platform/Freedesktop/Bus/DBusWire.h"
-#include "Platform/Freedesktop/Bus/LocalSocket.h"
+#include "Platform/Link/DBus/DBusExport.h"
+#include "Platform/Link/DBus/DBusWire.h"
+#include "Platform/Link/DBus/LocalSocket.h"
 
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>

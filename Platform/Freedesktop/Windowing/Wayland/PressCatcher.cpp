@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Windowing/PressCatcher.h"
+#include "Platform/Freedesktop/Windowing/Wayland/PressCatcher.h"
 
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 

@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Windowing/X11Display.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
 #include <QGuiApplication>
 #include <xcb/xcb.h>

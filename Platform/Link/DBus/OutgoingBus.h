@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Platform/Foundation/RunLoop.h"
-#include "Platform/Freedesktop/Bus/DBusWire.h"
-#include "Platform/Freedesktop/Bus/Inlet.h"
-#include "Platform/Freedesktop/Bus/LinkThread.h"
-#include "Platform/Freedesktop/Bus/WaitingCalls.h"
+#include "Platform/Link/DBus/DBusWire.h"
+#include "Platform/Link/DBus/Inlet.h"
+#include "Platform/Link/DBus/LinkThread.h"
+#include "Platform/Link/DBus/WaitingCalls.h"
 #include "Platform/Link/Link.h"
 
 #include <systemd/sd-bus.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Freedesktop/Bus/DBusWire.h"
-#include "Platform/Freedesktop/Bus/MessageSieve.h"
+#include "Platform/Link/DBus/DBusWire.h"
+#include "Platform/Link/DBus/MessageSieve.h"
 
 #include <cstdint>
 #include <memory>

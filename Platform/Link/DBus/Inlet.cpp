@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Bus/Inlet.h"
+#include "Platform/Link/DBus/Inlet.h"
 
 #include <systemd/sd-event.h>
 

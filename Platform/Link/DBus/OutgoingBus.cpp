@@ -1,6 +1,6 @@
-#include "Platform/Freedesktop/Bus/OutgoingBus.h"
+#include "Platform/Link/DBus/OutgoingBus.h"
 
-#include "Platform/Freedesktop/Bus/LocalSocket.h"
+#include "Platform/Link/DBus/LocalSocket.h"
 
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>

@@ -1,6 +1,6 @@
-#include "Platform/Freedesktop/Windowing/XPressCatcher.h"
+#include "Platform/Freedesktop/Windowing/X11/XPressCatcher.h"
 
-#include "Platform/Freedesktop/Windowing/X11Display.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
 #include <QGuiApplication>
 #include <QMouseEvent>

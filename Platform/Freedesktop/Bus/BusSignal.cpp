@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/SessionBus/BusSignal.h"
+#include "Platform/Freedesktop/Bus/BusSignal.h"
 
 #include "Platform/Foundation/FatalError.h"
 

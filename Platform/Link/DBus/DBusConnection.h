@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Freedesktop/Bus/OutgoingBus.h"
+#include "Platform/Link/DBus/OutgoingBus.h"
 #include "Platform/Link/Link.h"
 
 #include <functional>

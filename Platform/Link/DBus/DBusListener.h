@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Freedesktop/Bus/LinkThread.h"
+#include "Platform/Link/DBus/LinkThread.h"
 #include "Platform/Link/Link.h"
 
 #include <memory>

@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Bus/DBusConnection.h"
+#include "Platform/Link/DBus/DBusConnection.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Bus/MessageSieve.h"
+#include "Platform/Link/DBus/MessageSieve.h"
 
 #include <algorithm>
 #include <cstdint>

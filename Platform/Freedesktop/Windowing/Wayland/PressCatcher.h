@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Freedesktop/Windowing/LayerShell.h"
+#include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
 
 #include <QPoint>
 #include <QWindow>

@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Bus/LocalSocket.h"
+#include "Platform/Link/DBus/LocalSocket.h"
 
 #include <cerrno>
 #include <cstddef>

@@ -1,8 +1,8 @@
-#include "Platform/Freedesktop/Windowing/BarPixels.h"
+#include "Platform/Freedesktop/Windowing/X11/BarPixels.h"
 
 #include "Platform/Desktop/Appearance.h"
-#include "Platform/Freedesktop/Windowing/X11Bars.h"
-#include "Platform/Freedesktop/Windowing/X11Display.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Bars.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
 #include <QCoreApplication>
 #include <QPainter>

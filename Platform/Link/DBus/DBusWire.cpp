@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Bus/DBusWire.h"
+#include "Platform/Link/DBus/DBusWire.h"
 
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>

@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Bus/DBusExport.h"
+#include "Platform/Link/DBus/DBusExport.h"
 
 #include <systemd/sd-bus.h>
 

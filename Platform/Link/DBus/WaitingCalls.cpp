@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Bus/WaitingCalls.h"
+#include "Platform/Link/DBus/WaitingCalls.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,8 +1,8 @@
-#include "Platform/Freedesktop/Windowing/LayerWindowServer.h"
+#include "Platform/Freedesktop/Windowing/Wayland/LayerWindowServer.h"
 
 #include "Platform/Foundation/CurrentLocale.h"
 #include "Platform/Freedesktop/Windowing/BarGuess.h"
-#include "Platform/Freedesktop/Windowing/PressCatcher.h"
+#include "Platform/Freedesktop/Windowing/Wayland/PressCatcher.h"
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
 

@@ -1,6 +1,6 @@
-#include "Platform/Freedesktop/Windowing/X11Bars.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Bars.h"
 
-#include "Platform/Freedesktop/Windowing/X11Display.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
 #include <QImage>
 #include <xcb/xcb.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Freedesktop/Bus/DBusWire.h"
+#include "Platform/Link/DBus/DBusWire.h"
 #include "Platform/Link/Link.h"
 
 #include <systemd/sd-bus.h>

@@ -1,8 +1,8 @@
-#include "Platform/Freedesktop/Bus/DBusLink.h"
+#include "Platform/Link/DBus/DBusLink.h"
 
-#include "Platform/Freedesktop/Bus/DBusConnection.h"
-#include "Platform/Freedesktop/Bus/DBusListener.h"
-#include "Platform/Freedesktop/Bus/LinkThread.h"
+#include "Platform/Link/DBus/DBusConnection.h"
+#include "Platform/Link/DBus/DBusListener.h"
+#include "Platform/Link/DBus/LinkThread.h"
 
 #include <systemd/sd-bus.h>
 
