@@ -16,19 +16,24 @@ class CommunicationProxy final : public RemoteObject, public Communication {
   public:
     explicit CommunicationProxy(std::shared_ptr<Channel> channel) : channel(std::move(channel)) {}
 
-    void openMeetingWithId(const std::string& id) override { channel->request("openMeetingWithId", {id}); }
+    void openMeetingWithId(const std::string& id, Undelivered undelivered) override {
+        channel->request("openMeetingWithId", {id}, std::move(undelivered));
+    }
 
-    void createNewMeeting() override { channel->request("createNewMeeting", {}); }
+    void createNewMeeting(Undelivered undelivered) override {
+        channel->request("createNewMeeting", {}, std::move(undelivered));
+    }
 
-    void displaySyncing() override { channel->request("displaySyncing", {}); }
+    void displaySyncing() override { channel->request("displaySyncing", {}, nullptr); }
 
-    void displayNotSyncing() override { channel->request("displayNotSyncing", {}); }
+    void displayNotSyncing() override { channel->request("displayNotSyncing", {}, nullptr); }
 
     void fetchUpcomingMeetings(MeetingsReply reply) override {
-        channel->call("fetchUpcomingMeetings", {}, [reply = std::move(reply)](Value value) {
+        const auto answered = [reply = std::move(reply)](Value value) {
             auto* list = std::get_if<std::vector<Dictionary>>(&value);
             reply(list ? Meetings(std::move(*list)) : std::nullopt);
-        });
+        };
+        channel->call("fetchUpcomingMeetings", {}, answered, limit);
     }
 
   private:
@@ -46,19 +51,18 @@ RemoteInterface communicationInterface() {
 ExportedInterface exportedCommunication(Communication& implementation) {
     using Method = ExportedInterface::Method;
     using Result = ExportedInterface::Result;
-    const auto plain = [&implementation](void (Communication::*operation)()) {
-        return Method{0, Result::Nothing,
-                      [&implementation, operation](const Arguments&, const Answer& answer) {
-                          (implementation.*operation)();
+    const auto plain = [](auto operation) {
+        return Method{0, Result::Nothing, [operation](const Arguments&, const Answer& answer) {
+                          operation();
                           answer({});
                       }};
     };
     const Method open{1, Result::Nothing,
                       [&implementation](const Arguments& arguments, const Answer& answer) {
-                          implementation.openMeetingWithId(arguments.front());
+                          implementation.openMeetingWithId(arguments.front(), nullptr);
                           answer({});
                       }};
-    const Method fetch{0, Result::MeetingList, [&implementation](const Arguments&, const Answer& answer) {
+    const Method fetch{0, Result::Dictionaries, [&implementation](const Arguments&, const Answer& answer) {
                            implementation.fetchUpcomingMeetings([answer](Communication::Meetings meetings) {
                                answer(meetings ? Value(std::move(*meetings)) : Value());
                            });
@@ -66,17 +70,10 @@ ExportedInterface exportedCommunication(Communication& implementation) {
     return {communicationPath,
             communicationName,
             {{"openMeetingWithId", open},
-             {"createNewMeeting", plain(&Communication::createNewMeeting)},
+             {"createNewMeeting", plain([&implementation] { implementation.createNewMeeting(nullptr); })},
              {"fetchUpcomingMeetings", fetch},
-             {"displaySyncing", plain(&Communication::displaySyncing)},
-             {"displayNotSyncing", plain(&Communication::displayNotSyncing)}}};
-}
-
-void repeatRequest(const Connection::Undelivered& request, Communication& target) {
-    const auto served = exportedCommunication(target);
-    const auto method = served.methods.find(request.method);
-    if (method != served.methods.end() && method->second.argumentCount == request.arguments.size())
-        method->second.handler(request.arguments, [](const Value&) {});
+             {"displaySyncing", plain([&implementation] { implementation.displaySyncing(); })},
+             {"displayNotSyncing", plain([&implementation] { implementation.displayNotSyncing(); })}}};
 }
 
 } // namespace velloren

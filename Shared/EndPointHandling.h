@@ -9,7 +9,7 @@
 namespace velloren {
 
 /// The registry of listener endpoints, served by the background agent under its bundle identifier. The calls
-/// return at once; what comes back comes on the link's thread.
+/// return at once; what comes back comes later.
 class EndPointHandling {
   public:
     using Stored = std::function<void(bool stored)>;

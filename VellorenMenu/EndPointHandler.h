@@ -9,17 +9,14 @@
 namespace velloren {
 
 /// One short-lived connection to the registry of listener endpoints, for one call: whoever makes a handler
-/// keeps it until that call is sent or, where its reply matters, until the reply is there. Made on the main
-/// thread; the last owner may release it on any.
+/// keeps it until that call is sent or, where its reply matters, until the reply is there. Main thread only.
 class EndPointHandler {
   public:
-    enum class WithoutBus { StopsProcess, HasNoProxy };
-
-    explicit EndPointHandler(Link& link, WithoutBus withoutBus = WithoutBus::StopsProcess);
+    explicit EndPointHandler(Link& link);
 
     std::string serviceName;
-    std::unique_ptr<Connection> agentConnection; ///< none without a bus
-    /// None when the registry's proxy is not an `EndPointHandling`, and without a bus.
+    std::unique_ptr<Connection> agentConnection;
+    /// None when the registry's proxy is not an `EndPointHandling`.
     std::shared_ptr<EndPointHandling> remoteObjectProxy;
 
     /// A printed form for log lines.

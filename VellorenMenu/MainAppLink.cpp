@@ -18,12 +18,38 @@ namespace {
 constexpr std::int64_t lastAttempt = 9;
 constexpr double retryDelay = 0.5; // seconds
 
+constexpr auto exists = "XPC connection to main app exists. ";
+constexpr auto doesNotExist = "XPC connection to main app doesn't exist. ";
+constexpr auto isSent = " operation is immediately sent to Agent, waiting for main app to receive...";
+constexpr auto isRecorded = " operation is recorded, waiting for main app to launch...";
+
 constexpr auto checkFunction = "checkIfMainAppCallerConnectionEstablishedAndRetryIfNot()";
 constexpr auto setupFunction = "setupMainAppCallerConnection(completion:)";
 
 std::string printedCount(const Communication::Meetings& meetings) {
     return meetings ? "Optional(" + std::to_string(meetings->size()) + ")" : "nil";
 }
+
+/// The call that carries an operation out, as the log shows it.
+struct PrintedCall {
+    std::string operator()(const MainAppLink::CreateNewMeeting&) const { return "createNewMeeting()"; }
+
+    std::string operator()(const MainAppLink::OpenMeeting& operation) const {
+        return "openMeeting(withId: " + operation.id + ")";
+    }
+};
+
+/// Makes that call.
+struct Call {
+    Communication& proxy;
+    Communication::Undelivered undelivered;
+
+    void operator()(const MainAppLink::CreateNewMeeting&) const { proxy.createNewMeeting(undelivered); }
+
+    void operator()(const MainAppLink::OpenMeeting& operation) const {
+        proxy.openMeetingWithId(operation.id, undelivered);
+    }
+};
 
 } // namespace
 
@@ -148,6 +174,49 @@ void MainAppLink::fetchMeetings(MeetingsCompletion completion) {
                                            delegateFunction(function));
             completion(std::move(meetings));
         });
+}
+
+void MainAppLink::createNewMeeting() {
+    perform(CreateNewMeeting{}, "Create new meeting", delegateFunction("createNewMeeting()"));
+}
+
+void MainAppLink::openMeeting(const std::string& id) {
+    perform(OpenMeeting{id}, "Open meeting " + id, delegateFunction("openMeeting"));
+}
+
+void MainAppLink::perform(const Operation& operation, const std::string& name, const LogOrigin& origin) {
+    if (mainAppCallerConnection) {
+        Logger::sharedInstance().info(exists + name + isSent, origin);
+        send(operation);
+        return;
+    }
+    Logger::sharedInstance().info(doesNotExist + name + isRecorded, origin);
+    operationsQueue.push_back(operation);
+    VApp(VApp::main).launchIfNotRunning();
+}
+
+void MainAppLink::send(const Operation& operation) {
+    if (mainAppCallerProxy)
+        std::visit(Call{*mainAppCallerProxy, [this, operation] { undelivered.push_back(operation); }},
+                   operation);
+}
+
+void MainAppLink::takeBackUndelivered() {
+    if (!mainAppCallerConnection)
+        return;
+    mainAppCallerConnection->giveBack();
+    operationsQueue.insert(operationsQueue.begin(), undelivered.begin(), undelivered.end());
+    undelivered.clear();
+}
+
+void MainAppLink::sendDelayedOperationsToMainApp() {
+    while (!operationsQueue.empty()) {
+        const Operation operation = std::move(operationsQueue.front());
+        operationsQueue.pop_front();
+        Logger::sharedInstance().debug("Velloren Menu agent?." + std::visit(PrintedCall(), operation),
+                                       delegateFunction("sendDelayedOperationsToMainApp()"));
+        send(operation);
+    }
 }
 
 } // namespace velloren

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Link/Link.h"
+#include "Services/VLogger.h"
 #include "Shared/Communication.h"
 
 #include <cstdint>
@@ -9,6 +10,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
+#include <vector>
 
 namespace velloren {
 
@@ -44,8 +47,8 @@ class MainAppLink {
     /// The same for creating a meeting.
     void createNewMeeting();
 
-    /// Asks the main app for its meetings. `completion` gets its answer, none when that is no list, on the
-    /// link's thread; it is never called when the main app is not connected or does not answer.
+    /// Asks the main app for its meetings. `completion` gets its answer, none when that is no list; it is
+    /// never called when the main app is not connected or does not answer.
     void fetchMeetings(MeetingsCompletion completion);
 
     /// Tries to connect now and every half second, until there is a connection or ten attempts were made
@@ -80,15 +83,18 @@ class MainAppLink {
     std::int64_t autoRetryConnectionAttempt = 0;
 
   private:
-    class GivenBack;
-
     void connectToMainApp(const std::shared_ptr<EndPointHandler>& handler, const Endpoint& endpoint,
                           const Completion& completion);
     Connection::Handler clearUpAfter(const char* event);
     void takeBackUndelivered();
-    void deferUntilMainAppRuns(Operation operation);
+    /// Sends the operation, which is `name` in the log, now or once the main app was launched.
+    void perform(const Operation& operation, const std::string& name, const LogOrigin& origin);
+    /// Without a proxy the operation is dropped.
+    void send(const Operation& operation);
 
     Link& processLink;
+    /// What the connection just gave back, oldest first.
+    std::vector<Operation> undelivered;
     std::uint64_t latestCheck = 0;
     std::uint64_t latestConnection = 0;
     /// What the counter was before the latest connection reset it.

@@ -110,8 +110,7 @@ void MenuAppDelegate::setupListeningForIncomingMethodCalls() {
 }
 
 void MenuAppDelegate::removeListenerEndpoint() {
-    // A session that ends takes the bus along, and with it whoever could be asked.
-    const EndPointHandler handler(link(), EndPointHandler::WithoutBus::HasNoProxy);
+    const EndPointHandler handler(link());
     if (handler.remoteObjectProxy)
         handler.remoteObjectProxy->removeListenerEndpoint(VApp(VApp::menu).bundleIdentifier());
 }

@@ -4,8 +4,6 @@ namespace velloren {
 
 namespace {
 
-constexpr std::size_t mostSent = 10'000; // more than that no agent takes
-
 Dictionary dictionaryOf(const Meeting& meeting) {
     Dictionary dictionary;
     for (const auto& [key, value] : {std::pair("id", &meeting.id), std::pair("title", &meeting.title),
@@ -16,26 +14,41 @@ Dictionary dictionaryOf(const Meeting& meeting) {
     return dictionary;
 }
 
+/// In bytes, of its texts.
+std::size_t sizeOf(const Dictionary& dictionary) {
+    std::size_t size = 0;
+    for (const auto& [key, value] : dictionary)
+        size += key.size() + std::get<std::string>(value).size();
+    return size;
+}
+
 } // namespace
 
-void MeetingService::openMeetingWithId(const std::string& id) {
+void MeetingService::openMeetingWithId(const std::string& id, Undelivered) {
     log.add("open " + id);
 }
 
-void MeetingService::createNewMeeting() {
+void MeetingService::createNewMeeting(Undelivered) {
     log.add("create");
 }
 
 void MeetingService::fetchUpcomingMeetings(MeetingsReply reply) {
     log.add("fetch");
-    const auto next = store.upcomingMeetings(true, mostSent);
+    const auto next = store.upcomingMeetings(true, limit.dictionaries);
     if (!next) {
         reply(std::nullopt);
         return;
     }
     std::vector<Dictionary> list;
-    for (const Meeting& meeting : next->first)
-        list.push_back(dictionaryOf(meeting));
+    std::size_t room = limit.bytes;
+    for (const Meeting& meeting : next->first) {
+        Dictionary dictionary = dictionaryOf(meeting);
+        const std::size_t size = sizeOf(dictionary);
+        if (size > room)
+            break; // what is more no agent takes
+        room -= size;
+        list.push_back(std::move(dictionary));
+    }
     reply(std::move(list));
 }
 

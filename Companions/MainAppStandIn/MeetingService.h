@@ -13,8 +13,8 @@ class MeetingService final : public Communication, public ListenerDelegate {
   public:
     MeetingService(RequestLog& log, MeetingStore& store) : log(log), store(store) {}
 
-    void openMeetingWithId(const std::string& id) override;
-    void createNewMeeting() override;
+    void openMeetingWithId(const std::string& id, Undelivered undelivered) override;
+    void createNewMeeting(Undelivered undelivered) override;
     void fetchUpcomingMeetings(MeetingsReply reply) override;
 
     void displaySyncing() override {}

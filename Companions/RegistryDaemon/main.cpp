@@ -1,11 +1,13 @@
 #include "Companions/RegistryDaemon/BusProcesses.h"
 #include "Companions/RegistryDaemon/Registry.h"
 #include "Platform/Link/DBus/DBusExport.h"
+#include "Platform/Link/DBus/DBusWire.h"
 #include "Shared/VApp.h"
 
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -67,9 +69,11 @@ int main() {
 
     BusProcesses processes(session.bus);
     Registry registry(processes);
-    const auto atOnce = [](const auto& task) { task(); };
-    const auto served = DBusExport::serve(session.bus, exportedEndPointHandling(registry), atOnce, atOnce);
-    sd_bus_add_filter(session.bus, nullptr, endsWithTheBus, session.loop);
+    const auto served = DBusExport::serve(session.bus, exportedEndPointHandling(registry));
+    if (!served)
+        return fail("the registry cannot be served", -ENOMEM);
+    if (const int error = sd_bus_add_filter(session.bus, nullptr, endsWithTheBus, session.loop); error < 0)
+        return fail("the end of the session bus cannot be followed", error);
 
     const std::string name = VApp(VApp::agent).bundleIdentifier();
     // Behind another instance it waits in line, and serves once that has gone.

@@ -13,18 +13,23 @@
 /// Calls between the product's processes. An `Endpoint` names a process's `Listener`; a `Connection` leads to
 /// an endpoint or to a named service and hands out proxies of the objects at its far end.
 ///
-/// Threads: connections and listeners are made, used and released on the main thread. Replies, error
-/// handlers, interruption and invalidation handlers run on the link's own thread, one after another: they may
-/// log and must hand everything else over to the main run loop. Nothing here ever waits for the far end.
+/// Main thread only. Replies and handlers run on the main run loop, never before the call that they belong to
+/// returns. Nothing here ever waits for the far end.
 namespace velloren {
 
 /// One entry of a dictionary that travelled over the link. Anything but a Boolean or a text arrives as none.
 using Scalar = std::variant<std::monostate, bool, std::string>;
 using Dictionary = std::map<std::string, Scalar, std::less<>>;
 
-/// What a call answers with. Anything but these arrives as none, and so does an answer that is too large or
-/// cannot be read to its end; texts are valid UTF-8, without noncharacters.
+/// What a call answers with. Anything but these arrives as none, and so does an answer that is larger than
+/// its limit or cannot be read to its end; texts are valid UTF-8, without noncharacters.
 using Value = std::variant<std::monostate, bool, std::string, std::vector<Dictionary>>;
+
+/// How much of an answer is read.
+struct AnswerLimit {
+    std::size_t dictionaries = 0;
+    std::size_t bytes = 65536; ///< of all its texts
+};
 
 /// Base of every proxy that a connection hands out. Which interface it serves is asked with `dynamic_cast`.
 class RemoteObject {
@@ -41,6 +46,8 @@ class Channel {
   public:
     using Arguments = std::vector<std::string>;
     using Reply = std::function<void(Value)>;
+    /// Runs when a request is given back by its connection: it did not get to the far end and never will.
+    using Undelivered = std::function<void()>;
 
     Channel() = default;
     Channel(const Channel&) = delete;
@@ -49,13 +56,13 @@ class Channel {
 
     /// Asks `method`. `reply` runs once when the far end answers, and never when it does not: it is missing,
     /// fails, takes too long, or the connection ends first. Such a failure goes to the proxy's error handler,
-    /// and so does an answer that cannot be read. Of the questions that wait for the connection to stand only
-    /// the latest few are kept.
-    virtual void call(const std::string& method, Arguments arguments, Reply reply) = 0;
+    /// and so does an answer that cannot be read.
+    virtual void call(const std::string& method, Arguments arguments, Reply reply,
+                      AnswerLimit limit = {}) = 0;
 
-    /// Asks for something to be done that must not get lost: until it was handed to the far end, it can be
-    /// taken back from the connection. Its failure after that goes to the proxy's error handler.
-    virtual void request(const std::string& method, Arguments arguments) = 0;
+    /// Asks for something to be done that must not get lost: until it was handed to the far end, the
+    /// connection can give it back. Its failure after that goes to the proxy's error handler.
+    virtual void request(const std::string& method, Arguments arguments, Undelivered undelivered) = 0;
 
     /// Calls `method` and awaits no answer; failures are not reported.
     virtual void send(const std::string& method, Arguments arguments) = 0;
@@ -68,18 +75,18 @@ struct RemoteInterface {
     std::function<std::shared_ptr<RemoteObject>(std::shared_ptr<Channel>)> makeProxy;
 };
 
-/// An interface that this process serves. Handlers run on the main thread.
+/// An interface that this process serves.
 struct ExportedInterface {
     using Answer = std::function<void(Value)>;
     using Handler = std::function<void(const Channel::Arguments&, const Answer&)>;
 
     /// What a method hands back; the wire form of each is fixed.
-    enum class Result { Nothing, Boolean, Text, MeetingList };
+    enum class Result { Nothing, Boolean, Text, Dictionaries };
 
     struct Method {
         std::size_t argumentCount = 0; ///< all of them texts
         Result result = Result::Nothing;
-        Handler handler; ///< calls the answer once; right away or later, on the main thread
+        Handler handler; ///< calls the answer once; right away or later
     };
 
     std::string objectPath;
@@ -94,12 +101,6 @@ struct ExportedInterface {
 /// its interruption and invalidation handlers do not start to run afterwards.
 class Connection {
   public:
-    /// A request that did not get to the far end.
-    struct Undelivered {
-        std::string method;
-        Channel::Arguments arguments;
-    };
-
     using Handler = std::function<void()>;
     using ErrorHandler = std::function<void(const std::string& error)>;
 
@@ -126,10 +127,11 @@ class Connection {
     [[nodiscard]] virtual std::shared_ptr<RemoteObject>
     remoteObjectProxyWithErrorHandler(ErrorHandler handler) = 0;
 
-    /// The requests that were not handed to the far end, oldest first: those that wait for it to let this
-    /// process in, and those made after the connection broke. They will not go out any more; questions that
-    /// wait fail. What is not taken back before the release of a connection that has ended, fails.
-    [[nodiscard]] virtual std::vector<Undelivered> takeBack() = 0;
+    /// Gives back the requests that were not handed to the far end, oldest first and before it returns: those
+    /// that wait for it to let this process in, and those made after the connection broke. They will not go
+    /// out any more; questions that wait fail. A connection that has ended fails at its release what it did
+    /// not give back.
+    virtual void giveBack() = 0;
 
     /// A printed form for log lines.
     [[nodiscard]] virtual std::string description() const = 0;
@@ -148,7 +150,7 @@ class IncomingConnection {
 
 class Listener;
 
-/// Decides about incoming connections; on the main thread.
+/// Decides about incoming connections.
 class ListenerDelegate {
   public:
     ListenerDelegate() = default;
@@ -176,7 +178,8 @@ class Listener {
     /// Starts to listen.
     virtual void resume() = 0;
 
-    /// Where others find this listener; none before it listens, or when it cannot (no runtime directory).
+    /// Where others find this listener; none before it listens, or when it cannot (no runtime directory, or
+    /// no room for a socket's name), which it says on standard error.
     [[nodiscard]] virtual std::optional<Endpoint> endpoint() const = 0;
 };
 
@@ -188,7 +191,8 @@ class Link {
     Link& operator=(const Link&) = delete;
     virtual ~Link() = default;
 
-    /// A connection of its own to the service of that name on the session bus; none when there is no bus.
+    /// A connection of its own to the service of that name on the session bus. Where that bus cannot be had,
+    /// or stands still, its calls fail.
     [[nodiscard]] virtual std::unique_ptr<Connection> connectionToService(const std::string& serviceName) = 0;
 
     [[nodiscard]] virtual std::unique_ptr<Connection> connectionToEndpoint(const Endpoint& endpoint) = 0;

@@ -12,6 +12,7 @@ namespace velloren {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::Optional;
 
 /// Who calls, and who has which name, as the test says.
@@ -122,6 +123,19 @@ TEST(RegistryDaemon, KnowsWhoCallsFromTheBus) {
     EXPECT_THAT(answerToAnother("retrieveListenerEndpoint", {"string:" + name}),
                 Optional(HasSubstr(endpoint)));
     sd_bus_flush_close_unref(owner);
+
+    ManualRunLoop::install();
+    std::optional<DBusLink> ending(std::in_place);
+    const auto connection = ending->connectionToService(name + ".agent");
+    connection->setRemoteObjectInterface(endPointHandlingInterface());
+    connection->resume();
+    std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy())
+        ->removeListenerEndpoint(name);
+    ending.reset();
+    EXPECT_THAT(answerToAnother("retrieveListenerEndpoint", {"string:" + name}),
+                Optional(Not(HasSubstr(endpoint))))
+        << "what was sent last gets there though its process ends";
+    SharedInstance<RunLoop>::reset();
 }
 
 TEST(RegistryDaemon, EndsWithItsSessionAndSaysWhenThereIsNone) {
@@ -130,7 +144,6 @@ TEST(RegistryDaemon, EndsWithItsSessionAndSaysWhenThereIsNone) {
     Process daemon({VELLOREN_AGENT}, {}, log);
     ASSERT_TRUE(ManualRunLoop().waitUntil([&] { return bus.hasOwner("com.velloren.velloren-mac.agent"); }));
     bus.stop();
-    EXPECT_EQ(DBusLink().connectionToService("com.velloren.velloren-mac.agent"), nullptr);
     EXPECT_EQ(daemon.wait(), 0);
     EXPECT_EQ(daemon.output(), "");
     Process late({VELLOREN_AGENT}, {}, log);

@@ -2,14 +2,14 @@
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/UserDefaults.h"
 #include "Platform/Foundation/Utf8.h"
-#include "Platform/Link/DBus/Inlet.h"
+#include "Platform/Link/DBus/DBusWire.h"
 #include "Services/Local/LocalMeetingStore.h"
 #include "Services/Local/LocalUserManager.h"
 #include "Services/Local/Text.h"
+#include "Shared/Communication.h"
 #include "VellorenMenu/DateTexts.h"
 
 #include <systemd/sd-bus.h>
-#include <systemd/sd-event.h>
 
 #include <array>
 #include <fstream>
@@ -39,11 +39,11 @@ void expectPlain(const std::optional<std::string>& text) {
 }
 
 int checkMessage(sd_bus_message* message, void*, sd_bus_error*) {
-    const auto value = wire::valueOf(*message).value_or(Value());
+    const auto value = wire::valueOf(*message, Communication::limit).value_or(Value());
     if (const auto* text = std::get_if<std::string>(&value))
         expectPlain(*text);
     if (const auto* list = std::get_if<std::vector<Dictionary>>(&value)) {
-        expect(list->size() <= 10000, "too many meetings");
+        expect(list->size() <= Communication::limit.dictionaries, "too many meetings");
         for (const auto& [key, field] : list->empty() ? Dictionary() : list->back())
             expectPlain(std::holds_alternative<std::string>(field) ? std::get<std::string>(field) : key);
     }
@@ -61,10 +61,8 @@ std::string replyWith(const std::string& body) {
 
 /// What a peer says once it has let this process in: messages, or the body of one after its signature.
 void replies(const std::string& bytes) {
-    static sd_event* loop = nullptr;
     std::array<int, 2> ends{};
-    if (bytes.empty() || (!loop && sd_event_new(&loop) < 0) ||
-        socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends.data()) != 0)
+    if (bytes.empty() || socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends.data()) != 0)
         return;
     const bool isStream = bytes.front() == 'l' || bytes.front() == 'B';
     const std::string said = "DATA\r\nOK 00000000000000000000000000000000\r\nAGREE_UNIX_FD\r\n" +
@@ -72,12 +70,10 @@ void replies(const std::string& bytes) {
     expect(write(ends[0], said.data(), said.size()) == ssize_t(said.size()), "the socket is full");
     shutdown(ends[0], SHUT_WR);
     sd_bus* bus = nullptr;
-    const auto inlet = Inlet::of(loop, ends[1]);
-    expect(inlet && sd_bus_new(&bus) >= 0 && sd_bus_set_fd(bus, inlet->takeReadingEnd(), ends[1]) >= 0 &&
-               sd_bus_start(bus) >= 0 && sd_bus_add_filter(bus, nullptr, &checkMessage, nullptr) >= 0 &&
-               sd_bus_attach_event(bus, loop, SD_EVENT_PRIORITY_NORMAL) >= 0,
+    expect(sd_bus_new(&bus) >= 0 && sd_bus_set_fd(bus, ends[1], ends[1]) >= 0 && sd_bus_start(bus) >= 0 &&
+               sd_bus_add_filter(bus, nullptr, &checkMessage, nullptr) >= 0,
            "no bus");
-    while (sd_event_run(loop, 0) > 0) {
+    while (sd_bus_process(bus, nullptr) > 0) {
     }
     sd_bus_close_unref(bus);
     close(ends[0]);

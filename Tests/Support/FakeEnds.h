@@ -41,9 +41,9 @@ class TestMainApp : public Communication {
     std::vector<MeetingsReply> withheld;
     bool withholds = false;
 
-    void openMeetingWithId(const std::string& id) override { requests.push_back("open " + id); }
+    void openMeetingWithId(const std::string& id, Undelivered) override { requests.push_back("open " + id); }
 
-    void createNewMeeting() override { requests.emplace_back("create"); }
+    void createNewMeeting(Undelivered) override { requests.emplace_back("create"); }
 
     void fetchUpcomingMeetings(MeetingsReply reply) override {
         requests.emplace_back("fetch");

@@ -12,8 +12,6 @@ namespace velloren {
 /// what the agent relies on; the whole of it is the business of the link over D-Bus.
 class FakeLink final : public Link {
   public:
-    /// No connection to a service can be made.
-    bool hasBus = true;
     /// Proxies serve no interface that anybody asks for.
     bool conforming = true;
     /// Whether there are listeners.
@@ -46,7 +44,7 @@ class FakeLink final : public Link {
     }
 
     std::unique_ptr<Connection> connectionToService(const std::string& serviceName) override {
-        return hasBus ? std::make_unique<FakeConnection>(*this, serviceName) : nullptr;
+        return std::make_unique<FakeConnection>(*this, serviceName);
     }
 
     std::unique_ptr<Connection> connectionToEndpoint(const Endpoint& endpoint) override {
@@ -67,37 +65,45 @@ class FakeLink final : public Link {
         std::vector<FakeConnection*> connected;
     };
 
+    struct Call {
+        std::string method;
+        Channel::Arguments arguments;
+        Channel::Reply reply;
+        Channel::Undelivered undelivered;
+    };
+
     /// The calls of a connection; they outlive it, as those of a real one do.
     struct FakeChannel final : Channel {
         explicit FakeChannel(std::shared_ptr<Far> far) : far(std::move(far)) {}
 
         std::shared_ptr<Far> far;
         bool stands = false;
-        std::deque<std::pair<Connection::Undelivered, Reply>> waiting;
+        std::deque<Call> waiting;
         Connection::ErrorHandler failed;
 
-        void call(const std::string& method, Arguments arguments, Reply reply) override {
-            waiting.emplace_back(Connection::Undelivered{method, std::move(arguments)}, std::move(reply));
+        void call(const std::string& method, Arguments arguments, Reply reply, AnswerLimit) override {
+            waiting.push_back({method, std::move(arguments), std::move(reply), nullptr});
             deliver();
         }
 
-        void request(const std::string& method, Arguments arguments) override {
-            call(method, std::move(arguments), [](const Value&) {});
+        void request(const std::string& method, Arguments arguments, Undelivered undelivered) override {
+            waiting.push_back({method, std::move(arguments), [](const Value&) {}, std::move(undelivered)});
+            deliver();
         }
 
         void send(const std::string& method, Arguments arguments) override {
-            request(method, std::move(arguments));
+            request(method, std::move(arguments), nullptr);
         }
 
         void deliver() {
             while (stands && !waiting.empty()) {
-                const auto [call, reply] = std::move(waiting.front());
+                const Call call = std::move(waiting.front());
                 waiting.pop_front();
                 const auto served = far->interface->methods.find(call.method);
                 if (served == far->interface->methods.end())
                     failed("org.freedesktop.DBus.Error.UnknownMethod: no such method");
                 else
-                    served->second.handler(call.arguments, reply);
+                    served->second.handler(call.arguments, call.reply);
             }
         }
     };
@@ -137,11 +143,11 @@ class FakeLink final : public Link {
             }
         }
 
-        std::vector<Undelivered> takeBack() override {
-            std::vector<Undelivered> requests;
-            for (auto& [request, reply] : std::exchange(channel->waiting, {}))
-                requests.push_back(std::move(request));
-            return requests;
+        void giveBack() override {
+            for (const Call& call : std::exchange(channel->waiting, {})) {
+                if (call.undelivered)
+                    call.undelivered();
+            }
         }
 
         std::shared_ptr<RemoteObject> remoteObjectProxy() override {

@@ -31,7 +31,7 @@ class MainAppLinkTest : public AgentTest {
         registerMainApp();
         delegate.autoRetryConnectionAttempt = 5;
         delegate.setupMainAppCallerConnection([this] { EXPECT_EQ(delegate.autoRetryConnectionAttempt, 0); });
-        EXPECT_EQ(delegate.mainAppCallerConnection, nullptr) << "the answer came on the link's thread";
+        EXPECT_EQ(delegate.mainAppCallerConnection, nullptr) << "it is made in its turn";
         loop.runPending();
         EXPECT_NE(delegate.mainAppCallerProxy, nullptr);
         log.clear();
@@ -72,7 +72,7 @@ TEST_F(MainAppConnection, IsClearedUpWhenItBreaksAndNotMadeAgainByItself) {
     delegate.setupMainAppCallerConnection([] { ADD_FAILURE() << "it stands already"; });
     log.clear();
     link.stop(endpoint);
-    EXPECT_NE(delegate.mainAppCallerConnection, nullptr) << "it broke on the link's thread";
+    EXPECT_NE(delegate.mainAppCallerConnection, nullptr) << "it goes in its turn";
     loop.advance(RunLoop::Seconds(60));
     EXPECT_THAT(log.lines,
                 ElementsAre(info("setupMainAppCallerConnection(completion:) XPC mainAppCallerConnection is "
@@ -82,6 +82,13 @@ TEST_F(MainAppConnection, IsClearedUpWhenItBreaksAndNotMadeAgainByItself) {
     EXPECT_EQ(delegate.mainAppCallerProxy, nullptr);
     EXPECT_EQ(registry.retrievals, 1);
     EXPECT_EQ(link.openConnections, 0);
+    EXPECT_EQ(delegate.autoRetryConnectionAttempt, 5) << "as many are left as there were";
+    link.serve(endpoint.address(), exportedCommunication(mainAppEnd));
+    connect();
+    delegate.resetAttempts();
+    link.stop(endpoint);
+    loop.runPending();
+    EXPECT_EQ(delegate.autoRetryConnectionAttempt, 0) << "all ten, for a main app that was just launched";
 }
 
 TEST_F(MainAppConnection, IsTriedTenTimesAfterTheLatestLaunchAlone) {
@@ -111,14 +118,12 @@ TEST_F(MainAppConnection, IsTriedTenTimesAtAnEndpointThatNobodyServes) {
     EXPECT_EQ(delegate.operationsQueue.size(), 1u);
 }
 
-TEST_F(MainAppConnection, NeedsTheMainThreadABusAndARegistryThatConforms) {
+TEST_F(MainAppConnection, NeedsTheMainThreadAndARegistryThatConforms) {
     const auto setup = [this] { delegate.setupMainAppCallerConnection(nullptr); };
     EXPECT_DEATH(std::thread(setup).join(), "fatal error: .* on the main thread only");
     link.conforming = false;
     setup();
     EXPECT_EQ(registry.retrievals, 0);
-    link.hasBus = false;
-    EXPECT_DEATH(setup(), "fatal error: the connection to com.velloren");
 }
 
 TEST_F(MainAppConnection, LogsTheErrorsOfItsProxyAndKeepsStanding) {

@@ -132,8 +132,6 @@ TEST_F(MenuAppDelegateTest, NeverRefusesToTerminateAndTakesItsEndpointOutOfTheRe
                             debug("applicationWillTerminate applicationWillTerminate")));
     EXPECT_FALSE(registry.endpoints.contains(menuAgent));
     EXPECT_EQ(delegate.applicationShouldTerminate("<Sender>"), MenuAppDelegate::TerminateReply::TerminateNow);
-    link.hasBus = false;
-    delegate.applicationWillTerminate();
 }
 
 TEST_F(MenuAppDelegateTest, DisplaysTheLatestSyncStateFromAnyThread) {

@@ -8,31 +8,38 @@ namespace {
 
 class DBusChannel final : public Channel {
   public:
-    DBusChannel(std::shared_ptr<OutgoingBus> bus, std::string service, const RemoteInterface& interface,
+    DBusChannel(std::shared_ptr<OutgoingBus> bus, const RemoteInterface& interface,
                 Connection::ErrorHandler failed)
-        : bus(std::move(bus)), service(std::move(service)), objectPath(interface.objectPath),
-          interface(interface.name), failed(std::move(failed)) {}
+        : bus(std::move(bus)), objectPath(interface.objectPath), interface(interface.name),
+          failed(std::move(failed)) {}
 
-    void call(const std::string& method, Arguments arguments, Reply reply) override {
-        bus->call({Kind::Question, service, objectPath, interface, method, std::move(arguments),
-                   std::move(reply), failed});
+    void call(const std::string& method, Arguments arguments, Reply reply, AnswerLimit limit) override {
+        OutgoingCall call = callOf(Kind::Question, method, std::move(arguments));
+        call.reply = std::move(reply);
+        call.limit = limit;
+        bus->call(std::move(call));
     }
 
-    void request(const std::string& method, Arguments arguments) override {
-        bus->call(
-            {Kind::Request, service, objectPath, interface, method, std::move(arguments), nullptr, failed});
+    void request(const std::string& method, Arguments arguments, Undelivered undelivered) override {
+        OutgoingCall call = callOf(Kind::Request, method, std::move(arguments));
+        call.undelivered = std::move(undelivered);
+        bus->call(std::move(call));
     }
 
     void send(const std::string& method, Arguments arguments) override {
-        bus->call(
-            {Kind::Notice, service, objectPath, interface, method, std::move(arguments), nullptr, nullptr});
+        OutgoingCall call = callOf(Kind::Notice, method, std::move(arguments));
+        call.failed = nullptr;
+        bus->call(std::move(call));
     }
 
   private:
     using Kind = OutgoingCall::Kind;
 
+    [[nodiscard]] OutgoingCall callOf(Kind kind, const std::string& method, Arguments arguments) const {
+        return {kind, objectPath, interface, method, std::move(arguments), failed};
+    }
+
     std::shared_ptr<OutgoingBus> bus;
-    std::string service;
     std::string objectPath;
     std::string interface;
     Connection::ErrorHandler failed;
@@ -40,14 +47,11 @@ class DBusChannel final : public Channel {
 
 } // namespace
 
-DBusConnection::DBusConnection(LinkThread& thread, std::shared_ptr<OutgoingBus> bus, std::string service,
-                               std::string description, Start start)
-    : thread(thread), bus(std::move(bus)), service(std::move(service)), printedForm(std::move(description)),
-      start(std::move(start)) {}
+DBusConnection::DBusConnection(std::shared_ptr<OutgoingBus> bus, std::string description)
+    : bus(std::move(bus)), printedForm(std::move(description)) {}
 
 DBusConnection::~DBusConnection() {
-    bus->handlers.forgetAll();
-    thread.post([bus = bus] { bus->release(); });
+    bus->release();
 }
 
 void DBusConnection::setRemoteObjectInterface(RemoteInterface newInterface) {
@@ -55,20 +59,20 @@ void DBusConnection::setRemoteObjectInterface(RemoteInterface newInterface) {
 }
 
 void DBusConnection::setInterruptionHandler(Handler handler) {
-    bus->handlers.set(ConnectionHandlers::Event::Interruption, std::move(handler));
+    bus->interruption = std::move(handler);
 }
 
 void DBusConnection::setInvalidationHandler(Handler handler) {
-    bus->handlers.set(ConnectionHandlers::Event::Invalidation, std::move(handler));
+    bus->invalidation = std::move(handler);
 }
 
 void DBusConnection::resume() {
-    if (const Start first = std::exchange(start, nullptr))
-        thread.post([bus = bus, first] { first(*bus); });
+    if (!std::exchange(isResumed, true))
+        bus->connect();
 }
 
-std::vector<Connection::Undelivered> DBusConnection::takeBack() {
-    return bus->takeBack();
+void DBusConnection::giveBack() {
+    bus->giveBack();
 }
 
 std::shared_ptr<RemoteObject> DBusConnection::remoteObjectProxy() {
@@ -78,7 +82,7 @@ std::shared_ptr<RemoteObject> DBusConnection::remoteObjectProxy() {
 std::shared_ptr<RemoteObject> DBusConnection::remoteObjectProxyWithErrorHandler(ErrorHandler handler) {
     if (!interface.makeProxy)
         return nullptr;
-    return interface.makeProxy(std::make_shared<DBusChannel>(bus, service, interface, std::move(handler)));
+    return interface.makeProxy(std::make_shared<DBusChannel>(bus, interface, std::move(handler)));
 }
 
 } // namespace velloren

@@ -1,6 +1,6 @@
 #include "Platform/Link/DBus/DBusExport.h"
 
-#include <systemd/sd-bus.h>
+#include "Platform/Link/DBus/DBusWire.h"
 
 #include <string>
 #include <string_view>
@@ -18,7 +18,7 @@ std::string_view signatureOf(Result result) {
         return "b";
     case Result::Text:
         return "s";
-    case Result::MeetingList:
+    case Result::Dictionaries:
         return "v";
     case Result::Nothing:
         break;
@@ -42,22 +42,32 @@ std::string introspectionOf(const ExportedInterface& interface) {
     return text + " </interface>\n</node>\n";
 }
 
+void answer(sd_bus_message& call, Result result, const Value& value) {
+    sd_bus_message* made = nullptr;
+    if (sd_bus_message_get_expect_reply(&call) <= 0 || sd_bus_message_new_method_return(&call, &made) < 0)
+        return;
+    const wire::Message reply(made);
+    if (wire::append(*reply, result, value))
+        sd_bus_send(nullptr, reply.get(), nullptr);
+    else
+        sd_bus_reply_method_errorf(&call, SD_BUS_ERROR_FAILED, "the answer cannot be sent");
+}
+
 } // namespace
 
-DBusExport::DBusExport(ExportedInterface interface, Queue handlers, Queue answers)
-    : interface(std::move(interface)), handlers(std::move(handlers)), answers(std::move(answers)) {}
+DBusExport::DBusExport(ExportedInterface interface, AfterAnswer afterAnswer)
+    : interface(std::move(interface)), afterAnswer(std::move(afterAnswer)) {}
 
 DBusExport::~DBusExport() {
     sd_bus_slot_unref(slot);
 }
 
-std::shared_ptr<DBusExport> DBusExport::serve(sd_bus* bus, ExportedInterface interface, Queue handlers,
-                                              Queue answers) {
-    std::shared_ptr<DBusExport> served(
-        new DBusExport(std::move(interface), std::move(handlers), std::move(answers)));
-    sd_bus_add_object(bus, &served->slot, served->interface.objectPath.c_str(), &DBusExport::received,
-                      served.get());
-    return served;
+std::unique_ptr<DBusExport> DBusExport::serve(sd_bus* bus, ExportedInterface interface,
+                                              AfterAnswer afterAnswer) {
+    std::unique_ptr<DBusExport> served(new DBusExport(std::move(interface), std::move(afterAnswer)));
+    const int added = sd_bus_add_object(bus, &served->slot, served->interface.objectPath.c_str(),
+                                        &DBusExport::received, served.get());
+    return added < 0 ? nullptr : std::move(served);
 }
 
 int DBusExport::received(sd_bus_message* call, void* self, sd_bus_error* error) {
@@ -77,37 +87,17 @@ int DBusExport::receive(sd_bus_message& call, sd_bus_error& error) {
     if (!arguments)
         return sd_bus_error_set(&error, SD_BUS_ERROR_INVALID_ARGS, "this method takes other arguments");
 
-    const std::uint64_t number = ++latest;
-    unanswered.emplace(number, sd_bus_message_ref(&call));
-    auto answerCall = [weak = weak_from_this(), answers = answers, number,
-                       result = method.result](Value value) {
-        answers([weak, number, result, value = std::move(value)] {
-            if (const auto self = weak.lock())
-                self->answer(number, result, value);
-        });
-    };
-    handlers([handler = method.handler, arguments = *arguments, answerCall = std::move(answerCall)] {
-        handler(arguments, answerCall);
+    const std::shared_ptr<sd_bus_message> kept(sd_bus_message_ref(&call), wire::Release());
+    method.handler(*arguments, [kept, result = method.result, after = afterAnswer](const Value& value) {
+        answer(*kept, result, value);
+        if (after)
+            after();
     });
     return 1;
 }
 
 int DBusExport::introspect(sd_bus_message& call) const {
     return sd_bus_reply_method_return(&call, "s", introspectionOf(interface).c_str());
-}
-
-void DBusExport::answer(std::uint64_t number, Result result, const Value& value) {
-    const auto call = unanswered.extract(number);
-    if (call.empty() || sd_bus_message_get_expect_reply(call.mapped().get()) <= 0)
-        return;
-    sd_bus_message* made = nullptr;
-    if (sd_bus_message_new_method_return(call.mapped().get(), &made) < 0)
-        return;
-    const wire::Message reply(made);
-    if (wire::append(*reply, result, value))
-        sd_bus_send(nullptr, reply.get(), nullptr);
-    else
-        sd_bus_reply_method_errorf(call.mapped().get(), SD_BUS_ERROR_FAILED, "the answer cannot be sent");
 }
 
 } // namespace velloren

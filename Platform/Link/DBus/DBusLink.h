@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Link/DBus/BusLoop.h"
+#include "Platform/Link/DBus/OutgoingBus.h"
 #include "Platform/Link/Link.h"
 
 #include <chrono>
@@ -7,11 +9,8 @@
 
 namespace velloren {
 
-class LinkThread;
-class BusConnections;
-
 /// The link over D-Bus: services on the session bus, each through a bus connection of its own, and endpoints
-/// as peers. Everything happens on one thread of the link's own, without ever waiting there for a peer.
+/// as peers. Outlives its connections and listeners.
 class DBusLink final : public Link {
   public:
     struct Options {
@@ -29,9 +28,11 @@ class DBusLink final : public Link {
     [[nodiscard]] std::unique_ptr<Listener> anonymousListener() override;
 
   private:
+    [[nodiscard]] std::shared_ptr<OutgoingBus> busTo(OutgoingBus::FarEnd farEnd);
+
     Options options;
-    std::shared_ptr<BusConnections> connections;
-    std::unique_ptr<LinkThread> thread;
+    BusLoop loop;
+    OutgoingBus::Keeper open;
 };
 
 } // namespace velloren

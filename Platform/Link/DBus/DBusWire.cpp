@@ -1,7 +1,8 @@
 #include "Platform/Link/DBus/DBusWire.h"
 
+#include "Platform/Foundation/Utf8.h"
+
 #include <systemd/sd-bus.h>
-#include <systemd/sd-event.h>
 
 #include <string_view>
 #include <utility>
@@ -10,94 +11,119 @@ namespace velloren::wire {
 
 namespace {
 
-constexpr auto meetingList = "aa{sv}";
-constexpr std::size_t mostMeetings = 10000;
-constexpr std::size_t mostFields = 10 * mostMeetings; // of all meetings together
-constexpr std::size_t longestText = 65536;            // bytes, of an answer that is one text
+constexpr auto dictionaries = "aa{sv}";
+constexpr std::size_t mostFields = 10; // of a dictionary, in the mean
 
-/// None when it cannot be read.
-std::optional<Scalar> scalarIn(sd_bus_message& message, std::string_view type) {
-    if (type == "s") {
+/// Reads an answer from its beginning to its end, within a limit. What is read is none when it breaks the
+/// rules, or the limit.
+class Reader {
+  public:
+    Reader(sd_bus_message& message, AnswerLimit limit)
+        : message(message), dictionariesLeft(limit.dictionaries), fieldsLeft(limit.dictionaries * mostFields),
+          bytesLeft(limit.bytes) {}
+
+    std::optional<std::string> text() {
         const char* text = nullptr;
-        if (sd_bus_message_read(&message, "v", "s", &text) <= 0)
+        if (sd_bus_message_read(&message, "s", &text) <= 0)
             return std::nullopt;
-        return std::string(text);
+        const std::string_view read = text;
+        if (read.size() > bytesLeft)
+            return std::nullopt;
+        bytesLeft -= read.size();
+        return std::string(read);
     }
-    if (type == "b") {
+
+    std::optional<bool> flag() {
         int flag = 0;
-        if (sd_bus_message_read(&message, "v", "b", &flag) <= 0)
-            return std::nullopt;
-        return flag != 0;
+        return sd_bus_message_read(&message, "b", &flag) > 0 ? std::optional(flag != 0) : std::nullopt;
     }
-    if (sd_bus_message_skip(&message, "v") < 0)
-        return std::nullopt;
-    return Scalar();
-}
 
-/// None when it cannot be read, or has more entries than there is `room` for, which it takes up.
-std::optional<Dictionary> dictionaryIn(sd_bus_message& message, std::size_t& room) {
-    Dictionary dictionary;
-    int entered = 0;
-    while ((entered = sd_bus_message_enter_container(&message, 'e', "sv")) > 0) {
-        const char* key = nullptr;
-        const char* type = nullptr;
-        if (room == 0 || sd_bus_message_read(&message, "s", &key) <= 0 ||
-            sd_bus_message_peek_type(&message, nullptr, &type) <= 0)
-            return std::nullopt;
-        auto scalar = scalarIn(message, type);
-        if (!scalar || sd_bus_message_exit_container(&message) <= 0)
-            return std::nullopt;
-        dictionary.insert_or_assign(key, std::move(*scalar));
-        --room;
+    /// The list that a variant holds; an empty value when it holds something else.
+    std::optional<Value> list() {
+        const std::string type = heldType();
+        Value value;
+        const bool whole = eachIn('v', type.c_str(), [&] {
+            return type == dictionaries ? dictionariesInto(value.emplace<std::vector<Dictionary>>()) : skip();
+        });
+        return whole ? std::optional(std::move(value)) : std::nullopt;
     }
-    return entered == 0 ? std::optional(std::move(dictionary)) : std::nullopt;
-}
 
-/// None when it cannot be read to its end, or holds too much.
-std::optional<std::vector<Dictionary>> listIn(sd_bus_message& message) {
-    if (sd_bus_message_enter_container(&message, 'v', meetingList) <= 0 ||
-        sd_bus_message_enter_container(&message, 'a', "a{sv}") <= 0)
-        return std::nullopt;
-    std::vector<Dictionary> list;
-    std::size_t room = mostFields;
-    int entered = 0;
-    while ((entered = sd_bus_message_enter_container(&message, 'a', "{sv}")) > 0) {
-        auto dictionary = list.size() < mostMeetings ? dictionaryIn(message, room) : std::nullopt;
-        if (!dictionary || sd_bus_message_exit_container(&message) <= 0)
-            return std::nullopt;
-        list.push_back(std::move(*dictionary));
+  private:
+    /// The type of what the next thing, a container, holds; empty when that cannot be read.
+    std::string heldType() {
+        const char* held = nullptr;
+        return sd_bus_message_peek_type(&message, nullptr, &held) > 0 && held ? held : "";
     }
-    const bool whole = entered == 0 && sd_bus_message_exit_container(&message) > 0 &&
-                       sd_bus_message_exit_container(&message) > 0;
-    return whole ? std::optional(std::move(list)) : std::nullopt;
-}
 
-/// The next thing in the message, when its signature is one that a method of the product answers with.
-std::optional<Value> valueIn(sd_bus_message& reply, std::string_view signature) {
-    if (signature == "s") {
-        const char* text = nullptr;
-        if (sd_bus_message_read(&reply, "s", &text) <= 0 || std::string_view(text).size() > longestText)
-            return std::nullopt;
-        return std::string(text);
+    bool dictionariesInto(std::vector<Dictionary>& list) {
+        return eachIn('a', "a{sv}",
+                      [&] { return dictionariesLeft-- > 0 && dictionaryInto(list.emplace_back()); });
     }
-    if (signature == "b") {
-        int flag = 0;
-        if (sd_bus_message_read(&reply, "b", &flag) <= 0)
-            return std::nullopt;
-        return flag != 0;
+
+    /// Enters a container and calls `read` until it is at its end; whether all went well.
+    template <class Read>
+    bool eachIn(char type, const char* contents, Read read) {
+        if (sd_bus_message_enter_container(&message, type, contents) <= 0)
+            return false;
+        int atEnd = 0;
+        while ((atEnd = sd_bus_message_at_end(&message, 0)) == 0) {
+            if (!read())
+                return false;
+        }
+        return atEnd > 0 && sd_bus_message_exit_container(&message) > 0;
     }
-    const char* held = nullptr;
-    if (sd_bus_message_peek_type(&reply, nullptr, &held) <= 0)
-        return std::nullopt;
-    if (std::string_view(held) != meetingList)
-        return sd_bus_message_skip(&reply, "v") < 0 ? std::nullopt : std::optional(Value());
-    auto list = listIn(reply);
-    return list ? std::optional<Value>(std::move(*list)) : std::nullopt;
-}
+
+    bool dictionaryInto(Dictionary& dictionary) {
+        return eachIn('a', "{sv}", [&] {
+            return fieldsLeft-- > 0 && eachIn('e', "sv", [&] { return fieldInto(dictionary); });
+        });
+    }
+
+    bool fieldInto(Dictionary& dictionary) {
+        const auto key = text();
+        auto value = key ? scalar() : std::nullopt;
+        if (value)
+            dictionary.insert_or_assign(*key, std::move(*value));
+        return value.has_value();
+    }
+
+    /// What a variant holds.
+    std::optional<Scalar> scalar() {
+        const std::string type = heldType();
+        std::optional<Scalar> scalar;
+        const bool whole = eachIn('v', type.c_str(), [&] {
+            if (type == "s")
+                scalar = text();
+            else if (type == "b")
+                scalar = flag();
+            else if (skip())
+                scalar.emplace();
+            return scalar.has_value();
+        });
+        return whole ? std::move(scalar) : std::nullopt;
+    }
+
+    /// Counts what it skips as fields: sd-bus' own way would take its time over a large array.
+    bool skip() {
+        char type = 0;
+        const char* contents = nullptr;
+        if (fieldsLeft-- == 0 || sd_bus_message_peek_type(&message, &type, &contents) <= 0)
+            return false;
+        if (!contents)
+            return sd_bus_message_skip(&message, nullptr) > 0;
+        return eachIn(type, std::string(contents).c_str(), [this] { return skip(); });
+    }
+
+    sd_bus_message& message;
+    std::size_t dictionariesLeft;
+    std::size_t fieldsLeft;
+    std::size_t bytesLeft;
+};
 
 bool appendScalar(sd_bus_message& message, const Scalar& scalar) {
     if (const auto* text = std::get_if<std::string>(&scalar))
-        return sd_bus_message_append(&message, "v", "s", text->c_str()) >= 0;
+        return sd_bus_message_open_container(&message, 'v', "s") >= 0 && wire::appendText(message, *text) &&
+               sd_bus_message_close_container(&message) >= 0;
     const bool* flag = std::get_if<bool>(&scalar);
     return sd_bus_message_append(&message, "v", "b", int(flag && *flag)) >= 0;
 }
@@ -106,17 +132,17 @@ bool appendDictionary(sd_bus_message& message, const Dictionary& dictionary) {
     bool good = sd_bus_message_open_container(&message, 'a', "{sv}") >= 0;
     for (const auto& [key, value] : dictionary) {
         good = good && sd_bus_message_open_container(&message, 'e', "sv") >= 0 &&
-               sd_bus_message_append(&message, "s", key.c_str()) >= 0 && appendScalar(message, value) &&
+               wire::appendText(message, key) && appendScalar(message, value) &&
                sd_bus_message_close_container(&message) >= 0;
     }
     return good && sd_bus_message_close_container(&message) >= 0;
 }
 
-bool appendMeetingList(sd_bus_message& message, const Value& value) {
+bool appendDictionaries(sd_bus_message& message, const Value& value) {
     const auto* list = std::get_if<std::vector<Dictionary>>(&value);
     if (!list)
         return sd_bus_message_append(&message, "v", "s", "") >= 0; // anything but a list says: none
-    bool good = sd_bus_message_open_container(&message, 'v', meetingList) >= 0 &&
+    bool good = sd_bus_message_open_container(&message, 'v', dictionaries) >= 0 &&
                 sd_bus_message_open_container(&message, 'a', "a{sv}") >= 0;
     for (const Dictionary& dictionary : *list)
         good = good && appendDictionary(message, dictionary);
@@ -130,16 +156,23 @@ void Release::operator()(sd_bus_message* message) const {
     sd_bus_message_unref(message);
 }
 
-void Release::operator()(sd_event_source* source) const {
-    sd_event_source_disable_unref(source);
+std::optional<Value> valueOf(sd_bus_message& reply, AnswerLimit limit) {
+    Reader reader(reply, limit);
+    const std::string_view signature = sd_bus_message_get_signature(&reply, 1);
+    std::optional<Value> value;
+    if (signature == "s")
+        value = reader.text();
+    else if (signature == "b")
+        value = reader.flag();
+    else if (signature == "v")
+        value = reader.list();
+    else
+        return Value();
+    return value && sd_bus_message_at_end(&reply, 1) > 0 ? std::move(value) : std::nullopt;
 }
 
-std::optional<Value> valueOf(sd_bus_message& reply) {
-    const std::string_view signature = sd_bus_message_get_signature(&reply, 1);
-    if (signature != "s" && signature != "b" && signature != "v")
-        return Value();
-    auto value = valueIn(reply, signature);
-    return value && sd_bus_message_at_end(&reply, 1) > 0 ? std::move(value) : std::nullopt;
+bool appendText(sd_bus_message& message, const std::string& text) {
+    return sd_bus_message_append(&message, "s", repairedText(text).c_str()) >= 0;
 }
 
 std::optional<Channel::Arguments> textsOf(sd_bus_message& call, std::size_t count) {
@@ -166,10 +199,10 @@ bool append(sd_bus_message& reply, ExportedInterface::Result result, const Value
     }
     case Result::Text: {
         const auto* text = std::get_if<std::string>(&value);
-        return sd_bus_message_append(&reply, "s", text ? text->c_str() : "") >= 0;
+        return appendText(reply, text ? *text : std::string());
     }
-    case Result::MeetingList:
-        return appendMeetingList(reply, value);
+    case Result::Dictionaries:
+        return appendDictionaries(reply, value);
     }
     return false;
 }

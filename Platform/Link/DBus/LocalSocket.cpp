@@ -5,7 +5,7 @@
 #include <cstring>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
+#include <utility>
 
 namespace velloren {
 
@@ -13,14 +13,14 @@ namespace {
 
 /// The socket, and what connect(2) said of it: 0 or the error.
 struct Attempt {
-    int descriptor;
+    UniqueDescriptor descriptor;
     int error;
 };
 
 Attempt attempt(const Endpoint& endpoint) {
-    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (descriptor < 0)
-        return {-1, errno};
+    UniqueDescriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!descriptor)
+        return {{}, errno};
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     const std::string& name = endpoint.socketName();
@@ -28,8 +28,9 @@ Attempt attempt(const Endpoint& endpoint) {
     // A path ends with a NUL; an abstract name is exactly as long as it is.
     const bool isPath = name.front() != '\0';
     const auto length = socklen_t(offsetof(sockaddr_un, sun_path) + name.size() + (isPath ? 1 : 0));
-    const bool connected = connect(descriptor, reinterpret_cast<const sockaddr*>(&address), length) == 0;
-    return {descriptor, connected ? 0 : errno};
+    const bool connected =
+        connect(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), length) == 0;
+    return {std::move(descriptor), connected ? 0 : errno};
 }
 
 /// Whether the error may be gone a little later: the listener's queue of connections is full, or something of
@@ -42,18 +43,14 @@ bool mayPass(int error) {
 } // namespace
 
 Reached reach(const Endpoint& endpoint) {
-    const auto [descriptor, error] = attempt(endpoint);
-    if (error == 0 && peerIsSameUser(descriptor))
-        return {Reached::Who::Listener, descriptor};
-    if (descriptor >= 0)
-        close(descriptor);
-    return {mayPass(error) ? Reached::Who::BusyListener : Reached::Who::Nobody};
+    auto [descriptor, error] = attempt(endpoint);
+    if (error == 0 && peerIsSameUser(descriptor.get()))
+        return {Reached::Who::Listener, std::move(descriptor)};
+    return {mayPass(error) ? Reached::Who::BusyListener : Reached::Who::Nobody, {}};
 }
 
 bool isListening(const Endpoint& endpoint) {
-    const auto [descriptor, error] = attempt(endpoint);
-    if (descriptor >= 0)
-        close(descriptor);
+    const int error = attempt(endpoint).error;
     return error == 0 || mayPass(error);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Platform/Link/Link.h"
+#include "Platform/Foundation/UniqueDescriptor.h"
+#include "Platform/Link/Endpoint.h"
 
 namespace velloren {
 
@@ -10,7 +11,7 @@ struct Reached {
     enum class Who { Listener, BusyListener, Nobody };
 
     Who who;
-    int descriptor = -1; ///< of the connected socket when there is a listener: the caller's to close
+    UniqueDescriptor descriptor; ///< of the connected socket when there is a listener
 };
 
 /// Connects a socket to the endpoint, without waiting.

@@ -1,15 +1,11 @@
 #include "Platform/Link/DBus/OutgoingBus.h"
 
+#include "Platform/Foundation/RunLoop.h"
 #include "Platform/Link/DBus/LocalSocket.h"
-
-#include <systemd/sd-bus.h>
-#include <systemd/sd-event.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <ctime>
-#include <malloc.h>
-#include <unistd.h>
+#include <ranges>
 #include <utility>
 
 namespace velloren {
@@ -22,18 +18,13 @@ constexpr std::chrono::milliseconds firstRetryDelay = 50ms;
 constexpr std::chrono::milliseconds longestRetryDelay = 2s;
 constexpr std::chrono::milliseconds longestFlush = 1s;
 
+constexpr auto notConnected = "org.freedesktop.DBus.Error.Disconnected: the connection is not there";
+constexpr auto connectionEnded = "org.freedesktop.DBus.Error.Disconnected: the connection ended";
+constexpr auto cannotBeSent = "org.freedesktop.DBus.Error.InvalidArgs: the call cannot be sent";
+constexpr auto cannotBeRead = "org.freedesktop.DBus.Error.InconsistentMessage: the answer cannot be read";
+
 std::uint64_t microseconds(std::chrono::milliseconds duration) {
     return std::uint64_t(std::chrono::microseconds(duration).count());
-}
-
-void fail(const OutgoingCall& call, const std::string& error) {
-    if (call.failed)
-        call.failed(error);
-}
-
-void failAll(const std::vector<OutgoingCall>& calls) {
-    for (const OutgoingCall& call : calls)
-        fail(call, "org.freedesktop.DBus.Error.Disconnected: the connection is not there");
 }
 
 /// Whether sd-bus says that there is nobody to send to any more.
@@ -54,48 +45,17 @@ void flushShortly(sd_bus* bus) {
     }
 }
 
-/// Once the answer that just arrived has gone: a large one leaves the process with memory that it does not
-/// need.
-void giveBackMemorySoon(LinkThread& thread, RunLoop& mainLoop) {
-    constexpr std::size_t worthwhile = std::size_t(4) << 20U;
-    thread.post([&mainLoop] {
-        mainLoop.post([] {
-            if (mallinfo2().fordblks > worthwhile)
-                malloc_trim(0);
-        });
-    });
+void fail(const OutgoingCall& call, const std::string& error) {
+    if (call.failed)
+        call.failed(error);
+}
+
+/// Whoever made the call may still be at it.
+void failLater(const OutgoingCall& call, const char* error) {
+    RunLoop::main().post([call, error] { fail(call, error); });
 }
 
 } // namespace
-
-void ConnectionHandlers::set(Event event, Connection::Handler handler) {
-    const std::scoped_lock lock(mutex);
-    (event == Event::Interruption ? interruption : invalidation) = std::move(handler);
-}
-
-void ConnectionHandlers::forgetAll() {
-    const std::scoped_lock lock(mutex);
-    ended = true;
-    interruption = nullptr;
-    invalidation = nullptr;
-}
-
-void ConnectionHandlers::happened(Event event) {
-    Connection::Handler handler;
-    {
-        const std::scoped_lock lock(mutex);
-        if (std::exchange(ended, true))
-            return;
-        handler = std::exchange(event == Event::Interruption ? interruption : invalidation, nullptr);
-    }
-    if (handler)
-        handler();
-}
-
-void BusConnections::closeAll() {
-    for (const auto& bus : std::exchange(open, {}))
-        bus->close();
-}
 
 /// A call on its way; sd-bus keeps it until the answer came or none will.
 struct OutgoingBus::Outstanding {
@@ -103,68 +63,57 @@ struct OutgoingBus::Outstanding {
     OutgoingCall call;
 };
 
-OutgoingBus::OutgoingBus(LinkThread& thread, RunLoop& mainLoop, BusConnections& connections,
-                         std::chrono::milliseconds callTimeout)
-    : thread(thread), mainLoop(mainLoop), connections(connections), callTimeout(callTimeout),
+OutgoingBus::OutgoingBus(BusLoop& loop, Keeper& keeper, FarEnd farEnd, std::chrono::milliseconds callTimeout)
+    : loop(loop), keeper(keeper), farEnd(std::move(farEnd)), callTimeout(callTimeout),
       retryDelay(firstRetryDelay) {}
 
 OutgoingBus::~OutgoingBus() {
     sd_bus_close_unref(bus);
 }
 
-void OutgoingBus::adopt(sd_bus* started) {
-    bus = started;
-    state = State::Established; // sd-bus keeps what is sent until the bus daemon has let it in
-    connections.add(shared_from_this());
-    if (!follow())
-        end();
+void OutgoingBus::connect() {
+    keeper.insert(shared_from_this());
+    isKept = true;
+    if (std::holds_alternative<std::string>(farEnd))
+        openService();
+    else
+        RunLoop::main().post([self = shared_from_this()] { self->attempt(); });
 }
 
-void OutgoingBus::connect(const Endpoint& newEndpoint) {
-    endpoint = newEndpoint;
-    connections.add(shared_from_this());
-    attempt();
+void OutgoingBus::openService() {
+    state = State::Established; // sd-bus keeps what is sent until the bus daemon has let it in
+    if (sd_bus_open_user_with_description(&bus, "velloren-link") >= 0 && follow())
+        loop.wakeUp();
+    else
+        RunLoop::main().post([self = shared_from_this()] { self->end(); });
 }
 
 void OutgoingBus::attempt() {
-    const Reached reached = reach(*endpoint);
+    if (state != State::Connecting)
+        return;
+    Reached reached = reach(std::get<Endpoint>(farEnd));
     if (reached.who == Reached::Who::Nobody)
         end();
-    else if (reached.who == Reached::Who::BusyListener || !open(reached.descriptor) || !follow())
+    else if (!open(std::move(reached.descriptor)) || !follow())
         attemptLater();
 }
 
-bool OutgoingBus::open(int descriptor) {
-    inlet = Inlet::of(thread.loop(), descriptor);
-    if (!inlet || sd_bus_new(&bus) < 0) {
-        ::close(descriptor);
+bool OutgoingBus::open(UniqueDescriptor connected) {
+    if (!connected || sd_bus_new(&bus) < 0 || sd_bus_set_fd(bus, connected.get(), connected.get()) < 0)
         return false;
-    }
-    const int readingEnd = inlet->takeReadingEnd();
-    if (sd_bus_set_fd(bus, readingEnd, descriptor) < 0) {
-        ::close(readingEnd);
-        ::close(descriptor);
-        return false;
-    }
+    (void)connected.release(); // the bus's now
     return sd_bus_set_connected_signal(bus, 1) >= 0 && sd_bus_start(bus) >= 0;
 }
 
 bool OutgoingBus::follow() {
+    loop.wakeUp();
     return sd_bus_add_filter(bus, nullptr, &OutgoingBus::received, this) >= 0 &&
-           sd_bus_attach_event(bus, thread.loop(), SD_EVENT_PRIORITY_NORMAL) >= 0;
+           sd_bus_attach_event(bus, loop.events(), SD_EVENT_PRIORITY_NORMAL) >= 0;
 }
 
 void OutgoingBus::attemptLater() {
-    dropBus();
-    const auto due = [](sd_event_source*, std::uint64_t, void* self) {
-        static_cast<OutgoingBus*>(self)->attempt();
-        return 0;
-    };
-    sd_event_source* source = nullptr;
-    if (sd_event_add_time_relative(thread.loop(), &source, CLOCK_MONOTONIC, microseconds(retryDelay), 0, due,
-                                   this) < 0)
-        return end();
-    retryTimer.reset(source);
+    bus = sd_bus_close_unref(bus);
+    RunLoop::main().postAfter(retryDelay, [self = shared_from_this()] { self->attempt(); });
     retryDelay = std::min(2 * retryDelay, longestRetryDelay);
 }
 
@@ -174,77 +123,78 @@ int OutgoingBus::received(sd_bus_message* message, void* data, sd_bus_error*) {
         self->state = State::Established;
         self->handOverWaiting();
     } else if (wire::isLocalSignal(*message, "Disconnected")) {
-        self->disconnected();
+        // Later: the bus that tells of it is still at work.
+        RunLoop::main().post([self = self->shared_from_this()] { self->disconnected(); });
     }
     return 0;
 }
 
 void OutgoingBus::disconnected() {
-    if (state != State::Connecting)
-        return end();
-    thread.post([self = shared_from_this()] {
-        if (self->state == State::Connecting)
-            self->attemptLater();
-    });
+    if (state == State::Connecting)
+        attemptLater();
+    else
+        end();
 }
 
 void OutgoingBus::end() {
-    using Event = ConnectionHandlers::Event;
+    if (state == State::Ended)
+        return;
     const State before = std::exchange(state, State::Ended);
     for (const Outstanding* unanswered : std::exchange(outstanding, {}))
-        fail(unanswered->call, "org.freedesktop.DBus.Error.Disconnected: the connection ended");
+        failLater(unanswered->call, connectionEnded);
     handOverWaiting();
-    handlers.happened(before == State::Established ? Event::Interruption : Event::Invalidation);
-    thread.post([self = shared_from_this()] { self->close(); });
+    RunLoop::main().post([self = shared_from_this(), before] {
+        auto& handler = before == State::Established ? self->interruption : self->invalidation;
+        if (const auto last = std::exchange(handler, nullptr))
+            last();
+    });
+    close();
 }
 
 void OutgoingBus::call(OutgoingCall call) {
-    if (auto tooMany = waiting.add(std::move(call)))
-        thread.post([call = std::move(*tooMany)] {
-            fail(call, "org.freedesktop.DBus.Error.LimitsExceeded: too many calls wait");
-        });
-    thread.post([self = shared_from_this()] { self->handOverWaiting(); });
+    waiting.push_back(std::move(call));
+    handOverWaiting();
 }
 
-std::vector<Connection::Undelivered> OutgoingBus::takeBack() {
-    std::vector<Connection::Undelivered> requests;
-    for (OutgoingCall& call : waiting.takeRequests())
-        requests.push_back({std::move(call.method), std::move(call.arguments)});
-    thread.post([others = waiting.takeOthers()] { failAll(others); });
-    return requests;
+void OutgoingBus::giveBack() {
+    for (const OutgoingCall& call : std::exchange(waiting, {})) {
+        if (call.kind != OutgoingCall::Kind::Request)
+            failLater(call, notConnected);
+        else if (call.undelivered)
+            call.undelivered();
+    }
 }
 
 void OutgoingBus::handOverWaiting() {
-    std::vector<std::function<void()>> failures; // told once the calls are open to others again
-    const auto isDone = [&](const OutgoingCall& call) {
-        const int result = send(call);
-        if (result < 0 && !isDisconnection(result))
-            failures.emplace_back(
-                [call] { fail(call, "org.freedesktop.DBus.Error.InvalidArgs: the call cannot be sent"); });
-        return !isDisconnection(result);
-    };
-    while (state == State::Established && waiting.handOverFirst(isDone)) {
+    while (state == State::Established && !waiting.empty()) {
+        const int result = send(waiting.front());
+        if (isDisconnection(result))
+            break; // the bus tells of its end in a moment
+        if (result < 0)
+            failLater(waiting.front(), cannotBeSent);
+        waiting.pop_front();
     }
-    for (const auto& tell : failures)
-        tell();
-    if (state == State::Ended)
-        failAll(waiting.takeOthers());
-    if (state == State::Ended && isReleased)
-        failAll(waiting.takeRequests());
+    if (state == State::Ended) {
+        const auto isLost = [this](const OutgoingCall& call) {
+            return isReleased || call.kind != OutgoingCall::Kind::Request;
+        };
+        for (const OutgoingCall& call : waiting | std::views::filter(isLost))
+            failLater(call, notConnected);
+        std::erase_if(waiting, isLost);
+    }
     closeSoonIfDone();
 }
 
 wire::Message OutgoingBus::messageFor(const OutgoingCall& call) const {
     sd_bus_message* made = nullptr;
-    const char* service = call.service.empty() ? nullptr : call.service.c_str();
-    if (sd_bus_message_new_method_call(bus, &made, service, call.objectPath.c_str(), call.interface.c_str(),
+    const auto* service = std::get_if<std::string>(&farEnd);
+    if (sd_bus_message_new_method_call(bus, &made, service ? service->c_str() : nullptr,
+                                       call.objectPath.c_str(), call.interface.c_str(),
                                        call.method.c_str()) < 0)
         return nullptr;
     wire::Message message(made);
     for (const std::string& argument : call.arguments) {
-        // The text ends at its first NUL for the wire: better no call than one about something else.
-        if (argument.find('\0') != std::string::npos ||
-            sd_bus_message_append(message.get(), "s", argument.c_str()) < 0)
+        if (!wire::appendText(*message, argument))
             return nullptr;
     }
     return message;
@@ -256,6 +206,7 @@ int OutgoingBus::send(const OutgoingCall& call) {
     const wire::Message message = messageFor(call);
     if (!message)
         return -EINVAL;
+    loop.wakeUp();
     if (call.kind != OutgoingCall::Kind::Notice)
         return ask(*message, call);
     const int silent = sd_bus_message_set_expect_reply(message.get(), 0);
@@ -284,38 +235,34 @@ int OutgoingBus::answered(sd_bus_message* message, void* data, sd_bus_error*) {
     if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
         fail(asked->call, std::string(error->name) + ": " + (error->message ? error->message : ""));
     } else if (asked->call.reply) {
-        const auto value = wire::valueOf(*message);
+        auto value = wire::valueOf(*message, asked->call.limit);
         if (!value)
-            fail(asked->call, "org.freedesktop.DBus.Error.InconsistentMessage: the answer cannot be read");
-        asked->call.reply(value.value_or(Value()));
-        giveBackMemorySoon(bus->thread, bus->mainLoop);
+            fail(asked->call, cannotBeRead);
+        asked->call.reply(std::move(value).value_or(Value()));
     }
     bus->closeSoonIfDone();
     return 0;
 }
 
 void OutgoingBus::release() {
+    interruption = invalidation = nullptr;
     isReleased = true;
     handOverWaiting();
 }
 
 void OutgoingBus::closeSoonIfDone() {
     if (isReleased && outstanding.empty() && waiting.empty())
-        thread.post([self = shared_from_this()] { self->close(); });
+        RunLoop::main().post([self = shared_from_this()] { self->close(); });
 }
 
 void OutgoingBus::close() {
-    retryTimer.reset();
-    if (!endpoint && bus)
+    if (!std::exchange(isKept, false))
+        return; // link and loop may be gone, too
+    if (bus && std::holds_alternative<std::string>(farEnd))
         flushShortly(bus);
     state = State::Ended;
-    dropBus();
-    connections.remove(shared_from_this());
-}
-
-void OutgoingBus::dropBus() {
     bus = sd_bus_close_unref(bus);
-    inlet.reset();
+    keeper.erase(shared_from_this());
 }
 
 } // namespace velloren

@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-
 namespace velloren {
 
 /// A main app that lets in whom it likes, and keeps the questions.
@@ -40,7 +38,13 @@ class LinkTest : public ::testing::Test {
 
     void TearDown() override { disconnect(); }
 
-    bool waitUntil(const std::function<bool()>& condition) { return loop.waitUntil(condition); }
+    /// Half an hour passes meanwhile, for those who try again.
+    bool waitUntil(const std::function<bool()>& condition) {
+        return loop.waitUntil([&] {
+            loop.advance(RunLoop::Seconds(0.1));
+            return condition();
+        });
+    }
 
     /// The main app listens at a fresh endpoint.
     void listen() {
@@ -71,6 +75,14 @@ class LinkTest : public ::testing::Test {
         near.reset();
     }
 
+    void open(const std::string& id) {
+        proxy->openMeetingWithId(id, [this, id] { returned.push_back("open " + id); });
+    }
+
+    void create() {
+        proxy->createNewMeeting([this] { returned.emplace_back("create"); });
+    }
+
     void fetchInVain() {
         proxy->fetchUpcomingMeetings([](const auto&) { ADD_FAILURE() << "there is no answer"; });
     }
@@ -86,9 +98,10 @@ class LinkTest : public ::testing::Test {
     std::unique_ptr<DBusLink> near;
     std::unique_ptr<Connection> connection;
     std::shared_ptr<Communication> proxy;
-    std::atomic<int> interruptions = 0;
-    std::atomic<int> invalidations = 0;
-    std::atomic<int> errors = 0;
+    std::vector<std::string> returned; ///< the requests that were given back
+    int interruptions = 0;
+    int invalidations = 0;
+    int errors = 0;
 };
 
 } // namespace velloren

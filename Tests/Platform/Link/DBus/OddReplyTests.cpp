@@ -1,10 +1,8 @@
-#include "Platform/Link/DBus/MessageSieve.h"
 #include "Shared/EndPointHandling.h"
-#include "Tests/Platform/Freedesktop/LinkTest.h"
+#include "Tests/Platform/Link/DBus/LinkTest.h"
 #include "Tests/Support/ProcessFigures.h"
 #include "Tests/Support/Socket.h"
 
-#include <future>
 #include <thread>
 #include <unistd.h>
 
@@ -94,22 +92,22 @@ class OddReply : public LinkTest {
     /// What arrives when a question for meetings is answered like that.
     Communication::Meetings meetingsIn(const std::string& signature, const std::string& body) {
         connectTo(signature, body);
-        std::promise<Communication::Meetings> answer;
-        proxy->fetchUpcomingMeetings([&](const auto& meetings) { answer.set_value(meetings); });
-        auto meetings = answer.get_future().get();
+        std::optional<Communication::Meetings> answer;
+        proxy->fetchUpcomingMeetings([&](const auto& meetings) { answer = meetings; });
+        EXPECT_TRUE(waitUntil([&] { return answer.has_value(); }));
         disconnect();
-        return meetings;
+        return answer.value_or(std::nullopt);
     }
 
     /// What arrives when a question for an endpoint is answered like that.
     std::optional<Endpoint> endpointIn(const std::string& signature, const std::string& body) {
         connectTo(signature, body);
-        std::promise<std::optional<Endpoint>> answer;
+        std::optional<std::optional<Endpoint>> answer;
         std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy())
-            ->retrieveListenerEndpoint("app", [&](const auto& found) { answer.set_value(found); });
-        auto endpoint = answer.get_future().get();
+            ->retrieveListenerEndpoint("app", [&](const auto& found) { answer = found; });
+        EXPECT_TRUE(waitUntil([&] { return answer.has_value(); }));
         disconnect();
-        return endpoint;
+        return answer.value_or(std::nullopt);
     }
 };
 
@@ -122,12 +120,13 @@ const std::vector<std::pair<std::string, std::string>> unreadable{
     {"v", listOf({"a", "b"}).replace(8, 1, "\x7f")},
     {"v", listOf({"a", "b"}).replace(8, 1, "\x14")},
     {"v", listOfEmpty(10001)},
-    {"v", listOfEmpty(MessageSieve::largestBody / 8 + 1)},
+    {"v", listOf({std::string(Communication::limit.bytes, 'a')})},
+    {"v", listOf({"a\xEF\xBF\xBE"})},
     {"v", Bytes().signature("s").number(9).text},
     {"s", ""},
     {"s", Bytes().string("\xff").text},
     {"s", Bytes().string("a\0b"s).text},
-    {"s", Bytes().string(std::string(100000, 'a')).text},
+    {"s", Bytes().string(std::string(Communication::limit.bytes + 1, 'a')).text},
     {"b", ""},
     {"b", "\1"}};
 
@@ -148,16 +147,13 @@ TEST_F(OddReply, ThatCannotBeReadIsAnErrorAndNoMeetingsAndNoEndpoint) {
     EXPECT_TRUE(endpointIn("s", Bytes().string("unix:path=/a").text));
 }
 
-TEST_F(OddReply, OfAnotherKindIsNoMeetingsAndACharacterThatSdBusRefusesCostsItselfAlone) {
-    const auto meetings = Communication::Meetings{
-        {{{"title", "a\xEF\xBF\xBD"s + "b"}}, {{"title", "\xF0\x9F\xBF\xBD"}}, {{"title", "\xEF\xBF\xBC"}}}};
+TEST_F(OddReply, OfAnotherKindIsNoMeetings) {
     const std::tuple<std::string, std::string, Communication::Meetings> replies[] = {
         {"v", Bytes().signature("au").number(4).number(7).text, {}},
         {"v", Bytes().signature("aa{sv}").number(24).number(20).string("title").signature("u").number(7).text,
          std::vector{Dictionary{{"title", Scalar()}}}},
         {"s", Bytes().string("text").text, {}},
         {"", "", {}},
-        {"v", listOf({"a\xEF\xBF\xBE"s + "b", "\xF0\x9F\xBF\xBF", "\xEF\xBF\xBC"}), meetings},
     };
     for (const auto& [signature, body, expected] : replies) {
         EXPECT_EQ(meetingsIn(signature, body), expected);
@@ -169,35 +165,13 @@ TEST_F(OddReply, OfTheLargestKindLeavesNoMemoryTaken) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the sanitizers keep what is freed";
 #endif
-    const std::string title(1500, 'a');
-    const std::string largest = listOf(std::vector(10000, title));
+    const std::string largest = listOf(std::vector(10000, std::string(800, 'a')));
     meetingsIn("v", listOf({"a"}));
     const long before = privateMemoryOf(getpid());
     EXPECT_EQ(meetingsIn("v", largest)->size(), 10000u);
     EXPECT_EQ(meetingsIn("v", std::string(60 << 20U, 'x')), std::nullopt);
     EXPECT_TRUE(waitUntil([&] { return privateMemoryOf(getpid()) < before + 8192; }))
         << privateMemoryOf(getpid()) << " KiB, before " << before;
-}
-
-TEST(MessageSieve, LetsTheSamePassHoweverItArrives) {
-    const std::string call = std::string(12, '\1');
-    const auto streamOf = [&](const std::vector<std::string>& titles, const std::string& body,
-                              const std::string& text) {
-        return "DATA\r\nOK l\r\nAGREE_UNIX_FD\r\n" + replyTo(call, "v", listOf(titles)) +
-               replyTo(call, "", "") + replyTo(call, "v", body) + replyTo(call, "s", text);
-    };
-    const std::string stream = streamOf({"\xEF\xBF\xBF", "\xF3\xAF\xBF\xBE"},
-                                        std::string(MessageSieve::largestBody + 1, 'x'), "\xEF\xB7\xAF");
-    const std::string expected = streamOf({"\xEF\xBF\xBD", "\xF3\xAF\xBF\xBD"}, "", "\xEF\xBF\xBD");
-    for (const std::size_t step : {std::size_t(1), std::size_t(7), stream.size()}) {
-        MessageSieve sieve;
-        std::string fit;
-        for (std::size_t start = 0; start < stream.size(); start += step)
-            ASSERT_TRUE(sieve.add(std::string_view(stream).substr(start, step), fit));
-        EXPECT_TRUE(fit == expected) << "in steps of " << step;
-    }
-    std::string fit;
-    EXPECT_FALSE(MessageSieve().add("l\2\1\1"s + std::string(12, '\x7f'), fit)) << "a header without end";
 }
 
 } // namespace velloren

@@ -1,10 +1,9 @@
-#include "Tests/Platform/Freedesktop/LinkTest.h"
+#include "Tests/Platform/Link/DBus/LinkTest.h"
 #include "Tests/Support/Socket.h"
 
 #include <gmock/gmock.h>
 
 #include <future>
-#include <thread>
 
 namespace velloren {
 
@@ -13,6 +12,7 @@ namespace {
 using namespace std::chrono_literals;
 using namespace std::string_literals;
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 using DBusLinkTest = LinkTest;
 
@@ -20,8 +20,9 @@ using DBusLinkTest = LinkTest;
 class OddServer : public LinkTest {
   protected:
     /// Answers the first that comes with `opening`, and hangs up.
-    [[nodiscard]] static std::jthread serverThatSays(const Socket& listening, const std::string& opening) {
-        return std::jthread([&listening, opening] {
+    [[nodiscard]] static std::future<void> serverThatSays(const Socket& listening,
+                                                          const std::string& opening) {
+        return std::async(std::launch::async, [&listening, opening] {
             const Socket accepted = listening.next();
             (void)accepted.hear();
             accepted.say(opening);
@@ -35,7 +36,7 @@ class OddServer : public LinkTest {
     }
 
     void getsEverythingInTheEnd() {
-        proxy->createNewMeeting();
+        create();
         EXPECT_TRUE(waitUntil([this] { return mainApp.requests.size() >= 2; }));
         EXPECT_THAT(std::exchange(mainApp.requests, {}), ElementsAre("open first", "create"));
         EXPECT_EQ(errors + invalidations, 0);
@@ -51,53 +52,55 @@ TEST_F(DBusLinkTest, BringsBackTheListOrThatThereIsNone) {
     const Dictionary meeting{{"id", "7"}, {"title", "\xc3\x9c, \"b\""}, {"startTime", ""}};
     using List = std::vector<Dictionary>;
     mainApp.withholds = false;
-    for (const Communication::Meetings& meetings :
-         std::initializer_list<Communication::Meetings>{std::nullopt, List(), List{meeting, {}}}) {
+    const auto answerTo = [this](const Communication::Meetings& meetings) {
         mainApp.meetings = meetings;
-        std::promise<Communication::Meetings> arrived;
-        auto answer = arrived.get_future();
-        proxy->fetchUpcomingMeetings([&](const auto& list) { arrived.set_value(list); });
-        ASSERT_TRUE(waitUntil([&] { return answer.wait_for(0s) == std::future_status::ready; }));
-        EXPECT_EQ(answer.get(), meetings);
-    }
+        std::optional<Communication::Meetings> answer;
+        proxy->fetchUpcomingMeetings([&](const auto& list) { answer = list; });
+        EXPECT_TRUE(waitUntil([&] { return answer.has_value(); }));
+        return answer.value_or(std::nullopt);
+    };
+    for (const auto& meetings : std::initializer_list<Communication::Meetings>{
+             std::nullopt, List(), List{meeting, {}}, List(Communication::limit.dictionaries, meeting)})
+        EXPECT_EQ(answerTo(meetings), meetings);
+    EXPECT_EQ(answerTo(List{{{"title", "a\xEF\xBF\xBE\xFF"}}}), (List{{{"title", "a\uFFFD\uFFFD"}}}))
+        << "what cannot travel is replaced on the way";
+    EXPECT_EQ(errors, 0);
 }
 
 TEST_F(DBusLinkTest, DeliversWhatWasAskedBeforeTheConnectionWasReleased) {
     connect(endpoint());
-    std::atomic<bool> answered = false;
-    proxy->openMeetingWithId("last");
+    bool answered = false;
+    open("last");
     proxy->fetchUpcomingMeetings([&](const auto&) { answered = true; });
     proxy.reset();
     connection.reset();
     ASSERT_TRUE(waitUntil([&] { return mainApp.withheld.size() == 1; }));
     mainApp.withheld.front()(std::nullopt);
-    EXPECT_TRUE(waitUntil([&] { return answered.load(); }));
+    EXPECT_TRUE(waitUntil([&] { return answered; }));
     EXPECT_THAT(mainApp.requests, ElementsAre("open last", "fetch"));
 }
 
 TEST_F(DBusLinkTest, KeepsWhatItIsGivenUntilItIsLetInOrHasToGiveItBack) {
     mainApp.accepts = false;
     connect(endpoint());
-    proxy->openMeetingWithId("first");
+    open("first");
     fetchInVain();
-    proxy->createNewMeeting();
-    const auto back = connection->takeBack();
-    ASSERT_EQ(back.size(), 2u);
-    EXPECT_EQ(back[0].method, "openMeetingWithId");
-    EXPECT_THAT(back[0].arguments, ElementsAre("first"));
-    EXPECT_EQ(back[1].method, "createNewMeeting");
+    create();
+    connection->giveBack();
+    EXPECT_THAT(std::exchange(returned, {}), ElementsAre("open first", "create"));
     EXPECT_TRUE(waitUntil([&] { return errors == 1; })) << "the question has failed";
 
-    proxy->openMeetingWithId("second");
+    open("second");
     fetchInVain();
     EXPECT_TRUE(waitUntil([&] { return mainApp.refusals >= 3; }));
     mainApp.accepts = true;
-    proxy->createNewMeeting();
+    create();
     proxy->displaySyncing();
     proxy->displayNotSyncing();
     EXPECT_TRUE(waitUntil([&] { return mainApp.requests.size() == 5; }));
     EXPECT_THAT(mainApp.requests, ElementsAre("open second", "fetch", "create", "syncing", "not syncing"));
-    EXPECT_TRUE(connection->takeBack().empty());
+    connection->giveBack();
+    EXPECT_THAT(returned, IsEmpty());
     EXPECT_EQ(errors + invalidations, 1);
 }
 
@@ -108,12 +111,11 @@ TEST_F(DBusLinkTest, TellsOnceOfAnInterruptionAndFailsWhatWasAsked) {
     ASSERT_TRUE(waitUntil([&] { return mainApp.withheld.size() == 3; }));
     listener.reset();
     EXPECT_TRUE(waitUntil([&] { return errors == 3 && interruptions == 1; }));
-    proxy->createNewMeeting();
+    create();
     fetchInVain();
     EXPECT_TRUE(waitUntil([&] { return errors == 4; }));
-    const auto back = connection->takeBack();
-    ASSERT_EQ(back.size(), 1u);
-    EXPECT_EQ(back.front().method, "createNewMeeting");
+    connection->giveBack();
+    EXPECT_THAT(returned, ElementsAre("create"));
     EXPECT_EQ(interruptions + invalidations, 1);
 }
 
@@ -123,11 +125,11 @@ TEST_F(DBusLinkTest, TellsOnceOfAnEndpointWhereNobodyIs) {
         SCOPED_TRACE(path);
         connect(*Endpoint::ofSocketPath(path));
         EXPECT_TRUE(waitUntil([&] { return invalidations == 1; }));
-        proxy->createNewMeeting();
+        create();
         fetchInVain();
         EXPECT_TRUE(waitUntil([&] { return errors == 1; })) << "questions fail at once";
         connection.reset();
-        EXPECT_TRUE(waitUntil([&] { return errors == 2; })) << "nobody took the request back";
+        EXPECT_TRUE(waitUntil([&] { return errors == 2; })) << "nobody had the request given back";
         EXPECT_EQ(interruptions, 0);
     }
 }
@@ -148,8 +150,9 @@ TEST_F(OddServer, GetsEverythingOnceItLetsUsIn) {
         SCOPED_TRACE(opening.substr(0, 40));
         const Socket odd(path, 8);
         connect(*Endpoint::ofSocketPath(path));
-        proxy->openMeetingWithId("first");
-        serverThatSays(odd, opening).join();
+        open("first");
+        const auto server = serverThatSays(odd, opening);
+        EXPECT_TRUE(waitUntil([&] { return server.wait_for(0s) == std::future_status::ready; }));
         becomesOurs();
         getsEverythingInTheEnd();
         std::filesystem::remove(path);
@@ -161,11 +164,12 @@ TEST_F(OddServer, GetsEverythingOnceItAcceptsAgain) {
     std::optional<Socket> first(std::in_place);
     ASSERT_TRUE(first->connectTo(path));
     connect(*Endpoint::ofSocketPath(path));
-    proxy->openMeetingWithId("first");
+    open("first");
     const auto next = near->connectionToEndpoint(*Endpoint::ofSocketPath("/nonexistent/socket"));
     next->setInvalidationHandler([this] { ++invalidations; });
     next->resume();
-    EXPECT_TRUE(waitUntil([this] { return invalidations.exchange(0) == 1; })) << "the first was tried before";
+    EXPECT_TRUE(waitUntil([this] { return std::exchange(invalidations, 0) == 1; }))
+        << "the first was tried before";
     (void)full->next(); // room for one more, which it never talks to
     becomesOurs();
     full.reset();
@@ -182,13 +186,40 @@ TEST_F(OddServer, MayTalkNonsenseOnceWeAreIn) {
 }
 
 TEST_F(OddServer, MayNeverAnswerACallAndGoOn) {
+    connect(endpoint());
+    fetchInVain();
+    const auto patient = std::tuple(std::move(proxy), std::move(connection), std::move(near));
     connect(endpoint(), {.callTimeout = 100ms});
     fetchInVain();
     EXPECT_TRUE(waitUntil([this] { return errors == 1; }));
-    mainApp.withheld.front()(std::nullopt); // too late
-    proxy->createNewMeeting();
-    EXPECT_TRUE(waitUntil([this] { return mainApp.requests.size() == 2; }));
-    EXPECT_EQ(interruptions + invalidations, 0);
+    EXPECT_EQ(mainApp.withheld.size(), 2u);
+    for (const auto& answer : std::exchange(mainApp.withheld, {}))
+        answer(std::nullopt); // too late for one of them
+    create();
+    EXPECT_TRUE(waitUntil([this] { return mainApp.requests.size() == 3; }));
+    EXPECT_EQ(errors + interruptions + invalidations, 1);
+}
+
+TEST_F(OddServer, MayBeABusThatIsNotThereOrStandsStill) {
+    const Socket full(path, 0);
+    const Socket first;
+    ASSERT_TRUE(first.connectTo(path));
+    const Socket silent(runtimeFolder / "silent.socket", 8);
+    for (const auto& bus : {(runtimeFolder / "silent.socket").string(), "/nonexistent"s, path}) {
+        SCOPED_TRACE(bus);
+        const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + bus);
+        near = std::make_unique<DBusLink>();
+        connection = near->connectionToService("com.velloren.Nobody");
+        connection->setRemoteObjectInterface(interface);
+        connection->resume();
+        errors = 0;
+        proxy = std::dynamic_pointer_cast<Communication>(
+            connection->remoteObjectProxyWithErrorHandler([this](const std::string&) { ++errors; }));
+        fetchInVain();
+        loop.runPending();
+        EXPECT_EQ(errors, bus == "/nonexistent" || bus == path ? 1 : 0) << "one may begin to talk yet";
+        disconnect();
+    }
 }
 
 } // namespace velloren
