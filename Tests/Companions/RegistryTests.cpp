@@ -125,17 +125,18 @@ TEST(RegistryDaemon, KnowsWhoCallsFromTheBus) {
     sd_bus_flush_close_unref(owner);
 
     ManualRunLoop::install();
-    std::optional<DBusLink> ending(std::in_place);
-    const auto connection = ending->connectionToService(name + ".agent");
-    connection->setRemoteObjectInterface(endPointHandlingInterface());
-    connection->resume();
-    std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy())
-        ->removeListenerEndpoint(name);
-    ending.reset();
+    {
+        DBusLink ending;
+        const auto connection = ending.connectionToService(name + ".agent");
+        connection->setRemoteObjectInterface(endPointHandlingInterface());
+        connection->resume();
+        std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy())
+            ->removeListenerEndpoint(name);
+    }
+    SharedInstance<RunLoop>::reset();
     EXPECT_THAT(answerToAnother("retrieveListenerEndpoint", {"string:" + name}),
                 Optional(Not(HasSubstr(endpoint))))
         << "what was sent last gets there though its process ends";
-    SharedInstance<RunLoop>::reset();
 }
 
 TEST(RegistryDaemon, EndsWithItsSessionAndSaysWhenThereIsNone) {

@@ -83,7 +83,7 @@ TEST_F(MainAppConnection, IsClearedUpWhenItBreaksAndNotMadeAgainByItself) {
     EXPECT_EQ(registry.retrievals, 1);
     EXPECT_EQ(link.openConnections, 0);
     EXPECT_EQ(delegate.autoRetryConnectionAttempt, 5) << "as many are left as there were";
-    link.serve(endpoint.address(), exportedCommunication(mainAppEnd));
+    link.serve(endpoint.address(), exportedCommunication(mainAppObject));
     connect();
     delegate.resetAttempts();
     link.stop(endpoint);
