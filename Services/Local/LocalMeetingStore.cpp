@@ -2,8 +2,8 @@
 
 #include "Platform/Foundation/Directories.h"
 #include "Platform/Foundation/URL.h"
+#include "Platform/Foundation/Utf8.h"
 #include "Services/Local/FileWatch.h"
-#include "Services/Local/Text.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
@@ -113,36 +113,22 @@ std::optional<std::string> textOf(const SQLite::Column& column) {
     return column.getString();
 }
 
-std::optional<std::string> plainTextOf(const SQLite::Column& column) {
-    auto text = textOf(column);
-    return text && isPlainText(*text) ? text : std::nullopt;
+std::optional<std::string> repairedTextOf(const SQLite::Column& column) {
+    const auto text = textOf(column);
+    return text ? std::optional(repairedText(*text)) : std::nullopt;
 }
 
-Meeting meetingIn(SQLite::Statement& row) {
-    Meeting meeting;
-    meeting.id = plainTextOf(row.getColumn(0));
-    if (const auto title = textOf(row.getColumn(1)))
-        meeting.title = repairedText(*title);
-    meeting.startTime = plainTextOf(row.getColumn(2));
-    return meeting;
+/// None where the id cannot travel: who chose that meeting could not be asked to open it.
+std::optional<Meeting> meetingIn(SQLite::Statement& row) {
+    auto id = textOf(row.getColumn(0));
+    if (id && !isPlainText(*id))
+        return std::nullopt;
+    return Meeting{std::move(id), repairedTextOf(row.getColumn(1)), repairedTextOf(row.getColumn(2))};
 }
 
 // A start that is no number would compare as later than any number.
 const std::string upcoming =
     " FROM meeting WHERE start_utc >= ? AND typeof(start_utc) IN ('integer', 'real') ";
-
-std::vector<Meeting> firstIn(const SQLite::Database& database, std::int64_t earliest, bool ascending,
-                             std::size_t most) {
-    const std::string direction = ascending ? "ASC" : "DESC";
-    SQLite::Statement query(database, "SELECT id, title, start_time" + upcoming + "ORDER BY start_utc " +
-                                          direction + ", id " + direction + " LIMIT ?");
-    query.bind(1, earliest);
-    query.bind(2, static_cast<std::int64_t>(most));
-    std::vector<Meeting> meetings;
-    while (query.executeStep())
-        meetings.push_back(meetingIn(query));
-    return meetings;
-}
 
 std::optional<std::size_t> countIn(const SQLite::Database& database, std::int64_t earliest) {
     try {
@@ -162,8 +148,24 @@ NextMeetings meetingsIn(SQLite::Database& database, std::int64_t earliest, bool 
     distrust(database.getHandle());
 
     const SQLite::Transaction bothOfOneMoment(database);
-    NextMeetings next{firstIn(database, earliest, ascending, most), std::nullopt};
-    next.count = next.first.size() < most ? next.first.size() : countIn(database, earliest);
+    const std::string direction = ascending ? "ASC" : "DESC";
+    SQLite::Statement query(database, "SELECT id, title, start_time" + upcoming + "ORDER BY start_utc " +
+                                          direction + ", id " + direction);
+    query.bind(1, earliest);
+    NextMeetings next;
+    std::size_t leftOut = 0;
+    while (next.first.size() < most && query.executeStep()) {
+        if (auto meeting = meetingIn(query))
+            next.first.push_back(*std::move(meeting));
+        else
+            ++leftOut;
+    }
+    next.count = next.first.size();
+    if (next.first.size() == most) {
+        next.count = countIn(database, earliest);
+        if (next.count)
+            *next.count -= leftOut;
+    }
     return next;
 }
 

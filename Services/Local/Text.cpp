@@ -1,37 +1,15 @@
 #include "Services/Local/Text.h"
 
+#include "Platform/Foundation/Utf8.h"
+
 #include <spdlog/fmt/fmt.h>
 #include <unicode/uchar.h>
-#include <unicode/utf8.h>
 
 #include <cstdint>
 
 namespace velloren {
 
 namespace {
-
-// The macro narrows an int.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wconversion"
-
-/// The code point at `position`, which moves behind it; negative where the bytes are not UTF-8.
-UChar32 nextCodePoint(std::string_view text, std::size_t& position) {
-    UChar32 codePoint = 0;
-    U8_NEXT(text.data(), position, text.size(), codePoint);
-    return codePoint;
-}
-
-#pragma GCC diagnostic pop
-
-/// Calls `visit` with each code point and its bytes.
-template <class Visitor>
-void forEachCodePoint(std::string_view text, Visitor visit) {
-    for (std::size_t position = 0; position < text.size();) {
-        const std::size_t start = position;
-        const UChar32 codePoint = nextCodePoint(text, position);
-        visit(codePoint, text.substr(start, position - start));
-    }
-}
 
 std::string escapedBytes(std::string_view bytes) {
     std::string escaped;
@@ -69,30 +47,19 @@ std::string escaped(UChar32 codePoint, std::string_view bytes) {
 
 } // namespace
 
-bool isPlainText(std::string_view text) {
-    bool plain = true;
-    forEachCodePoint(text, [&](UChar32 codePoint, std::string_view) { plain = plain && codePoint > 0; });
-    return plain;
-}
-
-std::string repairedText(std::string_view text) {
-    std::string repaired;
-    forEachCodePoint(text, [&](UChar32 codePoint, std::string_view bytes) {
-        repaired += codePoint > 0 ? bytes : "\uFFFD";
-    });
-    return repaired;
-}
-
 std::string printableLine(std::string_view text) {
     std::string line;
-    forEachCodePoint(text, [&](UChar32 codePoint, std::string_view bytes) {
+    for (std::size_t position = 0; position < text.size();) {
+        const std::size_t start = position;
+        const UChar32 codePoint = nextCodePoint(text, position);
+        const std::string_view bytes = text.substr(start, position - start);
         if (codePoint < 0)
             line += escapedBytes(bytes);
         else if (breaksTheLine(codePoint))
             line += escaped(codePoint, bytes);
         else
             line += bytes;
-    });
+    }
     return line;
 }
 

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/BundleVersions.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/UserDefaults.h"
+#include "Platform/Foundation/Utf8.h"
 #include "Platform/Link/DBus/Inlet.h"
 #include "Services/Local/LocalMeetingStore.h"
 #include "Services/Local/LocalUserManager.h"

@@ -112,12 +112,14 @@ TEST_F(LocalMeetingStoreTest, GivesTheFirstOfAnyNumberAndCountsThemWhereTheyAreN
 TEST_F(LocalMeetingStoreTest, ReadsTextsAsTheyAreStoredAndNothingElse) {
     writer("INSERT INTO meeting VALUES('m1','K\u00f6ln <b>','2026-03-07T14:05:00+01:00',2000),"
            "(NULL,NULL,NULL,3000),(x'00ff',x'41',x'42',4000),"
-           "(CAST(x'61ff' AS TEXT),CAST(x'61ff7a' AS TEXT),CAST(x'ff' AS TEXT),5000)");
+           "('\uFFFE','','',2500),(CAST(x'61ff' AS TEXT),'','',2500),"
+           "('m2',CAST(x'61ff7a' AS TEXT),'\uFDD0',5000)");
     ASSERT_TRUE(upcoming());
     EXPECT_THAT(
         upcoming()->first,
         ElementsAre(Meeting{.id = "m1", .title = "K\u00f6ln <b>", .startTime = "2026-03-07T14:05:00+01:00"},
-                    Meeting{}, Meeting{}, Meeting{.id = {}, .title = "a\uFFFDz", .startTime = {}}));
+                    Meeting{}, Meeting{}, Meeting{.id = "m2", .title = "a\uFFFDz", .startTime = "\uFFFD"}));
+    EXPECT_EQ(upcoming(true, 4)->count, 4U);
 }
 
 TEST_F(LocalMeetingStoreTest, CannotReadAMissingStoreAndDoesNotMakeIt) {

@@ -16,13 +16,5 @@ TEST(PrintableLine, EscapesOnlyWhatWouldBreakOrDisguiseTheLine) {
     EXPECT_EQ(printableLine("cut \xE2\x82"), "cut \\xe2\\x82");
 }
 
-TEST(RepairedText, ReplacesOnlyWhatIsNotText) {
-    EXPECT_EQ(repairedText("K\u00f6ln"), "K\u00f6ln");
-    EXPECT_EQ(repairedText("a\xFFz"), "a\uFFFDz");
-    EXPECT_EQ(repairedText(std::string("a\0z", 3)), "a\uFFFDz");
-    EXPECT_FALSE(isPlainText(std::string("a\0z", 3)));
-    EXPECT_TRUE(isPlainText(repairedText("\xED\xA0\x80\xC0\x80\xF5")));
-}
-
 } // namespace
 } // namespace velloren
