@@ -144,12 +144,12 @@ TEST_F(LocalMeetingStoreTest, CannotReadWhatIsNoStoreOrIsLockedDamagedOrUnreason
              writing->exec("PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; DELETE FROM meeting");
              holder = writing;
          }},
-        {"recovered by a process that ends before who waits as long as SQLite for the log's index",
+        {"recovered by a process that ends before who waits longer than a click may for the log's index",
          [&] {
              const std::vector<std::string> recover{
                  "python3", "-c",
                  "import fcntl, time; index = open('" + file.string() + "-shm', 'w'); " +
-                     "fcntl.lockf(index, fcntl.LOCK_EX, 8, 120); print('locked', flush=True); time.sleep(8)"};
+                     "fcntl.lockf(index, fcntl.LOCK_EX, 8, 120); print('locked', flush=True); time.sleep(3)"};
              const auto process =
                  std::make_shared<Process>(recover, Process::Environment(), directory / "output");
              while (process->isRunning() && process->output().empty())
