@@ -28,6 +28,9 @@ class MenuAppDelegate final : public MainAppLink,
     explicit MenuAppDelegate(Link& link);
     ~MenuAppDelegate() override;
 
+    /// How views reach it. None where the application has no delegate, or another one.
+    [[nodiscard]] static MenuAppDelegate* ofApplication();
+
     void applicationDidFinishLaunching() override;
     void applicationShouldHandleReopen() override;
     [[nodiscard]] TerminateReply applicationShouldTerminate(const std::string& sender) override;
