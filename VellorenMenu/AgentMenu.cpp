@@ -5,7 +5,6 @@
 #include "Shared/VApp.h"
 #include "VellorenMenu/DateTexts.h"
 #include "VellorenMenu/MenuAppDelegate.h"
-#include "VellorenMenu/UpcommingMeetingItemView.h"
 
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
@@ -42,9 +41,8 @@ std::string isolated(const std::string& text) {
 /// The time first: it is the agent's own text, so a title in another script, or one that hosts cut, cannot
 /// move or hide it.
 std::string textOf(const Meeting& meeting) {
-    const auto time = meeting.startTime
-                          ? UpcommingMeetingItemView::relativeDateFromDateString(*meeting.startTime)
-                          : std::nullopt;
+    const auto time =
+        meeting.startTime ? relativeDate(*meeting.startTime, RunLoop::main().now()) : std::nullopt;
     std::string title = meeting.title.value_or("");
     if (!time)
         return title;
@@ -118,7 +116,7 @@ void AgentMenu::fill(const Stored& now) {
 }
 
 void AgentMenu::refillWhenOutdated(std::span<const Meeting> listed) {
-    const auto now = std::chrono::time_point_cast<Date::duration>(Date::clock::now());
+    const Date now = RunLoop::main().now();
     Date next = now + farAway;
     for (const Meeting& meeting : listed) {
         const auto start =

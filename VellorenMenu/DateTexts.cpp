@@ -101,6 +101,11 @@ std::string relativeDate(Date meeting, Date now) {
     return compactDayNameDateAndTimeForMenuIconApp(meeting);
 }
 
+std::optional<std::string> relativeDate(const std::string& startTime, Date now) {
+    const auto start = meetingDateFormatter().dateFromString(startTime);
+    return start ? std::optional(relativeDate(*start, now)) : std::nullopt;
+}
+
 Date nextChangeOfRelativeDate(Date meeting, Date now) {
     const auto calendar = currentCalendar();
     const int meetingDay = dayOfMonth(*calendar, meeting);

@@ -1,3 +1,4 @@
+#include "Tests/Support/ManualRunLoop.h"
 #include "Tests/Support/QtTest.h"
 #include "VellorenMenu/MainViewController.h"
 #include "VellorenMenu/MeetingButton.h"
@@ -12,6 +13,9 @@ namespace {
 
 class ItemViewTest : public QtTest {
   protected:
+    ~ItemViewTest() override { SharedInstance<RunLoop>::reset(); }
+
+    ManualRunLoop& loop = ManualRunLoop::install();
     std::unique_ptr<MainViewController> form = MainViewController::controller();
 };
 
@@ -46,6 +50,10 @@ TEST_F(ItemViewTest, KeepsWhatAMeetingDoesNotTell) {
     EXPECT_EQ(row.meetingId, "a");
     EXPECT_EQ(row.titleLabel->stringValue(), "Review");
     EXPECT_EQ(row.timeLabel->stringValue(), first);
+    for (const char* title : {" ", "Design"}) {
+        row.configureForMeeting({std::nullopt, title, std::nullopt});
+        EXPECT_EQ(row.titleLabel->isHidden(), *title == ' ') << "no gap where the title is empty";
+    }
 }
 
 TEST_F(ItemViewTest, TellsTheUploadStateAndForgetsIt) {
