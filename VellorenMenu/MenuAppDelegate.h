@@ -45,7 +45,7 @@ class MenuAppDelegate final : public MainAppLink,
 
     /// Opens the popover at the icon, highlights the icon and watches for clicks elsewhere.
     void showPopover(QObject* sender);
-    /// Undoes that. `sender`, where there is one, is what asked for it.
+    /// Undoes that. `sender` is the view that the user closed it with; there may be none.
     void closePopover(QObject* sender);
     void didMouseDown(MenubarIcon& icon) override;
 

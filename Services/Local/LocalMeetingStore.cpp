@@ -56,14 +56,14 @@ int sleepUntilDeadline(sqlite3_vfs*, int microseconds) {
 // While another process recovers the write-ahead log, SQLite retries for ten seconds without asking the busy
 // handler; only its sleeps can be cut short. None where SQLite has no memory left.
 const char* fileSystemWithDeadline() {
-    static sqlite3_vfs changed = [] {
+    static sqlite3_vfs fileSystem = [] {
         sqlite3_vfs copy = *sqlite3_vfs_find(nullptr);
         copy.zName = "velloren";
         copy.xSleep = &sleepUntilDeadline;
         return copy;
     }();
-    static const bool known = sqlite3_vfs_register(&changed, 0) == SQLITE_OK;
-    return known ? changed.zName : nullptr;
+    static const bool isRegistered = sqlite3_vfs_register(&fileSystem, 0) == SQLITE_OK;
+    return isRegistered ? fileSystem.zName : nullptr;
 }
 
 void keepDeadline(sqlite3* database) {
@@ -110,7 +110,7 @@ std::optional<std::string> repairedTextOf(const SQLite::Column& column) {
     return text ? std::optional(repairedText(*text)) : std::nullopt;
 }
 
-/// None where the id cannot travel: who chose that meeting could not be asked to open it.
+/// None where the id cannot travel: nobody could be asked to open that meeting.
 std::optional<Meeting> meetingIn(SQLite::Statement& row) {
     auto id = textOf(row.getColumn(0));
     if (id && !isPlainText(*id))
