@@ -5,7 +5,6 @@
 #include "Shared/VApp.h"
 #include "VellorenMenu/DateTexts.h"
 #include "VellorenMenu/MenuAppDelegate.h"
-#include "VellorenMenu/UpcommingMeetingItemView.h"
 
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
@@ -42,9 +41,8 @@ std::string isolated(const std::string& text) {
 /// The time first: it is the agent's own text, so a title in another script, or one that hosts cut, cannot
 /// move or hide it.
 std::string textOf(const Meeting& meeting) {
-    const auto time = meeting.startTime
-                          ? UpcommingMeetingItemView::relativeDateFromDateString(*meeting.startTime)
-                          : std::nullopt;
+    const auto time =
+        meeting.startTime ? relativeDate(*meeting.startTime, RunLoop::main().now()) : std::nullopt;
     std::string title = meeting.title.value_or("");
     if (!time)
         return title;
@@ -66,7 +64,7 @@ AgentMenu::~AgentMenu() {
     menu.setAboutToShowHandler(nullptr);
 }
 
-AgentMenu::Stored AgentMenu::read() {
+AgentMenu::LocalState AgentMenu::read() {
     if (!loggedInUser())
         return {};
     auto next = MeetingFetcher().fetchNextMeetingsSortedByDate(true, mostMeetingsShown);
@@ -93,18 +91,18 @@ void AgentMenu::lookSoon() {
         lookIsDue = false;
         // Most of what is written is not about the next meetings. A main app that writes whenever it is asked
         // would be asked for ever.
-        if (const Stored now = read(); refillIsDue || now != stored)
+        if (const LocalState now = read(); refillIsDue || now != localState)
             fill(now);
     });
 }
 
-void AgentMenu::fill(const Stored& now) {
+void AgentMenu::fill(const LocalState& now) {
     const unsigned filling = ++latestFilling;
     refillIsDue = false;
     const bool mainAppRuns = VApp(VApp::main).isRunning();
     // An answer stands until the next one, but for a main app that does not give one.
     const bool listsAnswer = std::exchange(mainAppHasAnswered, false) && mainAppRuns;
-    stored = now;
+    localState = now;
     if (now.session == Session::LoggedOut || !listsAnswer)
         list(now.meetings, now.session);
     if (now.session == Session::LoggedOut || !mainAppRuns)
@@ -117,10 +115,10 @@ void AgentMenu::fill(const Stored& now) {
     });
 }
 
-void AgentMenu::refillWhenOutdated(std::span<const Meeting> listed) {
-    const auto now = std::chrono::time_point_cast<Date::duration>(Date::clock::now());
+void AgentMenu::refillWhenOutdated(std::span<const Meeting> meetings) {
+    const Date now = RunLoop::main().now();
     Date next = now + farAway;
-    for (const Meeting& meeting : listed) {
+    for (const Meeting& meeting : meetings) {
         const auto start =
             meeting.startTime ? meetingDateFormatter().dateFromString(*meeting.startTime) : std::nullopt;
         if (!start)
@@ -129,13 +127,13 @@ void AgentMenu::refillWhenOutdated(std::span<const Meeting> listed) {
         if (*start >= now)
             next = std::min<Date>(next, *start + untilPast);
     }
-    outdated = RunLoop::main().postAt(next, [this] { fill(read()); });
+    expiry = RunLoop::main().postAt(next, [this] { fill(read()); });
 }
 
-void AgentMenu::list(const FetchedMeetings& fetched, Session session) {
+void AgentMenu::list(const FetchedMeetings& answer, Session session) {
     std::vector<StatusMenuEntry> entries;
-    const auto listed = shownMeetings(fetched);
-    for (const Meeting& meeting : listed)
+    const auto meetings = shownMeetings(answer);
+    for (const Meeting& meeting : meetings)
         entries.push_back(entryOf(meeting));
     if (entries.empty())
         entries.push_back({StatusMenuEntry::Kind::Item, "no meetings", "No upcoming meetings", nullptr});
@@ -150,7 +148,7 @@ void AgentMenu::list(const FetchedMeetings& fetched, Session session) {
             entries.push_back(entryOf(item));
     }
     menu.setEntries(std::move(entries));
-    refillWhenOutdated(listed);
+    refillWhenOutdated(meetings);
 }
 
 StatusMenuEntry AgentMenu::entryOf(const Meeting& meeting) const {

@@ -30,25 +30,25 @@ class AgentMenu {
     enum class Session { LoggedOut, LoggedIn };
 
     /// What this machine's files tell.
-    struct Stored {
+    struct LocalState {
         Session session = Session::LoggedOut;
         FetchedMeetings meetings;
 
-        friend bool operator==(const Stored&, const Stored&) = default;
+        friend bool operator==(const LocalState&, const LocalState&) = default;
     };
 
-    [[nodiscard]] static Stored read();
+    [[nodiscard]] static LocalState read();
     void aboutToShow();
     void lookSoon();
-    void fill(const Stored& now);
-    void list(const FetchedMeetings& fetched, Session session);
+    void fill(const LocalState& now);
+    void list(const FetchedMeetings& answer, Session session);
     void refillWhenOutdated(std::span<const Meeting> listed);
     [[nodiscard]] StatusMenuEntry entryOf(const Meeting& meeting) const;
     [[nodiscard]] StatusMenuEntry entryOf(ActionItem item) const;
 
     StatusMenu& menu;
     MenuAppDelegate& delegate;
-    Stored stored;
+    LocalState localState;
     unsigned latestFilling = 0;
     bool mainAppHasAnswered = false; ///< to the latest filling
     bool isFollowed = false;
@@ -56,7 +56,7 @@ class AgentMenu {
     bool refillIsDue = false;
     Subscription storeChanges;
     Subscription userChanges;
-    Subscription outdated;
+    Subscription expiry;
 };
 
 } // namespace velloren

@@ -4,7 +4,8 @@ namespace velloren {
 
 namespace {
 
-const std::optional<std::vector<RunningApplication>>* changedIn(const RunningApplicationsChange& change) {
+const std::optional<std::vector<RunningApplication>>*
+applicationsOf(const RunningApplicationsChange& change) {
     switch (change.kind) {
     case RunningApplicationsChange::Insertion:
         return &change.newApplications;
@@ -25,7 +26,7 @@ void AppLaunchTerminationListener::observeValueForKeyPath(
     const std::optional<RunningApplicationsChange>& change, const void* context) {
     if (!change || context != &kvoContext)
         return;
-    const auto* applications = changedIn(*change);
+    const auto* applications = applicationsOf(*change);
     if (!applications || !*applications)
         return;
     for (const RunningApplication& application : **applications) {
@@ -37,17 +38,17 @@ void AppLaunchTerminationListener::observeValueForKeyPath(
 }
 
 void AppLaunchTerminationListener::refreshRunningCount(VApp::Case app) {
-    const auto known = launchedApps.find(app);
-    if (known == launchedApps.end())
+    const auto entry = launchedApps.find(app);
+    if (entry == launchedApps.end())
         return;
     const auto count = std::int64_t(VApp(app).runningInstances().size());
     if (const auto receiver = delegate.lock()) {
-        if (count > known->second)
+        if (count > entry->second)
             receiver->applicationDidLaunch(app);
-        else if (count < known->second)
+        else if (count < entry->second)
             receiver->applicationDidTerminate(app);
     }
-    known->second = count;
+    entry->second = count;
 }
 
 } // namespace velloren

@@ -5,7 +5,7 @@
 namespace velloren {
 
 void closePopover(QWidget& sender) {
-    if (auto* delegate = dynamic_cast<MenuAppDelegate*>(Application::shared().delegate()))
+    if (auto* delegate = MenuAppDelegate::ofApplication())
         delegate->closePopover(&sender);
 }
 

@@ -13,7 +13,7 @@ enum class CommandState {
     finished = 3,
 };
 
-/// What is told of every change of a command's state; none is told nothing.
+/// Gets every change of a command's state; may be none.
 using CommandStateUpdated = std::function<void(CommandState)>;
 
 /// A command that tells how far it has come.

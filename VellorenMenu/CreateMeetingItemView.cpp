@@ -32,7 +32,7 @@ void CreateMeetingItemView::mouseExited() {
 
 void CreateMeetingItemView::createMeetingClicked() {
     closePopover(*this);
-    if (auto* delegate = dynamic_cast<MenuAppDelegate*>(Application::shared().delegate()))
+    if (auto* delegate = MenuAppDelegate::ofApplication())
         delegate->createNewMeeting();
 }
 

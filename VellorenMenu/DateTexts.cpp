@@ -101,18 +101,23 @@ std::string relativeDate(Date meeting, Date now) {
     return compactDayNameDateAndTimeForMenuIconApp(meeting);
 }
 
+std::optional<std::string> relativeDate(const std::string& startTime, Date now) {
+    const auto start = meetingDateFormatter().dateFromString(startTime);
+    return start ? std::optional(relativeDate(*start, now)) : std::nullopt;
+}
+
 Date nextChangeOfRelativeDate(Date meeting, Date now) {
     const auto calendar = currentCalendar();
     const int meetingDay = dayOfMonth(*calendar, meeting);
     int today = dayOfMonth(*calendar, now);
-    const Day seen = dayAsSeenOn(today, meetingDay);
+    const Day dayNow = dayAsSeenOn(today, meetingDay);
     for (const auto field : {UCAL_HOUR_OF_DAY, UCAL_MINUTE, UCAL_SECOND, UCAL_MILLISECOND})
         calendar->set(field, 0);
     UErrorCode status = U_ZERO_ERROR;
     do {
         calendar->add(UCAL_DATE, 1, status);
         today = calendar->get(UCAL_DAY_OF_MONTH, status);
-    } while (U_SUCCESS(status) && dayAsSeenOn(today, meetingDay) == seen); // two months at most
+    } while (U_SUCCESS(status) && dayAsSeenOn(today, meetingDay) == dayNow); // two months at most
     return Date(Date::duration(std::int64_t(calendar->getTime(status))));
 }
 

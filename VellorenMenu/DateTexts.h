@@ -2,6 +2,7 @@
 
 #include "Services/VFoundation.h"
 
+#include <optional>
 #include <string>
 
 /// Every text form of a date. Texts are UTF-8, in the machine's local time zone and, unless stated otherwise,
@@ -35,6 +36,9 @@ inline constexpr double oneMinute = 60.0;
 /// and time. Only the day of the month is compared: the same day of another month is today, and the first of
 /// a month is never tomorrow.
 [[nodiscard]] std::string relativeDate(Date meeting, Date now);
+
+/// The same of a start as meetings have it. None where it cannot be read.
+[[nodiscard]] std::optional<std::string> relativeDate(const std::string& startTime, Date now);
 
 /// The midnight after `now` at which `relativeDate` begins to say something else.
 [[nodiscard]] Date nextChangeOfRelativeDate(Date meeting, Date now);

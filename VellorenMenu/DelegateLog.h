@@ -4,7 +4,8 @@
 
 namespace velloren {
 
-/// The origin of a log line of the application delegate, whose operations stand in several source files.
+/// The origin of a log line of the application delegate. Those of its link to the main app name the delegate
+/// as well: support looks for all of them under that name.
 constexpr LogOrigin delegateFunction(const char* function, unsigned line = __builtin_LINE()) {
     return {"VellorenMenu/MenuAppDelegate", function, line};
 }

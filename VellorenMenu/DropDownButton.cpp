@@ -44,17 +44,17 @@ DropDownButton::DropDownButton(QWidget* parent) : QPushButton(parent) {
 }
 
 QMenu& DropDownButton::actionMenu() {
-    if (!shownMenu) {
-        shownMenu = new PopUpMenu(this);
-        shownMenu->addAction(QString());
+    if (!popUpMenu) {
+        popUpMenu = new PopUpMenu(this);
+        popUpMenu->addAction(QString());
         for (const ActionItem item : actionItems) {
             if (const auto action = selectorOf(item))
-                shownMenu->addAction(QString::fromUtf8(titleOf(item)), this, action);
+                popUpMenu->addAction(QString::fromUtf8(titleOf(item)), this, action);
             else
-                shownMenu->addSeparator();
+                popUpMenu->addSeparator();
         }
     }
-    return *shownMenu;
+    return *popUpMenu;
 }
 
 QSize DropDownButton::sizeHint() const {
@@ -64,8 +64,8 @@ QSize DropDownButton::sizeHint() const {
 void DropDownButton::runPopUp() {
     popUpButtonCell.setMenu(&actionMenu());
     popUpButtonCell.performClickWithFrame(rect(), *this);
-    // The menu had the pointer: nobody told whether it left the button meanwhile. A display that tells no
-    // places tells of its next way.
+    // The menu had the pointer, which may have left the button meanwhile. Displays that do not say where it
+    // is say when it enters the next time.
     const auto pointer = WindowServer::shared().pointerLocation();
     setAttribute(Qt::WA_UnderMouse, pointer && rect().contains(mapFromGlobal(*pointer)));
     update();
@@ -93,7 +93,7 @@ void DropDownButton::mouseReleaseEvent(QMouseEvent*) {}
 void DropDownButton::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (underMouse() || (shownMenu && shownMenu->isVisible())) {
+    if (underMouse() || (popUpMenu && popUpMenu->isVisible())) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(colors::hoverGrey);
         painter.drawRoundedRect(rect(), cornerRadius, cornerRadius);

@@ -34,7 +34,7 @@ class DropDownButton final : public QPushButton {
     void paintEvent(QPaintEvent* event) override;
 
   private:
-    QMenu* shownMenu = nullptr;
+    QMenu* popUpMenu = nullptr;
 };
 
 } // namespace velloren

@@ -1,6 +1,7 @@
 #include "VellorenMenu/MainViewController.h"
 
 #include "Platform/Foundation/FatalError.h"
+#include "Platform/Foundation/RunLoop.h"
 #include "Services/VLogger.h"
 #include "Services/VMeetingManager.h"
 #include "Services/VSyncManager.h"
@@ -16,8 +17,6 @@ namespace velloren {
 namespace {
 
 constexpr auto unit = "VellorenMenu/MainViewController";
-// Midnight, another time zone, the end of a suspension: nothing tells of them all.
-constexpr RunLoop::Seconds longestUntruth{1};
 
 template <class Row>
 Row& required(const QPointer<Row>& outlet) {
@@ -119,11 +118,13 @@ void MainViewController::viewDidAppear() {
         row.startActivity();
     else
         row.makeUptoDate();
-    passingTime = RunLoop::main().scheduleRepeating(longestUntruth, [this] { refreshRelativeDates(); });
+    isOnScreen = true;
+    followRelativeDates();
 }
 
 void MainViewController::viewDidDisappear() {
-    passingTime->invalidate();
+    isOnScreen = false;
+    nextChangeOfDates = {};
     ViewController::viewDidDisappear();
 }
 
@@ -140,10 +141,8 @@ bool MainViewController::showCreateRowForUser() {
 }
 
 void MainViewController::fetchThroughDelegate() {
-    auto* delegate = dynamic_cast<MenuAppDelegate*>(Application::shared().delegate());
-    if (!delegate)
-        return;
-    fetchFromMainApp(*delegate, [this](const FetchedMeetings& meetings) { layOut(meetings); });
+    if (auto* delegate = MenuAppDelegate::ofApplication())
+        fetchFromMainApp(*delegate, [this](const FetchedMeetings& meetings) { layOut(meetings); });
 }
 
 std::optional<std::vector<Meeting>> MainViewController::fetchMeetings() {
@@ -170,14 +169,33 @@ void MainViewController::refreshRelativeDates() {
         if (!required(row).isItemHidden())
             row->refreshRelativeDate();
     }
+    followRelativeDates();
+}
+
+void MainViewController::followRelativeDates() {
+    nextChangeOfDates = {};
+    if (!isOnScreen)
+        return;
+    std::optional<Date> next;
+    for (const auto& row : {firstMeetingView, secondMeetingView, thridMeetingView}) {
+        const auto change = required(row).isItemHidden() ? std::nullopt : row->nextChangeOfRelativeDate();
+        if (change && (!next || *change < *next))
+            next = change;
+    }
+    if (next)
+        nextChangeOfDates = RunLoop::main().postAt(*next, [this] { refreshRelativeDates(); });
 }
 
 void MainViewController::layOut(const std::optional<std::vector<Meeting>>& fetched) {
     const auto meetings = shownMeetings(fetched);
-    if (meetings.empty()) {
+    if (meetings.empty())
         showNoMeetingsView();
-        return;
-    }
+    else
+        showRows(meetings);
+    followRelativeDates();
+}
+
+void MainViewController::showRows(std::span<const Meeting> meetings) {
     collapse(required(noMeetingView));
     const std::array rows{&firstMeetingView, &secondMeetingView, &thridMeetingView};
     for (std::size_t index = 0; index < rows.size(); ++index) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Foundation/RunLoop.h"
+#include "Platform/Foundation/Subscription.h"
 #include "Platform/Link/Link.h"
 #include "Platform/Views/ViewController.h"
 #include "Services/VModel.h"
@@ -15,6 +15,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace velloren {
@@ -57,10 +58,12 @@ class MainViewController final : public ViewController {
     [[nodiscard]] bool showCreateRowForUser();
     void fetchThroughDelegate();
     void layOut(const std::optional<std::vector<Meeting>>& fetched);
+    void showRows(std::span<const Meeting> meetings);
     void refreshRelativeDates();
+    void followRelativeDates();
 
-    /// Runs while the view is on the screen.
-    std::shared_ptr<RunLoop::Timer> passingTime;
+    bool isOnScreen = false;
+    Subscription nextChangeOfDates; ///< while on the screen
     std::unique_ptr<MainContentView> rootView;
 };
 

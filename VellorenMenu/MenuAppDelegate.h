@@ -28,6 +28,9 @@ class MenuAppDelegate final : public MainAppLink,
     explicit MenuAppDelegate(Link& link);
     ~MenuAppDelegate() override;
 
+    /// How views reach it. None where the application has no delegate, or another one.
+    [[nodiscard]] static MenuAppDelegate* ofApplication();
+
     void applicationDidFinishLaunching() override;
     void applicationShouldHandleReopen() override;
     [[nodiscard]] TerminateReply applicationShouldTerminate(const std::string& sender) override;
@@ -42,7 +45,7 @@ class MenuAppDelegate final : public MainAppLink,
 
     /// Opens the popover at the icon, highlights the icon and watches for clicks elsewhere.
     void showPopover(QObject* sender);
-    /// Undoes that. `sender`, where there is one, is what asked for it.
+    /// Undoes that. `sender` is the view that the user closed it with; there may be none.
     void closePopover(QObject* sender);
     void didMouseDown(MenubarIcon& icon) override;
 

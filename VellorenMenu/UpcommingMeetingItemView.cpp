@@ -1,5 +1,6 @@
 #include "VellorenMenu/UpcommingMeetingItemView.h"
 
+#include "Platform/Foundation/RunLoop.h"
 #include "VellorenMenu/ClosePopover.h"
 #include "VellorenMenu/DateTexts.h"
 #include "VellorenMenu/MenuAppDelegate.h"
@@ -26,15 +27,21 @@ void UpcommingMeetingItemView::configureForMeeting(const Meeting& meeting) {
 }
 
 void UpcommingMeetingItemView::refreshRelativeDate() {
-    showRelativeDate(shownStartTime);
+    showRelativeDate(startTimeOnDisplay);
     describeButton();
+}
+
+std::optional<Date> UpcommingMeetingItemView::nextChangeOfRelativeDate() const {
+    const auto start = meetingDateFormatter().dateFromString(startTimeOnDisplay);
+    return start ? std::optional(velloren::nextChangeOfRelativeDate(*start, RunLoop::main().now()))
+                 : std::nullopt;
 }
 
 void UpcommingMeetingItemView::showRelativeDate(const std::string& startTime) {
     const auto time = relativeDateFromDateString(startTime);
     if (!time)
         return;
-    shownStartTime = startTime;
+    startTimeOnDisplay = startTime;
     if (timeLabel)
         timeLabel->setStringValue(*time);
 }
@@ -51,15 +58,12 @@ void UpcommingMeetingItemView::describeButton() {
 
 std::optional<std::string>
 UpcommingMeetingItemView::relativeDateFromDateString(const std::string& startTime) {
-    const auto start = meetingDateFormatter().dateFromString(startTime);
-    if (!start)
-        return std::nullopt;
-    return relativeDate(*start, std::chrono::time_point_cast<Date::duration>(Date::clock::now()));
+    return relativeDate(startTime, RunLoop::main().now());
 }
 
 void UpcommingMeetingItemView::openMeetingClicked() {
     closePopover(*this);
-    if (auto* delegate = dynamic_cast<MenuAppDelegate*>(Application::shared().delegate()))
+    if (auto* delegate = MenuAppDelegate::ofApplication())
         delegate->openMeeting(meetingId);
 }
 

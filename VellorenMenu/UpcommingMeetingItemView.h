@@ -31,8 +31,11 @@ class UpcommingMeetingItemView final : public ItemView {
     /// Shows the meeting; a field that it lacks leaves the row's earlier value in place.
     void configureForMeeting(const Meeting& meeting);
 
-    /// Shows the start as it reads now: the day, the time zone or the clock may have changed since.
+    /// Shows the start as it reads now.
     void refreshRelativeDate();
+
+    /// When that begins to read differently. None while the row shows no start.
+    [[nodiscard]] std::optional<Date> nextChangeOfRelativeDate() const;
 
     /// The row's text for a start time. None when that cannot be read.
     [[nodiscard]] static std::optional<std::string> relativeDateFromDateString(const std::string& startTime);
@@ -45,8 +48,8 @@ class UpcommingMeetingItemView final : public ItemView {
     /// Tells assistive programs what the button opens: all the buttons have the same name.
     void describeButton();
 
-    /// Of the meeting whose time the row shows; empty before there was one.
-    std::string shownStartTime;
+    /// Empty before there was one.
+    std::string startTimeOnDisplay;
 };
 
 } // namespace velloren

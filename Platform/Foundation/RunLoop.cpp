@@ -8,4 +8,8 @@ RunLoop& RunLoop::main() {
     return SharedInstance<RunLoop>::get();
 }
 
+RunLoop::Moment RunLoop::now() const {
+    return std::chrono::floor<Moment::duration>(std::chrono::system_clock::now());
+}
+
 } // namespace velloren

@@ -47,6 +47,9 @@ class RunLoop {
     /// is invalidated, whether or not the caller keeps the result. Main thread only.
     virtual std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) = 0;
 
+    /// What the system's clock shows. Any thread.
+    [[nodiscard]] virtual Moment now() const;
+
     /// Runs `task` once, as soon as the system's clock shows `moment`, before that where somebody sets the
     /// clock; not any more once the result has ended. Main thread only.
     virtual Subscription postAt(Moment moment, Task task) = 0;

@@ -20,8 +20,6 @@ namespace velloren {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr const char* linePattern = "%Y-%m-%dT%H:%M:%S.%e%z %l %v";
 constexpr std::size_t largestFile = std::size_t{1024} * 1024;
 constexpr std::size_t rotatedFiles = 2;
@@ -32,11 +30,12 @@ constexpr std::chrono::minutes pauseBetweenAttempts(1);
 /// failed rotation.
 class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
   public:
-    explicit LogFile(std::filesystem::path path) : path(std::move(path)) {}
+    LogFile(std::filesystem::path path, LocalLogger::Clock clock)
+        : path(std::move(path)), clock(std::move(clock)) {}
 
   protected:
     void sink_it_(const spdlog::details::log_msg& message) override {
-        if (!file && Clock::now() < nextAttempt)
+        if (!file && clock() < nextAttempt)
             return;
         try {
             if (!file)
@@ -49,7 +48,7 @@ class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
             file.reset();
         }
         if (!file)
-            nextAttempt = Clock::now() + pauseBetweenAttempts;
+            nextAttempt = clock() + pauseBetweenAttempts;
     }
 
     void flush_() override {}
@@ -65,22 +64,24 @@ class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
             if (std::error_code error; std::filesystem::exists(older, error))
                 (void)createPrivateFile(older);
         }
-        spdlog::file_event_handlers handlers; // also told of the files that a rotation begins
+        spdlog::file_event_handlers handlers; // called for the files that a rotation begins as well
         handlers.before_open = [](const std::string& name) { (void)createPrivateFile(name); };
         file = std::make_unique<Rotation>(path.string(), largestFile, rotatedFiles, false, handlers);
         file->set_pattern(linePattern);
     }
 
-    std::filesystem::path path;
+    const std::filesystem::path path;
+    const LocalLogger::Clock clock;
     std::unique_ptr<Rotation> file;
-    Clock::time_point nextAttempt = Clock::time_point::min();
+    std::chrono::steady_clock::time_point nextAttempt = std::chrono::steady_clock::time_point::min();
 };
 
 std::string_view view(const spdlog::memory_buf_t& text) {
     return {text.data(), text.size()};
 }
 
-/// Lines that find no room are left out, whole; the next one that does is told how many those were.
+/// Lines that find no room are left out, whole; a line with their number stands before the next one that
+/// does.
 class StandardError final : public spdlog::sinks::base_sink<std::mutex> {
   protected:
     void sink_it_(const spdlog::details::log_msg& message) override {
@@ -133,13 +134,13 @@ std::string shortened(const std::string& message) {
 
 } // namespace
 
-LocalLogger::LocalLogger(const std::string& fileName, LineObserver observer)
+LocalLogger::LocalLogger(const std::string& fileName, LineObserver observer, Clock clock)
     : logger(std::make_unique<spdlog::logger>("velloren")) {
     auto standardError = std::make_shared<StandardError>();
     standardError->set_pattern(linePattern);
     logger->sinks().push_back(std::move(standardError));
     if (const auto folder = directories::state())
-        logger->sinks().push_back(std::make_shared<LogFile>(*folder / fileName));
+        logger->sinks().push_back(std::make_shared<LogFile>(*folder / fileName, std::move(clock)));
     if (observer) {
         logger->sinks().push_back(std::make_shared<ObservedLines>(std::move(observer)));
         logger->sinks().back()->set_pattern(linePattern);

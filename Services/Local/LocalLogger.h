@@ -2,6 +2,7 @@
 
 #include "Services/VLogger.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -24,11 +25,13 @@ namespace velloren {
 /// minute.
 class LocalLogger final : public Logger {
   public:
-    /// Told of every line as it is written, without its end. Any thread.
+    using Clock = std::function<std::chrono::steady_clock::time_point()>;
+    /// Gets every line as it is written, without its end. Any thread.
     using LineObserver = std::function<void(std::string_view line)>;
 
-    /// `fileName` is the name in the state folder: "menu.log" for the agent. No observer is told nothing.
-    explicit LocalLogger(const std::string& fileName, LineObserver observer = nullptr);
+    /// `fileName` is the name in the state folder: "menu.log" for the agent. The observer may be none.
+    explicit LocalLogger(const std::string& fileName, LineObserver observer = nullptr,
+                         Clock clock = std::chrono::steady_clock::now);
     ~LocalLogger() override;
 
   protected:

@@ -1,7 +1,6 @@
 #include "Services/Local/LocalMeetingStore.h"
 
 #include "Platform/Foundation/Directories.h"
-#include "Platform/Foundation/URL.h"
 #include "Platform/Foundation/Utf8.h"
 #include "Services/Local/FileWatch.h"
 
@@ -15,7 +14,6 @@
 #include <string>
 #include <system_error>
 #include <thread>
-#include <unistd.h>
 #include <utility>
 
 namespace velloren {
@@ -55,23 +53,17 @@ int sleepUntilDeadline(sqlite3_vfs*, int microseconds) {
     return microseconds;
 }
 
-/// Whether other processes may have the store as well: then its locks and the index of its log are used.
-enum class Sharing { Shared, Alone };
-
 // While another process recovers the write-ahead log, SQLite retries for ten seconds without asking the busy
-// handler; only its sleeps can be cut short.
-const char* fileSystem(Sharing sharing) {
-    static const auto registered = [](const char* base, const char* name) {
-        sqlite3_vfs changed = *sqlite3_vfs_find(base);
-        changed.zName = name;
-        changed.xSleep = &sleepUntilDeadline;
-        return changed;
-    };
-    static sqlite3_vfs shared = registered(nullptr, "velloren-shared");
-    static sqlite3_vfs alone = registered("unix-none", "velloren-alone");
-    static const bool known =
-        sqlite3_vfs_register(&shared, 0) == SQLITE_OK && sqlite3_vfs_register(&alone, 0) == SQLITE_OK;
-    return !known ? nullptr : sharing == Sharing::Shared ? shared.zName : alone.zName;
+// handler; only its sleeps can be cut short. None where SQLite has no memory left.
+const char* fileSystemWithDeadline() {
+    static sqlite3_vfs fileSystem = [] {
+        sqlite3_vfs copy = *sqlite3_vfs_find(nullptr);
+        copy.zName = "velloren";
+        copy.xSleep = &sleepUntilDeadline;
+        return copy;
+    }();
+    static const bool isRegistered = sqlite3_vfs_register(&fileSystem, 0) == SQLITE_OK;
+    return isRegistered ? fileSystem.zName : nullptr;
 }
 
 void keepDeadline(sqlite3* database) {
@@ -118,7 +110,7 @@ std::optional<std::string> repairedTextOf(const SQLite::Column& column) {
     return text ? std::optional(repairedText(*text)) : std::nullopt;
 }
 
-/// None where the id cannot travel: who chose that meeting could not be asked to open it.
+/// None where the id cannot travel: nobody could be asked to open that meeting.
 std::optional<Meeting> meetingIn(SQLite::Statement& row) {
     auto id = textOf(row.getColumn(0));
     if (id && !isPlainText(*id))
@@ -169,49 +161,6 @@ NextMeetings meetingsIn(SQLite::Database& database, std::int64_t earliest, bool 
     return next;
 }
 
-/// Whether nobody writes to the store, and nobody can from here: who writes has an index of the log, which
-/// this process could not even make.
-bool isAtRest(const std::filesystem::path& file) {
-    std::error_code error;
-    return std::filesystem::status(besides(file, "-shm"), error).type() ==
-               std::filesystem::file_type::not_found &&
-           ::access(file.parent_path().c_str(), W_OK) != 0;
-}
-
-/// The store without locks and without the index of its log.
-SQLite::Database openedAlone(const std::filesystem::path& file) {
-    constexpr int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX;
-    std::error_code error;
-    const auto logSize = std::filesystem::file_size(besides(file, "-wal"), error);
-    if (error || logSize == 0) {
-        std::string name = percentEncodedForQuery(file.string()).value_or(std::string());
-        for (auto mark = name.find('?'); mark != std::string::npos; mark = name.find('?', mark))
-            name.replace(mark, 1, "%3F");
-        return {"file:" + name + "?immutable=1", flags | SQLITE_OPEN_URI, 0, fileSystem(Sharing::Alone)};
-    }
-    SQLite::Database database(file.c_str(), flags, 0, fileSystem(Sharing::Alone));
-    sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-    database.exec("PRAGMA locking_mode = EXCLUSIVE"); // keeps the index in memory
-    return database;
-}
-
-std::optional<NextMeetings> meetingsFrom(const std::filesystem::path& file, std::int64_t earliest,
-                                         bool ascending, std::size_t most) {
-    deadline = SteadyClock::now() + timeLimit;
-    try {
-        SQLite::Database database(file.c_str(), SQLite::OPEN_READONLY | SQLite::OPEN_NOMUTEX, 0,
-                                  fileSystem(Sharing::Shared));
-        return meetingsIn(database, earliest, ascending, most);
-    } catch (const SQLite::Exception& trouble) {
-        // On a read-only file system, SQLite cannot share a store that has a log.
-        if (trouble.getErrorCode() != SQLITE_CANTOPEN || !isAtRest(file))
-            throw;
-    }
-    SQLite::Database database = openedAlone(file);
-    NextMeetings meetings = meetingsIn(database, earliest, ascending, most);
-    return isAtRest(file) ? std::optional(std::move(meetings)) : std::nullopt;
-}
-
 } // namespace
 
 LocalMeetingStore::LocalMeetingStore(std::filesystem::path file, Clock clock)
@@ -227,8 +176,11 @@ std::optional<NextMeetings> LocalMeetingStore::upcomingMeetings(bool ascending, 
     if (!canBeOpened(file))
         return std::nullopt;
     const auto earliest = std::chrono::ceil<std::chrono::seconds>(clock()).time_since_epoch().count();
+    deadline = SteadyClock::now() + timeLimit;
     try {
-        return meetingsFrom(file, earliest, ascending, most);
+        SQLite::Database database(file.c_str(), SQLite::OPEN_READONLY | SQLite::OPEN_NOMUTEX, 0,
+                                  fileSystemWithDeadline());
+        return meetingsIn(database, earliest, ascending, most);
     } catch (const SQLite::Exception&) {
         return std::nullopt;
     }

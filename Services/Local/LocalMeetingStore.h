@@ -16,8 +16,7 @@ namespace velloren {
 /// It is opened read-only for each query and never created. A store that is missing, locked, damaged, too
 /// slow or of another form cannot be read. An upcoming meeting starts at this second or later; equal starts
 /// are ordered by id. A field that is not a text is absent; a text is repaired, but what has an id that could
-/// not be handed back is no meeting. On a file system where nobody can write from
-/// here, a store that nobody has open is read as it is.
+/// not be handed back is no meeting.
 class LocalMeetingStore final : public MeetingStore {
   public:
     using Clock = std::function<Date()>;

@@ -167,21 +167,26 @@ TEST_F(LocalLoggerTest, KeepsAwayFromAFifoInTheFilesPlace) {
     EXPECT_THAT(standardError(), EndsWith(" somebody reads\n"));
 }
 
-TEST_F(LocalLoggerTest, OutlivesARotationWithoutPlaceForTheOldOrTheNewFile) {
+TEST_F(LocalLoggerTest, TriesAgainAMinuteAfterARotationWithoutPlaceForTheOldOrTheNewFile) {
     const std::filesystem::path folder = file.parent_path();
     const std::vector<std::function<void()>> obstacles{
         [&] { std::filesystem::create_directories(folder / "menu.1.log/in the way"); },
-        [&] { std::filesystem::rename(folder, directory / "gone"); },
+        [&] { std::filesystem::rename(folder, directory / "gone"), std::ofstream(folder) << "in the way"; },
     };
+    std::chrono::steady_clock::time_point now;
     for (const auto& putInTheWay : obstacles) {
-        LocalLogger logger("menu.log");
+        LocalLogger logger("menu.log", nullptr, [&] { return now; });
         logger.info("first", origin);
         putInTheWay();
-        std::ofstream(folder) << "in the way";
         writeLines(logger, 250);
+        std::filesystem::remove_all(folder);
+        logger.info("too soon", origin);
+        EXPECT_FALSE(std::filesystem::exists(file));
+        now += std::chrono::minutes(1);
         logger.info("last", origin);
+        EXPECT_THAT(linesIn(file), ElementsAre(EndsWith(" last")));
     }
-    EXPECT_THAT(standardError(), MatchesRegex(".* last\n.* last\n"));
+    EXPECT_THAT(standardError(), MatchesRegex(".* too soon\n.* last\n.* too soon\n.* last\n"));
 }
 
 } // namespace

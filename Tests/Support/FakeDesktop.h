@@ -77,14 +77,12 @@ class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer
 class FakeStatusBar final : public Installable<FakeStatusBar, StatusBar> {
   public:
     bool givesButton = true;
-    double lengthAskedFor = 0;
     bool toolTipAllowed = true;
     StatusBarButton* latestButton = nullptr;
     StatusMenu* latestMenu = nullptr;
     std::function<void()> asked = [] {}; ///< called when an item is asked for its button
 
     std::unique_ptr<StatusItem> statusItemWithLength(double length) override {
-        lengthAskedFor = length;
         auto item = std::make_unique<Item>(*this);
         if (givesButton)
             item->given = std::make_unique<StatusBarButton>(QSize(qRound(length), 22));

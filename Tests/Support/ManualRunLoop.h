@@ -28,16 +28,21 @@ class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
         return schedule(interval, std::chrono::round<Time>(interval), std::move(task));
     }
 
+    [[nodiscard]] Moment now() const override {
+        return start + std::chrono::floor<std::chrono::milliseconds>(elapsed);
+    }
+
     Subscription postAt(Moment moment, Task task) override {
-        const auto entry = schedule(moment - std::chrono::system_clock::now(), Time::zero(), std::move(task));
+        const auto entry = schedule(moment - now(), Time::zero(), std::move(task));
         byClock.push_back(entry);
         return Subscription([entry] { entry->invalidate(); });
     }
 
     /// Somebody sets the system's clock.
-    void setClock() {
+    void setClock(Moment moment) {
+        start += moment - now();
         for (const auto& entry : std::exchange(byClock, {}))
-            entry->due = now;
+            entry->due = elapsed;
         advance(Seconds::zero());
     }
 
@@ -60,7 +65,7 @@ class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
 
     /// Lets `duration` pass: everything that falls due runs at its moment.
     void advance(Seconds duration) {
-        const Time end = now + std::chrono::round<Time>(duration);
+        const Time end = elapsed + std::chrono::round<Time>(duration);
         runPending();
         while (!scheduled.empty()) {
             const auto next =
@@ -68,14 +73,14 @@ class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
             const auto entry = *next;
             if (entry->due > end)
                 break;
-            now = entry->due;
+            elapsed = entry->due;
             entry->due += entry->interval;
             if (entry->interval == Time::zero())
                 scheduled.erase(next);
             entry->task();
             runPending();
         }
-        now = end;
+        elapsed = end;
     }
 
     /// Runs what other threads post, until `condition` holds; whether it did within a generous limit of real
@@ -123,7 +128,7 @@ class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
     };
 
     std::shared_ptr<Entry> schedule(Seconds delay, Time interval, Task task) {
-        const Time due = now + std::chrono::round<Time>(delay);
+        const Time due = elapsed + std::chrono::round<Time>(delay);
         return scheduled.emplace_back(std::make_shared<Entry>(*this, due, interval, std::move(task)));
     }
 
@@ -133,7 +138,8 @@ class ManualRunLoop final : public Installable<ManualRunLoop, RunLoop> {
     std::list<std::shared_ptr<Entry>> scheduled;
     std::list<std::shared_ptr<Entry>> byClock;
     std::list<std::pair<int, Task>> watched;
-    Time now{0};
+    Moment start = RunLoop::now();
+    Time elapsed{0};
     const std::thread::id home = std::this_thread::get_id();
 };
 

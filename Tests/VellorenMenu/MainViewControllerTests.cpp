@@ -10,6 +10,7 @@ namespace velloren {
 
 namespace {
 
+using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -134,6 +135,7 @@ TEST_F(MainViewControllerTest, ListsWhatTheMainAppAnswersInItsOrder) {
     EXPECT_THAT(heights(), ElementsAre(0, 60, 60, 60, 40));
     EXPECT_THAT(shownIds(), ElementsAre("z", "a", ""));
     EXPECT_EQ(controller->firstMeetingView->titleLabel->stringValue(), "Last");
+    EXPECT_TRUE(controller->firstMeetingView->timeLabel->stringValue().contains("Mar"));
 }
 
 TEST_F(MainViewControllerTest, KeepsTheAnswerThatArrivedLast) {
@@ -156,18 +158,33 @@ TEST_F(MainViewControllerTest, SetsTheUploadRowAtEachAppearance) {
     }
 }
 
-TEST_F(MainViewControllerTest, KeepsTheTimesTrueForAsLongAsTheyShow) {
-    const EnvironmentVariable before("TZ", "UTC");
-    store.meetings = std::vector<Meeting>{{"1", "", "2031-03-07T14:05:00+00:00"}};
-    appear();
+TEST_F(MainViewControllerTest, KeepsTheTimesTrueForAsLongAsTheyShowAndWakesUpForNothingElse) {
+    const EnvironmentVariable zone("TZ", "UTC");
+    const std::string start = "2031-03-07T14:05:00Z";
+    store.meetings = std::vector<Meeting>{{"1", "", start}, {"2", "", start}, {"3", "", start}};
+    const auto dates = [this] {
+        std::vector<QString> texts;
+        for (const auto& row :
+             {controller->firstMeetingView, controller->secondMeetingView, controller->thridMeetingView})
+            texts.push_back(row->timeLabel->stringValue());
+        return texts;
+    };
+    loop.setClock(*meetingDateFormatter().dateFromString(start) - std::chrono::hours(15));
+    controller->viewDidDisappear(); // of a popover that never got its place
     controller->viewDidAppear();
-    EXPECT_TRUE(controller->firstMeetingView->titleLabel->isHidden()) << "no gap where the title is empty";
-    const auto* time = controller->firstMeetingView->timeLabel.data();
-    EXPECT_TRUE(time->stringValue().contains("14:05"));
-    const EnvironmentVariable after("TZ", "Asia/Kolkata");
-    loop.advance(RunLoop::Seconds(1));
-    EXPECT_TRUE(time->stringValue().contains("19:35"));
+    EXPECT_EQ(loop.pendingTimers(), 0u) << "nothing shows yet";
+    appear();
+    EXPECT_THAT(dates(), Each(QString("Tomorrow at 14:05")));
+    EXPECT_EQ(loop.pendingTimers(), 1u);
+    controller->firstMeetingView->timeLabel->setStringValue(QString("untouched"));
+    loop.advance(std::chrono::minutes(54));
+    EXPECT_EQ(dates().front(), "untouched");
+    loop.advance(std::chrono::minutes(1));
+    EXPECT_THAT(dates(), Each(QString("Today at 14:05")));
+    loop.setClock(loop.now() - std::chrono::hours(24));
+    EXPECT_THAT(dates(), Each(QString("Tomorrow at 14:05"))) << "somebody set the clock";
     controller->viewDidDisappear();
+    appear();
     EXPECT_EQ(loop.pendingTimers(), 0u) << "nothing wakes up for what nobody sees";
 }
 
