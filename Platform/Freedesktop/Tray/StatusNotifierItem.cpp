@@ -1,6 +1,7 @@
 #include "Platform/Freedesktop/Tray/StatusNotifierItem.h"
 
 #include "Platform/Desktop/GlobalEvents.h"
+#include "Platform/Freedesktop/Bus/BusObject.h"
 #include "Platform/Freedesktop/Bus/BusSignal.h"
 #include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 #include "Platform/Views/WindowServer.h"
@@ -83,9 +84,7 @@ StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, Identity iden
         legacyIcon.setWanted(true);
         registerIfDue();
     });
-    this->bus.registerObject(itemPath, this,
-                             QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots |
-                                 QDBusConnection::ExportAllSignals);
+    exportObject(this->bus, itemPath, *this);
     this->bus.registerService(this->identity.serviceName);
     followWatcher();
 }
