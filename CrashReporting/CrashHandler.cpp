@@ -6,6 +6,7 @@
 #include "CrashReporting/StackModule.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/StandardError.h"
+#include "Platform/Foundation/UniqueDescriptor.h"
 
 #include <array>
 #include <atomic>
@@ -107,12 +108,12 @@ void report(const Crash& crash) {
     if (folderOfReports.view().empty())
         return;
     const FixedText path = pathOfReport(crash);
-    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (file < 0)
+    const UniqueDescriptor file(
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!file)
         return;
-    ::fchmod(file, S_IRUSR | S_IWUSR); // whatever the umask
-    writeReport(file, crash);
-    ::close(file);
+    ::fchmod(file.get(), S_IRUSR | S_IWUSR); // whatever the umask
+    writeReport(file.get(), crash);
     FixedText message;
     message << "The report of this crash is in " << path.view() << "\n";
     writeToStandardError(message.view());

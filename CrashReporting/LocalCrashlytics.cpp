@@ -3,7 +3,7 @@
 #include "CrashReporting/CrashFolder.h"
 #include "CrashReporting/CrashHandler.h"
 #include "CrashReporting/RecentLines.h"
-#include "Platform/Desktop/GuiApplication.h"
+#include "Platform/Desktop/QtApplication.h"
 #include "Platform/Foundation/BundleVersions.h"
 #include "Platform/Foundation/Directories.h"
 #include "Platform/Foundation/PrivateFiles.h"
@@ -27,7 +27,7 @@ void LocalCrashlytics::start() {
         keepNewestReports(*folder);
     installCrashHandler(folder ? folder->string() : std::string(), version);
     if (UserDefaults::standardUserDefaults().boolForKey("NSApplicationCrashOnExceptions") == false)
-        GuiApplication::setExceptionHandler([](const std::string& exception) {
+        QtApplication::setExceptionHandler([](const std::string& exception) {
             Logger::sharedInstance().error("Uncaught exception: " + exception,
                                            {"CrashReporting/LocalCrashlytics", "start()"});
         });

@@ -1,19 +1,19 @@
 #include "CrashReporting/LocalCrashlytics.h"
 #include "Platform/Desktop/Application.h"
-#include "Platform/Desktop/GuiApplication.h"
+#include "Platform/Desktop/QtApplication.h"
 #include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/Directories.h"
+#include "Platform/Foundation/Memory.h"
 #include "Platform/Foundation/QtRunLoop.h"
 #include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Foundation/StandardError.h"
 #include "Platform/Foundation/UserDefaults.h"
 #include "Platform/Freedesktop/Backends/DisplayLoss.h"
 #include "Platform/Freedesktop/Backends/SessionBackends.h"
-#include "Platform/Freedesktop/Bus/BusSignal.h"
-#include "Platform/Freedesktop/Session/DBusWorkspace.h"
-#include "Platform/Freedesktop/Session/DesktopApplication.h"
+#include "Platform/Freedesktop/Session/BusLoss.h"
 #include "Platform/Freedesktop/Session/DesktopSettings.h"
 #include "Platform/Freedesktop/Session/SessionLock.h"
+#include "Platform/Freedesktop/Session/SingleInstance.h"
 #include "Platform/Freedesktop/Session/TerminationSignals.h"
 #include "Platform/Link/DBus/DBusLink.h"
 #include "Platform/Views/Accessibility.h"
@@ -30,7 +30,6 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <malloc.h>
 #include <optional>
 #include <string>
 
@@ -74,16 +73,10 @@ class ProcessServices {
     }
 };
 
-/// The agent does next to nothing most of the time: little memory is worth more than threads that need not
-/// wait for one another's allocations.
-void shareOneArena() {
-    mallopt(M_ARENA_MAX, 1);
-}
-
 /// Once the bar has asked for what it shows and was looked at for the last time: starting takes more memory
 /// than running.
-void giveBackWhatStartingTook() {
-    RunLoop::main().postAfter(RunLoop::Seconds(4), [] { malloc_trim(0); });
+void giveBackMemoryOnceStarted() {
+    RunLoop::main().postAfter(RunLoop::Seconds(4), giveBackUnusedMemory);
 }
 
 /// A session that has just started is not locked, and has other things to do.
@@ -98,32 +91,6 @@ int fail(const char* reason) {
     writeToStandardError(std::string("velloren-menu: ") + reason + "\n");
     return EXIT_FAILURE;
 }
-
-/// Ends the process when the session bus does: nothing the agent is for works without it.
-class SessionEnd final : public QObject {
-    Q_OBJECT
-
-  public:
-    SessionEnd(const QDBusConnection& bus, const Application& application, TerminationSignals& signals)
-        : application(application), signals(signals) {
-        followSignal(bus,
-                     {QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                      QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected")},
-                     *this, SLOT(busDisconnected()));
-    }
-
-  private Q_SLOTS:
-
-    void busDisconnected() {
-        signals.deliver(); // the end of a session sends one as well, and both may be here
-        if (!application.isTerminating())
-            QCoreApplication::exit(fail("the session bus went away"));
-    }
-
-  private:
-    const Application& application;
-    TerminationSignals& signals;
-};
 
 /// Whether the environment says that the session starts this program. What is started from here is not to
 /// take that for its own. Before there are threads.
@@ -146,26 +113,27 @@ int runAgent(TerminationSignals& signals, SessionDisplay display, StartedBy star
     const std::string identifier = VApp(VApp::menu).bundleIdentifier();
     const SessionBackends backends(
         display, bus, {identifier, "Velloren", {VApp(VApp::main).bundleIdentifier(), identifier}});
-    const SessionEnd sessionEnd(bus, application, signals);
+    const BusLoss busLoss(bus, [&] { // nothing the agent is for works without it
+        signals.deliver();           // the end of a session sends one as well, and both may be here
+        if (!application.isTerminating())
+            QCoreApplication::exit(fail("the session bus went away"));
+    });
     SessionLock lock;
-    const DesktopApplication desktopApplication(bus, identifier, [&](StartedBy by) {
+    SingleInstance instance(bus, identifier, [&](StartedBy by) {
         signals.deliver(); // one may have been sent before this call
         if (by == StartedBy::User && !application.isTerminating())
             lock.whenUnlocked([&application] { application.reopen(); });
         return !application.isTerminating();
     });
-    const auto rank = announceRunning(bus, identifier);
-    if (!rank)
+    switch (instance.start(startedBy)) {
+    case SingleInstance::Outcome::Stays:
+        break;
+    case SingleInstance::Outcome::FirstActivated:
+        return EXIT_SUCCESS;
+    case SingleInstance::Outcome::FirstSilent:
+        return fail("another one is running and does not answer");
+    case SingleInstance::Outcome::Refused:
         return fail("the session bus does not let this program have its name");
-    if (rank == InstanceRank::Later) {
-        switch (activateOtherInstance(bus, identifier, startedBy)) {
-        case OtherInstance::Activated:
-            return EXIT_SUCCESS;
-        case OtherInstance::Silent:
-            return fail("another one is running and does not answer");
-        case OtherInstance::Gone:
-            break;
-        }
     }
 
     DBusLink link;
@@ -175,14 +143,15 @@ int runAgent(TerminationSignals& signals, SessionDisplay display, StartedBy star
     const DesktopSettings settings(bus, [&delegate] { delegate.icon().setNeedsDisplay(); });
     lock.setLockedHandler([&delegate] { delegate.closePopover(nullptr); });
     followLock(lock, bus);
-    giveBackWhatStartingTook();
+    giveBackMemoryOnceStarted();
     return application.run();
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    shareOneArena();
+    openMissingStandardStreams();
+    keepLittleMemory();
     TerminationSignals signals;
     std::signal(SIGPIPE, SIG_IGN); // nobody may read standard error any more
     neverWaitForStandardError();
@@ -193,7 +162,7 @@ int main(int argc, char** argv) {
     if (!display)
         return fail("there is no display to show anything on");
     std::optional<DisplayChoice> choice(*display);
-    const GuiApplication qtApplication(argc, argv);
+    const QtApplication qtApplication(argc, argv);
     display = choice->made();
     choice.reset();
     if (!QDBusConnection::sessionBus().isConnected())
@@ -209,5 +178,3 @@ int main(int argc, char** argv) {
     const bool bySession = marked || qtApplication.isSessionRestored();
     return runAgent(signals, *display, bySession ? StartedBy::Session : StartedBy::User);
 }
-
-#include "main.moc"

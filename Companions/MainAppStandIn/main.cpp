@@ -6,9 +6,10 @@
 #include "Companions/MainAppStandIn/RequestLog.h"
 #include "Platform/Foundation/QtRunLoop.h"
 #include "Platform/Foundation/SharedInstance.h"
-#include "Platform/Link/DBus/DBusLink.h"
-#include "Platform/Freedesktop/Session/DBusWorkspace.h"
+#include "Platform/Freedesktop/Session/BusLoss.h"
+#include "Platform/Freedesktop/Session/SingleInstance.h"
 #include "Platform/Freedesktop/Session/TerminationSignals.h"
+#include "Platform/Link/DBus/DBusLink.h"
 #include "Services/Local/LocalMeetingStore.h"
 #include "Shared/VApp.h"
 
@@ -50,12 +51,16 @@ Options optionsOf(const QCoreApplication& application) {
             parser.value(after).toDouble(), parser.value(log).toStdString()};
 }
 
+int fail(const char* reason) {
+    std::fprintf(stderr, "velloren-main: %s\n", reason);
+    return EXIT_FAILURE;
+}
+
 int run(const Options& options, TerminationSignals& signals) {
     const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!announceRunning(bus, VApp(VApp::main).bundleIdentifier())) {
-        std::fputs("velloren-main: there is no session bus to run on\n", stderr);
-        return EXIT_FAILURE;
-    }
+    if (!announceRunning(bus, VApp(VApp::main).bundleIdentifier()))
+        return fail("there is no session bus to run on");
+    const BusLoss busLoss(bus, [] { QCoreApplication::exit(fail("the session bus went away")); });
     MeetingDatabase database(MeetingDatabase::usualPath());
     const auto store = LocalMeetingStore::ofThisUser();
     RequestLog log(options.requestLog);
@@ -66,10 +71,8 @@ int run(const Options& options, TerminationSignals& signals) {
     listener->setDelegate(&service);
     listener->resume();
     const auto endpoint = listener->endpoint();
-    if (!endpoint) {
-        std::fputs("velloren-main: there is no private runtime directory to listen in\n", stderr);
-        return EXIT_FAILURE;
-    }
+    if (!endpoint)
+        return fail("there is no private runtime directory to listen in");
     Registration registration(link, bus, *endpoint);
     if (options.registers)
         RunLoop::main().postAfter(RunLoop::Seconds(options.registersAfter), [&] { registration.start(); });

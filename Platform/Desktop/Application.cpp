@@ -1,6 +1,6 @@
 #include "Platform/Desktop/Application.h"
 
-#include "Platform/Desktop/GuiApplication.h"
+#include "Platform/Desktop/QtApplication.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/RunLoop.h"
 
@@ -16,11 +16,11 @@ Application* sharedApplication = nullptr;
 
 Application::Application() {
     sharedApplication = this;
-    GuiApplication::setQuitHandler([this] { terminate("<Event: Quit>"); });
+    QtApplication::setQuitHandler([this] { terminate("<Event: Quit>"); });
 }
 
 Application::~Application() {
-    GuiApplication::setQuitHandler(nullptr);
+    QtApplication::setQuitHandler(nullptr);
     sharedApplication = nullptr;
 }
 

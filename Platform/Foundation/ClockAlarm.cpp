@@ -1,7 +1,6 @@
 #include "Platform/Foundation/ClockAlarm.h"
 
 #include <sys/timerfd.h>
-#include <unistd.h>
 #include <utility>
 
 namespace velloren {
@@ -23,14 +22,8 @@ ClockAlarm::ClockAlarm(RunLoop& loop, RunLoop::Moment moment, RunLoop::Task task
     : task(std::move(task)), descriptor(::timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK)) {
     const itimerspec time = onceAt(moment);
     constexpr int flags = TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET;
-    if (descriptor >= 0 && ::timerfd_settime(descriptor, flags, &time, nullptr) == 0)
-        arrival = loop.watch(descriptor, [this] { fire(); });
-}
-
-ClockAlarm::~ClockAlarm() {
-    cancel();
-    if (descriptor >= 0)
-        ::close(descriptor);
+    if (descriptor && ::timerfd_settime(descriptor.get(), flags, &time, nullptr) == 0)
+        arrival = loop.watch(descriptor.get(), [this] { fire(); });
 }
 
 void ClockAlarm::fire() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Foundation/RunLoop.h"
+#include "Platform/Foundation/UniqueDescriptor.h"
 
 namespace velloren {
 
@@ -12,7 +13,6 @@ class ClockAlarm {
     ClockAlarm(RunLoop& loop, RunLoop::Moment moment, RunLoop::Task task);
     ClockAlarm(const ClockAlarm&) = delete;
     ClockAlarm& operator=(const ClockAlarm&) = delete;
-    ~ClockAlarm();
 
     void cancel() { arrival = {}; }
 
@@ -20,7 +20,7 @@ class ClockAlarm {
     void fire();
 
     RunLoop::Task task;
-    const int descriptor;
+    const UniqueDescriptor descriptor; ///< outlives the arrival that is watched for on it
     Subscription arrival;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 
 namespace velloren {
@@ -9,5 +10,10 @@ namespace velloren {
 /// in the group "General", stands alone. A list, a value of one of Qt's own types and a text with a NUL are
 /// left out; none of them is turned into the object that it describes. Any thread.
 [[nodiscard]] std::map<std::string, std::string, std::less<>> textsInIni(const std::string& contents);
+
+/// The contents with that text for the key, or without the key where there is none; everything else stays as
+/// it is. The key is of ASCII letters, digits and "_-.", but for the "/" behind its group. Any thread.
+[[nodiscard]] std::string iniWithText(const std::string& contents, const std::string& key,
+                                      const std::optional<std::string>& text);
 
 } // namespace velloren

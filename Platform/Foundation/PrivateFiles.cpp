@@ -1,9 +1,10 @@
 #include "Platform/Foundation/PrivateFiles.h"
 
+#include "Platform/Foundation/UniqueDescriptor.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <system_error>
-#include <unistd.h>
 
 namespace velloren {
 
@@ -21,17 +22,14 @@ bool createPrivateFolder(const std::filesystem::path& folder) {
 
 bool createPrivateFile(const std::filesystem::path& file) {
     constexpr mode_t ownerAlone = S_IRUSR | S_IWUSR;
-    const int descriptor =
-        ::open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, ownerAlone);
-    if (descriptor < 0)
-        return false;
+    const UniqueDescriptor descriptor(
+        ::open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, ownerAlone));
 
     struct stat status {};
 
-    const bool regular = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    const bool regular = descriptor && ::fstat(descriptor.get(), &status) == 0 && S_ISREG(status.st_mode);
     if (regular)
-        ::fchmod(descriptor, ownerAlone);
-    ::close(descriptor);
+        ::fchmod(descriptor.get(), ownerAlone);
     return regular;
 }
 

@@ -1,5 +1,7 @@
 #include "Platform/Foundation/StandardError.h"
 
+#include "Platform/Foundation/UniqueDescriptor.h"
+
 #include <QString>
 #include <QtGlobal>
 
@@ -27,6 +29,13 @@ void writeQtMessage(QtMsgType type, const QMessageLogContext& context, const QSt
 
 } // namespace
 
+void openMissingStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0)
+            (void)!::open("/dev/null", O_RDWR); // takes the lowest number that is free: this one
+    }
+}
+
 void neverWaitForStandardError() {
     qInstallMessageHandler(&writeQtMessage);
 
@@ -35,11 +44,9 @@ void neverWaitForStandardError() {
     if (::fstat(STDERR_FILENO, &status) != 0 || !(S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode)))
         return; // a file makes nobody wait, and a socket cannot be opened
     // Whoever else has the pipe or the terminal may rely on waiting: only what is opened here does not.
-    const int own = ::open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (own < 0)
-        return;
-    ::dup2(own, STDERR_FILENO);
-    ::close(own);
+    const UniqueDescriptor own(::open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (own)
+        ::dup2(own.get(), STDERR_FILENO);
 }
 
 std::size_t writeToStandardError(std::string_view text) {

@@ -5,6 +5,10 @@
 
 namespace velloren {
 
+/// Gives standard input, output and error a place where this process was started without, before anything
+/// else takes it and is written to or closed for one of them. Main thread, first of all.
+void openMissingStandardStreams();
+
 /// From now on nothing that this process, or a library of it, writes to standard error waits for who reads
 /// that: what does not fit is lost. Main thread, before there are others.
 void neverWaitForStandardError();

@@ -1,15 +1,16 @@
 #include "Platform/Foundation/UserDefaults.h"
 
 #include "Platform/Foundation/IniTexts.h"
+#include "Platform/Foundation/PrivateFiles.h"
 #include "Platform/Foundation/SharedInstance.h"
+#include "Platform/Foundation/UniqueDescriptor.h"
 
-#include <QSettings>
+#include <QSaveFile>
 #include <QString>
 
+#include <cerrno>
 #include <fcntl.h>
-#include <functional>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -19,52 +20,34 @@ namespace {
 
 constexpr off_t largestFile = off_t{1024} * 1024;
 
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number(number) {}
-
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    ~Descriptor() {
-        if (number >= 0)
-            ::close(number);
-    }
-
-    [[nodiscard]] bool isOpen() const { return number >= 0; }
-
-    [[nodiscard]] int get() const { return number; }
-
-  private:
-    int number;
-};
-
-std::string contentsOf(const std::filesystem::path& file) {
-    const Descriptor source(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+/// None where something is there that cannot be read as a whole.
+std::optional<std::string> contentsOf(const std::filesystem::path& file) {
+    const UniqueDescriptor source(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!source)
+        return errno == ENOENT ? std::optional(std::string()) : std::nullopt;
 
     struct stat status {};
 
-    if (!source.isOpen() || ::fstat(source.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
-        status.st_size > largestFile)
-        return {};
+    if (::fstat(source.get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > largestFile)
+        return std::nullopt;
 
     std::string contents(static_cast<std::size_t>(status.st_size), '\0');
-    std::size_t filled = 0;
-    while (filled < contents.size()) {
-        const ssize_t count = ::read(source.get(), contents.data() + filled, contents.size() - filled);
-        if (count <= 0)
+    std::size_t size = 0;
+    while (size < contents.size()) {
+        const ssize_t count = ::read(source.get(), contents.data() + size, contents.size() - size);
+        if (count < 0)
+            return std::nullopt;
+        if (count == 0)
             break;
-        filled += static_cast<std::size_t>(count);
+        size += static_cast<std::size_t>(count);
     }
-    contents.resize(filled);
+    contents.resize(size);
     return contents;
 }
 
 std::optional<std::string> textIn(const UserDefaults::Registration& values, const std::string& key) {
-    const auto found = values.find(key);
-    if (found == values.end())
-        return std::nullopt;
-    return found->second;
+    const auto entry = values.find(key);
+    return entry == values.end() ? std::nullopt : std::optional(entry->second);
 }
 
 std::optional<bool> booleanIn(const UserDefaults::Registration& values, const std::string& key) {
@@ -76,21 +59,18 @@ std::optional<bool> booleanIn(const UserDefaults::Registration& values, const st
     return std::nullopt;
 }
 
-void change(const std::filesystem::path& file, const std::function<void(QSettings&)>& edit) {
-    std::error_code error;
-    const auto type = std::filesystem::status(file, error).type();
-    if (file.empty() ||
-        (type != std::filesystem::file_type::regular && type != std::filesystem::file_type::not_found))
-        return;
-    QSettings settings(QString::fromStdString(file.string()), QSettings::IniFormat);
-    edit(settings);
-    settings.sync();
+/// As a whole or not at all: somebody may read it meanwhile.
+void write(const std::filesystem::path& file, const std::string& contents) {
+    QSaveFile saved(QString::fromStdString(file.string()));
+    if (createPrivateFolder(file.parent_path()) && saved.open(QIODevice::WriteOnly) &&
+        saved.write(contents.data(), qint64(contents.size())) == qint64(contents.size()))
+        (void)saved.commit();
 }
 
 } // namespace
 
 UserDefaults::UserDefaults(std::filesystem::path file) : file(std::move(file)) {
-    values = textsInIni(contentsOf(this->file));
+    values = textsInIni(contentsOf(this->file).value_or(""));
 }
 
 UserDefaults& UserDefaults::standardUserDefaults() {
@@ -112,20 +92,17 @@ void UserDefaults::registerDefaults(const Registration& defaults) {
         registered.insert_or_assign(key, value);
 }
 
-void UserDefaults::setString(const std::string& key, const std::string& value) {
-    values.insert_or_assign(key, value);
-    change(file, [&](QSettings& settings) {
-        settings.setValue(QString::fromStdString(key), QString::fromStdString(value));
-    });
-}
-
-void UserDefaults::setBool(const std::string& key, bool value) {
-    setString(key, value ? "true" : "false");
-}
-
-void UserDefaults::removeValue(const std::string& key) {
-    values.erase(key);
-    change(file, [&](QSettings& settings) { settings.remove(QString::fromStdString(key)); });
+void UserDefaults::set(const Changes& changes) {
+    const auto contents = contentsOf(file);
+    std::string changed = contents.value_or("");
+    for (const auto& [key, text] : changes) {
+        values.erase(key);
+        if (text)
+            values.emplace(key, *text);
+        changed = iniWithText(changed, key, text);
+    }
+    if (!file.empty() && contents && changed != contents)
+        write(file, changed);
 }
 
 } // namespace velloren

@@ -32,11 +32,13 @@ class UserDefaults {
     /// Adds values for keys that the file does not set. They are never written to the file.
     void registerDefaults(const Registration& defaults);
 
-    /// Set or remove a value, here and in the file at once. When the file cannot be written the change lasts
-    /// as long as this object.
-    void setString(const std::string& key, const std::string& value);
-    void setBool(const std::string& key, bool value);
-    void removeValue(const std::string& key);
+    /// What `set` takes: texts by key; none removes what was there.
+    using Changes = std::map<std::string, std::optional<std::string>, std::less<>>;
+
+    /// Changes these together, here and in the file at once; the file's other contents stay as they are. When
+    /// the file cannot be read as a whole or written, the change lasts as long as this object. Keys are of
+    /// ASCII letters, digits and "_-.", but for the "/" behind the group.
+    void set(const Changes& changes);
 
   private:
     std::filesystem::path file;

@@ -16,13 +16,6 @@ std::optional<std::string> filledStringForKey(const UserDefaults& defaults, cons
     return value && !value->empty() ? value : std::nullopt;
 }
 
-void setOrRemove(UserDefaults& defaults, const char* key, const std::optional<std::string>& value) {
-    if (value)
-        defaults.setString(key, *value);
-    else
-        defaults.removeValue(key);
-}
-
 } // namespace
 
 std::filesystem::path currentUserFile() {
@@ -41,16 +34,8 @@ std::optional<CurrentUserRecord> readCurrentUser(const std::filesystem::path& fi
 }
 
 void storeCurrentUser(const std::filesystem::path& file, const CurrentUserRecord& user) {
-    UserDefaults defaults(file);
-    setOrRemove(defaults, idKey, user.id);
-    setOrRemove(defaults, emailKey, user.email);
-    defaults.setBool(loggedInKey, user.loggedIn);
-}
-
-void clearCurrentUser(const std::filesystem::path& file) {
-    UserDefaults defaults(file);
-    for (const char* key : {idKey, emailKey, loggedInKey})
-        defaults.removeValue(key);
+    UserDefaults(file).set(
+        {{idKey, user.id}, {emailKey, user.email}, {loggedInKey, user.loggedIn ? "true" : "false"}});
 }
 
 } // namespace velloren

@@ -25,6 +25,5 @@ struct CurrentUserRecord {
 
 /// For the program that owns the record; other contents of the file are kept.
 void storeCurrentUser(const std::filesystem::path& file, const CurrentUserRecord& user);
-void clearCurrentUser(const std::filesystem::path& file);
 
 } // namespace velloren

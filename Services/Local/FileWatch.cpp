@@ -1,6 +1,7 @@
 #include "Services/Local/FileWatch.h"
 
 #include "Platform/Foundation/RunLoop.h"
+#include "Platform/Foundation/UniqueDescriptor.h"
 
 #include <array>
 #include <cstdint>
@@ -25,7 +26,7 @@ class FileWatch : public std::enable_shared_from_this<FileWatch> {
     FileWatch(std::filesystem::path file, std::string companion, std::function<void()> changed)
         : file(std::move(file)), companion(std::move(companion)), changed(std::move(changed)),
           descriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
-        if (descriptor < 0)
+        if (!descriptor)
             return;
         follow();
         listen();
@@ -33,12 +34,7 @@ class FileWatch : public std::enable_shared_from_this<FileWatch> {
 
     FileWatch(const FileWatch&) = delete;
     FileWatch& operator=(const FileWatch&) = delete;
-
-    ~FileWatch() {
-        events = {};
-        if (descriptor >= 0)
-            ::close(descriptor);
-    }
+    ~FileWatch() = default;
 
   private:
     void follow() {
@@ -47,7 +43,7 @@ class FileWatch : public std::enable_shared_from_this<FileWatch> {
         if (nextOnTheWay != file)
             watchNearestFolder(); // one further down may have come meanwhile
         if (former >= 0 && former != folder)
-            ::inotify_rm_watch(descriptor, former);
+            ::inotify_rm_watch(descriptor.get(), former);
     }
 
     void watchNearestFolder() {
@@ -55,14 +51,14 @@ class FileWatch : public std::enable_shared_from_this<FileWatch> {
         for (nextOnTheWay = file; folder < 0 && nextOnTheWay.has_relative_path();
              nextOnTheWay = nextOnTheWay.parent_path()) {
             const std::uint32_t events = itself | (nextOnTheWay == file ? files : arrivals);
-            folder = ::inotify_add_watch(descriptor, nextOnTheWay.parent_path().c_str(), events);
+            folder = ::inotify_add_watch(descriptor.get(), nextOnTheWay.parent_path().c_str(), events);
             if (folder >= 0)
                 return;
         }
     }
 
     void listen() {
-        events = RunLoop::main().watch(descriptor, [this] { hear(); });
+        events = RunLoop::main().watch(descriptor.get(), [this] { hear(); });
     }
 
     void hear() {
@@ -82,7 +78,7 @@ class FileWatch : public std::enable_shared_from_this<FileWatch> {
         bool concernsTheFile = false;
         alignas(inotify_event) std::array<char, 4096> buffer{};
         for (;;) {
-            const ssize_t size = ::read(descriptor, buffer.data(), buffer.size());
+            const ssize_t size = ::read(descriptor.get(), buffer.data(), buffer.size());
             if (size <= 0)
                 break;
             for (const char* next = buffer.data(); next < buffer.data() + size;) {
@@ -107,7 +103,7 @@ class FileWatch : public std::enable_shared_from_this<FileWatch> {
     const std::filesystem::path file;
     const std::string companion;
     const std::function<void()> changed;
-    const int descriptor;
+    const UniqueDescriptor descriptor;
     int folder = -1;                    ///< the number of its watch
     std::filesystem::path nextOnTheWay; ///< in that folder: the file, or the next folder on the way to it
     Subscription events;

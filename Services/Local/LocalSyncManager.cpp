@@ -1,9 +1,9 @@
 #include "Services/Local/LocalSyncManager.h"
 
+#include "Platform/Foundation/UniqueDescriptor.h"
 #include "Services/Local/UploadingLock.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 #include <utility>
 
 namespace velloren {
@@ -15,18 +15,15 @@ std::unique_ptr<LocalSyncManager> LocalSyncManager::ofThisUser() {
 }
 
 bool LocalSyncManager::isSyncing() {
-    const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY);
-    if (descriptor < 0)
-        return false;
+    const UniqueDescriptor descriptor(
+        ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY));
 
     // Only a write lock stands in the way of a read lock.
     struct flock lock {};
 
     lock.l_type = F_RDLCK;
     lock.l_whence = SEEK_SET;
-    const bool answered = ::fcntl(descriptor, F_OFD_GETLK, &lock) == 0;
-    ::close(descriptor);
-    return answered && lock.l_type == F_WRLCK;
+    return descriptor && ::fcntl(descriptor.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type == F_WRLCK;
 }
 
 } // namespace velloren

@@ -5,7 +5,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace velloren {
 
@@ -17,25 +16,16 @@ std::filesystem::path UploadingLock::usualPath() {
 std::unique_ptr<UploadingLock> UploadingLock::acquire(const std::filesystem::path& file) {
     if (file.empty() || !createPrivateFolder(file.parent_path()))
         return nullptr;
-    const int descriptor = ::open(
-        file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY, S_IRUSR | S_IWUSR);
-    if (descriptor < 0)
-        return nullptr;
-    std::unique_ptr<UploadingLock> uploadingLock(new UploadingLock(descriptor));
+    UniqueDescriptor descriptor(::open(
+        file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY, S_IRUSR | S_IWUSR));
 
     struct flock lock {};
 
     lock.l_type = F_WRLCK;
     lock.l_whence = SEEK_SET;
-    if (::fcntl(descriptor, F_OFD_SETLK, &lock) != 0)
+    if (!descriptor || ::fcntl(descriptor.get(), F_OFD_SETLK, &lock) != 0)
         return nullptr;
-    return uploadingLock;
-}
-
-UploadingLock::UploadingLock(int descriptor) : descriptor(descriptor) {}
-
-UploadingLock::~UploadingLock() {
-    ::close(descriptor);
+    return std::unique_ptr<UploadingLock>(new UploadingLock(std::move(descriptor)));
 }
 
 } // namespace velloren

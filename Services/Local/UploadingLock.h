@@ -1,7 +1,10 @@
 #pragma once
 
+#include "Platform/Foundation/UniqueDescriptor.h"
+
 #include <filesystem>
 #include <memory>
+#include <utility>
 
 namespace velloren {
 
@@ -19,12 +22,12 @@ class UploadingLock {
 
     UploadingLock(const UploadingLock&) = delete;
     UploadingLock& operator=(const UploadingLock&) = delete;
-    ~UploadingLock();
+    ~UploadingLock() = default;
 
   private:
-    explicit UploadingLock(int descriptor);
+    explicit UploadingLock(UniqueDescriptor descriptor) : descriptor(std::move(descriptor)) {}
 
-    int descriptor;
+    UniqueDescriptor descriptor;
 };
 
 } // namespace velloren

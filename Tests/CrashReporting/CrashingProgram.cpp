@@ -2,7 +2,7 @@
 // argument, or nowhere; without one nothing is started. A third argument is a file of user defaults.
 
 #include "CrashReporting/LocalCrashlytics.h"
-#include "Platform/Desktop/GuiApplication.h"
+#include "Platform/Desktop/QtApplication.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Foundation/StandardError.h"
@@ -61,7 +61,7 @@ int main(int argc, char** argv) { // NOLINT(bugprone-exception-escape): that is 
     for (int line = 1; line <= 60; ++line)
         Logger::sharedInstance().info("line " + std::to_string(line) + ".", {"Crashing", "main"});
 
-    GuiApplication application(argc, argv);
+    QtApplication application(argc, argv);
     QTimer::singleShot(0, &application, [&] { ends.at(arguments[1])(); });
     QTimer::singleShot(0, &application, [] { QCoreApplication::exit(3); });
     return QCoreApplication::exec();

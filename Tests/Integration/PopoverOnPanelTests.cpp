@@ -24,6 +24,15 @@ TEST_F(IconInPanel, StandsInATrayOfTheOlderKindWhereThereIsNoOther) {
     startAgent();
     const auto tray = desktop.start("trayer", {"--edge", "bottom", "--align", "left"});
     ASSERT_TRUE(desktop.waitUntil([this] { return desktop.legacyIcon().has_value(); }));
+    const auto window = [this] {
+        std::string number;
+        desktop.run({"xdotool", "search", "--name", "^Velloren$"}, &number);
+        return number;
+    };
+    const std::string first = window();
+    const auto other = desktop.start("xsettingsd", {"-c", "/dev/null"});
+    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.run({"dump_xsettings"}) == 0; }));
+    EXPECT_EQ(window(), first) << "what else is managed does not concern it";
     desktop.run({"sh", "-c",
                  "xdotool windowreparent $(xdotool search --name '^Velloren$') "
                  "$(xwininfo -root -int | awk '/Window id/ {print $4}')"});
@@ -42,6 +51,13 @@ TEST_F(IconInPanel, StartsWithoutARuntimeDirectory) {
     ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
     openPopover();
     EXPECT_EQ(countInLog("Registering menuAppListener"), 0);
+}
+
+TEST_F(IconInPanel, OpensThePopoverThoughItHasNoStandardStreams) {
+    agent = desktop.start("sh", {"-c", "exec " + binaries + "/velloren-menu <&- >&- 2>&-"});
+    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
+    desktop.click(VirtualDesktop::icon);
+    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.popover().has_value(); }));
 }
 
 TEST_F(IconInPanel, HasAMenuThatFollowsTheStoreBeforeItIsAboutToShow) {
@@ -72,7 +88,10 @@ TEST_F(IconInPanel, EndsWithAMessageWithoutASessionBusAndWhenThatOrTheDisplayGoe
 
     startAgent();
     ASSERT_TRUE(waitForLog("Registering menuAppListener endpoint SUCCESSFUL", 2)); // not the former one's
+    const auto mainApp = desktop.start(binaries + "/velloren-main", {"--no-window"});
+    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.bus().hasOwner(mainAppName); }));
     desktop.bus().stop();
+    EXPECT_EQ(mainApp->wait(), 1);
     EXPECT_EQ(agent->wait(), 1);
     EXPECT_EQ(countInLog("velloren-menu: the session bus went away"), 1);
 }
@@ -84,6 +103,14 @@ TEST_F(IconInPanel, EndsInOrderOnASignalThatComesWithTheEndOfTheBus) {
     ::tgkill(agent->pid(), agent->pid(), SIGTERM); // its main thread, as while it is not stopped
     agent->signal(SIGCONT);
     expectOrderlyEnd();
+}
+
+TEST_F(IconInPanel, EndsOnASignalByForceWhereTheDisplayHangs) {
+    startAgent();
+    desktop.signalDisplay(SIGSTOP);
+    agent->signal(SIGTERM);
+    EXPECT_EQ(agent->wait(), 0);
+    desktop.signalDisplay(SIGCONT);
 }
 
 TEST_F(IconInPanel, EndsOnASignalThoughTheBusHangs) {

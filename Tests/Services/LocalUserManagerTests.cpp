@@ -63,7 +63,7 @@ TEST_F(LocalUserManagerTest, SeesAtOnceWhatIsStored) {
     EXPECT_TRUE(manager->forceReadCurrentUserFromNSUserDefaults()->isLoggedIn());
     storeCurrentUser(file, {.id = user.id, .email = user.email, .loggedIn = false});
     EXPECT_FALSE(manager->forceReadCurrentUserFromNSUserDefaults()->isLoggedIn());
-    clearCurrentUser(file);
+    storeCurrentUser(file, {});
     EXPECT_FALSE(manager->forceReadCurrentUserFromNSUserDefaults());
     subscription = {};
     SharedInstance<RunLoop>::reset();

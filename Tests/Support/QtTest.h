@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Desktop/GuiApplication.h"
+#include "Platform/Desktop/QtApplication.h"
 #include "Platform/Foundation/QtRunLoop.h"
 #include "Platform/Foundation/SharedInstance.h"
 
@@ -18,7 +18,7 @@ class QtEnvironment final : public ::testing::Environment {
   public:
     void SetUp() override {
         qputenv("QT_QPA_PLATFORM", "offscreen");
-        application = std::make_unique<GuiApplication>(count, arguments);
+        application = std::make_unique<QtApplication>(count, arguments);
         QApplication::setQuitOnLastWindowClosed(false);
     }
 
@@ -28,7 +28,7 @@ class QtEnvironment final : public ::testing::Environment {
     char name[6] = "tests";
     char* arguments[2] = {name, nullptr};
     int count = 1;
-    std::unique_ptr<GuiApplication> application;
+    std::unique_ptr<QtApplication> application;
 };
 
 inline ::testing::Environment* const qtEnvironment = ::testing::AddGlobalTestEnvironment(new QtEnvironment);

@@ -49,6 +49,9 @@ class VirtualScreen {
 
     [[nodiscard]] QImage screen() const;
 
+    /// Signals the X server, which answers nobody between SIGSTOP and SIGCONT.
+    void signalDisplay(int number) const { display->signal(number); }
+
     /// Whether `condition` comes to hold within the limit, by itself a generous one.
     static bool waitUntil(const std::function<bool()>& condition,
                           std::chrono::seconds limit = std::chrono::seconds(60));

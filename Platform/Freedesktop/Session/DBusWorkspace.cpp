@@ -2,7 +2,6 @@
 
 #include "Platform/Freedesktop/Bus/BusSignal.h"
 
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDesktopServices>
@@ -96,22 +95,13 @@ void DBusWorkspace::nameOwnerChanged(const QString& name, const QString& oldOwne
 void DBusWorkspace::tell(Notice notice, const QString& name) const {
     const Notification notification{
         Notification::Info{{"NSApplicationBundleIdentifier", name.toStdString()}}};
-    std::vector<Observer> told; // an observer may end its own or another's subscription
+    std::vector<Observer> listeners; // a copy: one may end its own or another's subscription
     for (const Entry& entry : observers) {
         if (entry.notice == notice)
-            told.push_back(entry.observer);
+            listeners.push_back(entry.observer);
     }
-    for (const Observer& observer : told)
+    for (const Observer& observer : listeners)
         observer(notification);
-}
-
-std::optional<InstanceRank> announceRunning(const QDBusConnection& bus, const std::string& bundleIdentifier) {
-    const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply = bus.interface()->registerService(
-        QString::fromStdString(bundleIdentifier), QDBusConnectionInterface::QueueService);
-    if (!reply.isValid() || reply.value() == QDBusConnectionInterface::ServiceNotRegistered)
-        return std::nullopt;
-    const bool waits = reply.value() == QDBusConnectionInterface::ServiceQueued;
-    return waits ? InstanceRank::Later : InstanceRank::First;
 }
 
 } // namespace velloren

@@ -47,11 +47,4 @@ class DBusWorkspace final : public QObject, public Workspace {
     std::map<std::string, std::optional<bool>> watched;
 };
 
-enum class InstanceRank { First, Later };
-
-/// Takes `bundleIdentifier` as a name of this process on the bus, or waits in line for it behind another
-/// instance: that is how the other processes see that this application runs. None when the bus does not
-/// agree.
-std::optional<InstanceRank> announceRunning(const QDBusConnection& bus, const std::string& bundleIdentifier);
-
 } // namespace velloren

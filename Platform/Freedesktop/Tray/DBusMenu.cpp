@@ -1,5 +1,6 @@
 #include "Platform/Freedesktop/Tray/DBusMenu.h"
 
+#include "Platform/Freedesktop/Bus/BusObject.h"
 #include "Platform/Views/PlainText.h"
 
 #include <QDBusMetaType>
@@ -136,9 +137,7 @@ DBusMenu::DBusMenu(const QDBusConnection& bus, QString path, StatusMenu& menu)
     qDBusRegisterMetaType<QList<DBusMenuEvent>>();
 
     menu.setChangedHandler([this] { entriesChanged(); });
-    this->bus.registerObject(this->path, this,
-                             QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots |
-                                 QDBusConnection::ExportAllSignals);
+    exportObject(this->bus, this->path, *this);
 }
 
 DBusMenu::~DBusMenu() {

@@ -1,6 +1,7 @@
 #include "Platform/Freedesktop/Tray/StatusNotifierItem.h"
 
 #include "Platform/Desktop/GlobalEvents.h"
+#include "Platform/Freedesktop/Bus/BusObject.h"
 #include "Platform/Freedesktop/Bus/BusSignal.h"
 #include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 #include "Platform/Views/WindowServer.h"
@@ -8,8 +9,6 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QtEndian>
 
 #include <array>
@@ -28,6 +27,11 @@ const QString itemPath = QStringLiteral("/StatusNotifierItem");
 const QString itemMenuPath = QStringLiteral("/StatusNotifierItem/Menu");
 const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+
+bool saysNobodyIsThere(const QDBusError& error) {
+    return error.type() == QDBusError::ServiceUnknown ||
+           error.name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
+}
 
 StatusNotifierPixmap pixmapOf(const QImage& image) {
     StatusNotifierPixmap pixmap{image.width(), image.height(), {}};
@@ -83,9 +87,7 @@ StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, Identity iden
         legacyIcon.setWanted(true);
         registerIfDue();
     });
-    this->bus.registerObject(itemPath, this,
-                             QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots |
-                                 QDBusConnection::ExportAllSignals);
+    exportObject(this->bus, itemPath, *this);
     this->bus.registerService(this->identity.serviceName);
     followWatcher();
 }
@@ -149,30 +151,26 @@ void StatusNotifierItem::followWatcher() {
     watcherOwner.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
     watcherOwner.addWatchedService(watcherService);
     connect(&watcherOwner, &QDBusServiceWatcher::serviceOwnerChanged, this,
-            [this](const QString&, const QString&, const QString& newOwner) {
-                // Not at once: bars that are watcher and host lose what comes while the host looks around.
-                registrationDue = !newOwner.isEmpty();
-                hostMissing.stop(); // each has the whole time for its host to come
-                askForHost();
-            });
+            &StatusNotifierItem::registerOnceHosted);
     const auto follow = [this](const char* signal, const char* slot) {
         followSignal(bus, {watcherService, watcherPath, watcherService, QString::fromLatin1(signal)}, *this,
                      slot);
     };
-    follow("StatusNotifierHostRegistered", SLOT(registerWithWatcher()));
-    follow("StatusNotifierHostRegistered", SLOT(askForHost()));
+    follow("StatusNotifierHostRegistered", SLOT(registerOnceHosted())); // hosts forget what they knew
     follow("StatusNotifierHostUnregistered", SLOT(askForHost()));
-    registerWithWatcher(); // now: an answer would be heard only once the popover is made
+    registerOnceHosted();
+}
+
+/// Not at once: bars that are watcher and host lose what comes while the host looks around.
+void StatusNotifierItem::registerOnceHosted() {
+    registrationDue = true;
+    hostMissing.stop(); // each watcher has the whole time for its host to come
     askForHost();
 }
 
 void StatusNotifierItem::registerIfDue() {
-    if (registrationDue)
-        registerWithWatcher();
-}
-
-void StatusNotifierItem::registerWithWatcher() {
-    registrationDue = false;
+    if (!std::exchange(registrationDue, false))
+        return;
     auto call = QDBusMessage::createMethodCall(watcherService, watcherPath, watcherService,
                                                QStringLiteral("RegisterStatusNotifierItem"));
     // Not by the item's name: GNOME's extension then watches the name as well, and forgets an item whose
@@ -190,28 +188,30 @@ void StatusNotifierItem::askForHost() {
                                                    QStringLiteral("Get"));
     question << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
     question.setAutoStartService(false);
-    auto* answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
-        const QDBusPendingReply<QDBusVariant> reply = *answer;
-        hostKnown(!reply.isError() && reply.value().variant().toBool());
-        answer->deleteLater();
-    });
+    hostAnswer =
+        std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(question)); // the former one's is void
+    connect(hostAnswer.get(), &QDBusPendingCallWatcher::finished, this,
+            [this](QDBusPendingCallWatcher* answer) { hearOfHost(*answer); });
 }
 
-void StatusNotifierItem::hostKnown(bool hosted) {
-    if (hosted) {
-        hostMissing.stop();
-        legacyIcon.setWanted(false);
-        registerIfDue();
-    } else if (!hostMissing.isActive()) {
-        hostMissing.start();
+void StatusNotifierItem::hearOfHost(const QDBusPendingReply<QDBusVariant>& answer) {
+    const bool hosted = answer.isValid() && answer.value().variant().toBool();
+    const bool mayCome = answer.isValid() || !saysNobodyIsThere(answer.error());
+    if (!hosted && mayCome) {
+        if (!hostMissing.isActive())
+            hostMissing.start();
+        return;
     }
+    hostMissing.stop();
+    legacyIcon.setWanted(!hosted);
+    if (hosted)
+        registerIfDue();
 }
 
 void StatusNotifierItem::refreshIcon() {
     barChanges.expect(); // what changes the icon may come with a change of the bar
-    if (const StatusNotifierPixmaps shown = std::exchange(pixmaps, {}); !shown.isEmpty()) {
-        if (iconPixmap() == shown)
+    if (const StatusNotifierPixmaps former = std::exchange(pixmaps, {}); !former.isEmpty()) {
+        if (iconPixmap() == former)
             return;
         Q_EMIT NewIcon();
     }
@@ -223,10 +223,10 @@ void StatusNotifierItem::lookAtBar() {
         legacyIcon.redraw(); // sees what is behind it
         return;
     }
-    std::optional<std::string> seen;
+    std::optional<std::string> ofBar;
     if (iconPlace)
-        seen = x11::appearanceOfBarAt(*iconPlace);
-    itemButton.setSeenAppearance(seen ? seen : x11::appearanceOfBars());
+        ofBar = x11::appearanceOfBarAt(*iconPlace);
+    itemButton.setSeenAppearance(ofBar ? ofBar : x11::appearanceOfBars());
 }
 
 void StatusNotifierItem::pressed(int x, int y) {

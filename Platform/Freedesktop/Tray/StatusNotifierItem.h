@@ -8,10 +8,14 @@
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusContext>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QList>
 #include <QObject>
 #include <QTimer>
+
+#include <memory>
 
 namespace velloren {
 
@@ -109,11 +113,11 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     void NewToolTip();
 
   private Q_SLOTS:
-    void registerWithWatcher();
+    void registerOnceHosted();
     void askForHost();
 
   private:
-    void hostKnown(bool hosted);
+    void hearOfHost(const QDBusPendingReply<QDBusVariant>& answer);
     void registerIfDue();
     void followWatcher();
     void refreshIcon();
@@ -126,7 +130,8 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     DBusMenu menuOnBus;
     QDBusServiceWatcher watcherOwner;
     QTimer hostMissing;
-    bool registrationDue = false; ///< with a watcher that came while the item was there
+    std::unique_ptr<QDBusPendingCallWatcher> hostAnswer; ///< of the present watcher
+    bool registrationDue = false;                        ///< once the present watcher has a host
     bool toolTipAllowed = true;
     XEmbedIcon legacyIcon;
     StatusNotifierPixmaps pixmaps;   ///< as a host was told last; none where nobody has asked

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <string_view>
 #include <utility>
 
 namespace velloren {
@@ -20,6 +21,7 @@ namespace {
 constexpr double firstSide = 22; // points; trays resize what they take in
 constexpr int patienceWithTray = 3;
 constexpr std::uint8_t translucentDepth = 32;
+constexpr std::string_view traySelection = "_NET_SYSTEM_TRAY_S0"; // of the first screen
 constexpr std::uint32_t requestDock = 0;
 constexpr std::array<std::uint32_t, 2> xembedInfo{0, 1}; // protocol version 0, to be mapped
 
@@ -31,6 +33,24 @@ std::uint8_t depthOf(xcb_visualid_t visual) {
         }
     }
     return x11::screen().root_depth;
+}
+
+xcb_window_t ownerOfTray() {
+    const auto owner = x11::owned(xcb_get_selection_owner_reply(
+        x11::connection(), xcb_get_selection_owner(x11::connection(), x11::atomNamed(traySelection)),
+        nullptr));
+    return owner ? owner->owner : xcb_window_t{XCB_WINDOW_NONE};
+}
+
+/// The tray, whose end is told from now on; one that ended before that was asked for is none.
+xcb_window_t followedTray() {
+    constexpr std::uint32_t itsEnd = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_window_t tray = ownerOfTray();
+    for (xcb_window_t former = XCB_WINDOW_NONE; tray != XCB_WINDOW_NONE && tray != former;) {
+        xcb_change_window_attributes(x11::connection(), tray, XCB_CW_EVENT_MASK, &itsEnd);
+        former = std::exchange(tray, ownerOfTray());
+    }
+    return tray;
 }
 
 void setText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, const std::string& text) {
@@ -116,13 +136,14 @@ bool XEmbedIcon::nativeEventFilter(const QByteArray& eventType, void* message, q
         return false;
     const auto* event = static_cast<const xcb_generic_event_t*>(message);
     switch (event->response_type & 0x7f) {
-    case XCB_CLIENT_MESSAGE: // a new tray tells the root window of itself
-        if (static_cast<const xcb_client_message_event_t*>(message)->type == x11::atomNamed("MANAGER"))
+    case XCB_CLIENT_MESSAGE: // a new tray tells the root window of itself, as other managers do
+        if (const auto* news = static_cast<const xcb_client_message_event_t*>(message);
+            news->type == x11::atomNamed("MANAGER") && news->data.data32[1] == x11::atomNamed(traySelection))
             trayChanged();
         break;
     case XCB_DESTROY_NOTIFY:
-        if (const auto gone = static_cast<const xcb_destroy_notify_event_t*>(message)->window;
-            gone == tray || gone == window)
+        if (const auto ended = static_cast<const xcb_destroy_notify_event_t*>(message)->window;
+            ended == tray || ended == window)
             trayChanged();
         break;
     case XCB_REPARENT_NOTIFY:
@@ -178,13 +199,9 @@ void XEmbedIcon::dock() {
     xcb_connection_t* connection = x11::connection();
     if (!connection)
         return;
-    const auto owner = x11::owned(xcb_get_selection_owner_reply(
-        connection, xcb_get_selection_owner(connection, x11::atomNamed("_NET_SYSTEM_TRAY_S0")), nullptr));
-    if (!owner || owner->owner == XCB_WINDOW_NONE)
+    tray = followedTray();
+    if (tray == XCB_WINDOW_NONE)
         return;
-    tray = owner->owner;
-    const std::uint32_t itsEnd = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_change_window_attributes(connection, tray, XCB_CW_EVENT_MASK, &itsEnd);
     createWindow();
 
     xcb_client_message_event_t request{};

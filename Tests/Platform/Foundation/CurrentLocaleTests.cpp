@@ -2,8 +2,15 @@
 #include "Tests/Support/EnvironmentVariable.h"
 
 #include <gtest/gtest.h>
+#include <unicode/timezone.h>
 
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <sched.h>
 #include <string>
+#include <sys/mount.h>
+#include <unistd.h>
 #include <vector>
 
 namespace velloren {
@@ -49,6 +56,32 @@ TEST_F(CurrentLocaleTest, UnderstandsTheNamesOfTheCLibraryAndTakesOthersForTheLo
     }
     CurrentLocale::setHourCycle(HourCycle::TwelveHour);
     EXPECT_EQ(CurrentLocale::identifier(), "en_US_POSIX@hours=h12") << "unless the desktop has a clock";
+}
+
+TEST_F(CurrentLocaleTest, FollowsTheMachinesTimeZone) {
+    EnvironmentVariable zone("TZ", std::nullopt);
+    const auto show = [](const char* name) {
+        std::filesystem::remove("/etc/localtime");
+        std::filesystem::create_symlink(std::string("/usr/share/zoneinfo/") + name, "/etc/localtime");
+        CurrentLocale::followTimeZone();
+        icu::UnicodeString id;
+        std::string text;
+        std::unique_ptr<icu::TimeZone>(icu::TimeZone::createDefault())->getID(id).toUTF8String(text);
+        std::fprintf(stderr, "%s ", text.c_str());
+    };
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can have files of its own in the place of the machine's";
+    EXPECT_EXIT(
+        {
+            if (::unshare(CLONE_NEWNS) == 0 &&
+                ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                ::mount("none", "/etc", "tmpfs", 0, nullptr) == 0) {
+                show("Asia/Tokyo");
+                show("Europe/Berlin");
+            }
+            ::_exit(0);
+        },
+        ::testing::ExitedWithCode(0), "Asia/Tokyo Europe/Berlin ");
 }
 
 } // namespace

@@ -1,11 +1,13 @@
 #include "Platform/Foundation/UserDefaults.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
+#include <QSettings>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <fcntl.h>
 #include <fstream>
+#include <sstream>
 #include <sys/stat.h>
 
 namespace velloren {
@@ -31,8 +33,10 @@ TEST_F(UserDefaultsTest, ReadsTextsAndOfThemFourAsBooleans) {
         EXPECT_EQ(UserDefaults(file).stringForKey("g/key"), written);
         EXPECT_EQ(UserDefaults(file).boolForKey("g/key"), boolean) << written;
     }
-    write("top=1\nlist=a, b\npoint=@Point(1 2)\nhuge=@Variant(\\0\\0\\0\\x9\\xff\\xff\\xff\\xf0)\n");
+    write("top=1\nday=\\x65e5\nlist=a, b\npoint=@Point(1 "
+          "2)\nhuge=@Variant(\\0\\0\\0\\x9\\xff\\xff\\xff\\xf0)\n");
     EXPECT_EQ(UserDefaults(file).stringForKey("top"), "1");
+    EXPECT_EQ(UserDefaults(file).stringForKey("day"), "\u65e5");
     for (const char* key : {"list", "point", "huge", "missing"})
         EXPECT_EQ(UserDefaults(file).stringForKey(key), std::nullopt) << key;
 }
@@ -53,20 +57,31 @@ TEST_F(UserDefaultsTest, PrefersWhatTheUserSetToWhatIsRegisteredAndStoresNoneOfT
     EXPECT_EQ(defaults.boolForKey("crash"), false);
     EXPECT_EQ(defaults.boolForKey("odd"), true);
     EXPECT_EQ(defaults.boolForKey("other"), true);
-    defaults.setString("g/key", "value");
+    defaults.set({{"g/key", "value"}});
     EXPECT_EQ(UserDefaults(file).boolForKey("other"), std::nullopt);
 }
 
 TEST_F(UserDefaultsTest, StoresAnyTextInFoldersThatAreMissingAndRemovesOneOfThem) {
     const auto deep = directory / "new/folder/defaults.ini";
-    const std::string text = "@a, \"b\"; 100% = \\ \xC3\xBC\n\t[x]";
-    UserDefaults defaults(deep);
-    defaults.setString("g/key", text);
-    defaults.setString("g/other", text);
-    EXPECT_EQ(UserDefaults(deep).stringForKey("g/other"), text);
-    defaults.removeValue("g/other");
+    const std::string text = "@a, \"b\"; 100% = \\ \xC3\xBC\r\n\t[x] ";
+    UserDefaults(deep).set({{"g/key", text}, {"g/other", text}, {"top", text}});
+    UserDefaults(deep).set({{"g/other", std::nullopt}});
     EXPECT_EQ(UserDefaults(deep).stringForKey("g/other"), std::nullopt);
-    EXPECT_EQ(UserDefaults(deep).stringForKey("g/key"), text);
+    const QSettings settings(QString::fromStdString(deep), QSettings::IniFormat);
+    for (const char* key : {"g/key", "top"}) {
+        EXPECT_EQ(UserDefaults(deep).stringForKey(key), text);
+        EXPECT_EQ(settings.value(key).toString().toStdString(), text) << "other programs read it as well";
+    }
+}
+
+TEST_F(UserDefaultsTest, KeepsWhatElseIsInTheFileByteForByte) {
+    const std::string huge = "huge=@Variant(\\0\\0\\0\\x9\\xff\\xff\\xff\\xf0)\r\n";
+    write("; \"made\xff by hand\n[g]\nb = 2 ; two\nkey=\"1\n1\"\n\n[h]\n" + huge + "[g]\nkey=3");
+    UserDefaults(file).set({{"g/c", "4"}, {"g/key", std::nullopt}, {"top", "5"}, {"new/d", "6 7"}});
+    std::ostringstream written;
+    written << std::ifstream(file).rdbuf();
+    EXPECT_EQ(written.str(), "; \"made\xff by hand\ntop=5\n[g]\nb = 2 ; two\n\n[h]\n" + huge +
+                                 "[g]\nc=4\n[new]\nd=\"6 7\"\n");
 }
 
 TEST_F(UserDefaultsTest, ReadsNothingButAFileOfBearableSizeAndLeavesAFifoAlone) {
@@ -76,8 +91,10 @@ TEST_F(UserDefaultsTest, ReadsNothingButAFileOfBearableSizeAndLeavesAFifoAlone) 
     for (const auto& place : {directory / "missing", directory.path(), std::filesystem::path(), file, fifo})
         EXPECT_EQ(UserDefaults(place).stringForKey("g/key"), std::nullopt) << place;
     EXPECT_FALSE(std::filesystem::exists(directory / "missing"));
-    UserDefaults(fifo).setString("g/key", "value");
+    for (const auto& place : {file, fifo})
+        UserDefaults(place).set({{"g/key", "new"}});
     EXPECT_TRUE(std::filesystem::is_fifo(fifo));
+    EXPECT_GT(std::filesystem::file_size(file), 1'000'000U) << "what cannot be read is not lost";
 }
 
 } // namespace

@@ -110,12 +110,20 @@ TEST_F(DBusMenuTest, IsFilledAnewForEachShowing) {
 }
 
 TEST_F(DBusMenuTest, TellsOfLaterChangesAndKeepsTheNumbersOfWhatStays) {
-    content = {item("a", "A"), item("b", "B")};
+    content = {item("a", "A"), {Kind::Item, "b", "B", nullptr}};
     const Signals signals(host);
     const auto before = shown(); // once that is answered, the bus knows of the signals asked for as well
     menu.setEntries({item("c", "C"), item("b", "later")});
     EXPECT_TRUE(waitUntil([&] { return signals.latest.size() == 2; }));
     EXPECT_EQ(signals.latest["ItemsPropertiesUpdated"].signature(), "a(ia{sv})a(ias)");
+    const QVariantList news = signals.latest["ItemsPropertiesUpdated"].arguments();
+    const auto updated = qdbus_cast<QList<DBusMenuProperties>>(news.value(0));
+    const auto removed = qdbus_cast<QList<DBusMenuRemovals>>(news.value(1));
+    ASSERT_TRUE(updated.size() == 1 && removed.size() == 1) << "what is new comes with the layout";
+    EXPECT_EQ(updated[0].id, before[1].id);
+    EXPECT_EQ(updated[0].properties, (QVariantMap{{"label", "later"}}));
+    EXPECT_EQ(removed[0].id, before[1].id);
+    EXPECT_EQ(removed[0].names, QStringList{"enabled"});
     EXPECT_GT(signals.latest["LayoutUpdated"].arguments().value(0).toUInt(), revision);
     EXPECT_EQ(shown()[1].id, before[1].id);
     EXPECT_EQ(revision, signals.latest["LayoutUpdated"].arguments().value(0).toUInt());

@@ -1,4 +1,5 @@
 #include "Platform/Freedesktop/Session/DBusWorkspace.h"
+#include "Platform/Freedesktop/Session/SingleInstance.h"
 #include "Tests/Platform/Freedesktop/QtBusTest.h"
 
 #include <gmock/gmock.h>

@@ -61,6 +61,7 @@ class Watcher final : public QObject {
 
   Q_SIGNALS:
     void StatusNotifierHostRegistered();
+    void StatusNotifierHostUnregistered();
 };
 
 class StatusNotifierItemTest : public QtBusTest {
@@ -97,7 +98,16 @@ class StatusNotifierItemTest : public QtBusTest {
 } // namespace
 
 TEST_F(StatusNotifierItemTest, RegistersWithEachWatcherOnceThatHasAHostOrGetsNone) {
-    registerItem();
+    watcher.hosted = false;
+    watcher.takeOver();
+    item.reset();
+    watcher.itemsWhenAsked = -1;
+    item = bar.statusItemWithLength(28);
+    EXPECT_TRUE(waitUntil([&] { return watcher.itemsWhenAsked >= 0; }));
+    EXPECT_EQ(watcher.itemsWhenAsked, 0) << "the watcher may have come just before";
+    watcher.hosted = true;
+    Q_EMIT watcher.StatusNotifierHostRegistered();
+    EXPECT_TRUE(waitUntil([&] { return watcher.items.size() == 1; }));
     Watcher second(connection("second"));
     second.takeOver();
     EXPECT_TRUE(waitUntil([&] { return second.items == watcher.items; })) << "they change without a gap";
@@ -105,6 +115,9 @@ TEST_F(StatusNotifierItemTest, RegistersWithEachWatcherOnceThatHasAHostOrGetsNon
     EXPECT_TRUE(waitUntil([&] { return second.items.size() == 2; })) << "hosts forget what they knew";
 
     watcher.hosted = second.hosted = false;
+    second.itemsWhenAsked = -1;
+    Q_EMIT second.StatusNotifierHostUnregistered();
+    EXPECT_TRUE(waitUntil([&] { return second.itemsWhenAsked >= 0; })) << "another tray may be wanted now";
     watcher.takeOver();
     qsizetype itemsInTime = 0;
     QTimer::singleShot(std::chrono::milliseconds(1000), &second, [&] {

@@ -1,4 +1,4 @@
-#include "Platform/Desktop/GuiApplication.h"
+#include "Platform/Desktop/QtApplication.h"
 
 #include <QEvent>
 #include <QSessionManager>
@@ -14,7 +14,7 @@ std::function<void()> quitHandler;
 
 } // namespace
 
-GuiApplication::GuiApplication(int& argc, char** argv) : QApplication(argc, argv) {
+QtApplication::QtApplication(int& argc, char** argv) : QApplication(argc, argv) {
     const auto refuseRestart = [](QSessionManager& session) {
         session.setRestartHint(QSessionManager::RestartNever);
     };
@@ -22,15 +22,15 @@ GuiApplication::GuiApplication(int& argc, char** argv) : QApplication(argc, argv
     connect(this, &QGuiApplication::commitDataRequest, refuseRestart);
 }
 
-void GuiApplication::setExceptionHandler(std::function<void(const std::string&)> handler) {
+void QtApplication::setExceptionHandler(std::function<void(const std::string&)> handler) {
     exceptionHandler = std::move(handler);
 }
 
-void GuiApplication::setQuitHandler(std::function<void()> handler) {
+void QtApplication::setQuitHandler(std::function<void()> handler) {
     quitHandler = std::move(handler);
 }
 
-bool GuiApplication::event(QEvent* event) {
+bool QtApplication::event(QEvent* event) {
     if (event->type() != QEvent::Quit || !quitHandler)
         return QApplication::event(event);
     event->accept();
@@ -38,7 +38,7 @@ bool GuiApplication::event(QEvent* event) {
     return true;
 }
 
-bool GuiApplication::notify(QObject* receiver, QEvent* event) {
+bool QtApplication::notify(QObject* receiver, QEvent* event) {
     if (!exceptionHandler)
         return QApplication::notify(receiver, event);
     try {

@@ -9,11 +9,11 @@ namespace velloren {
 
 /// Qt's application object, which lets somebody decide about exceptions that reach the event loop and about
 /// its end. It asks no session to start it again: its autostart entry does. Main thread only.
-class GuiApplication final : public QApplication {
+class QtApplication final : public QApplication {
     Q_OBJECT
 
   public:
-    GuiApplication(int& argc, char** argv);
+    QtApplication(int& argc, char** argv);
 
     /// Is told of every such exception, by its description; the loop then goes on. Without a handler an
     /// exception is uncaught, and ends the process where it was thrown.
