@@ -4,7 +4,7 @@
 build_packages=(
     cmake g++ ninja-build pkg-config librsvg2-bin
     qt6-base-dev qt6-base-dev-tools qt6-base-private-dev qt6-l10n-tools
-    libbackward-cpp-dev libdw-dev libfontconfig-dev libicu-dev libpng-dev libspdlog-dev libsqlite3-dev
+    libbackward-cpp-dev libdw-dev libfontconfig-dev libicu-dev libspdlog-dev libsqlite3-dev
     libsqlitecpp-dev libsystemd-dev libwayland-dev libxcb1-dev libxcb-xfixes0-dev libxcb-xinput-dev wayland-protocols
 )
 

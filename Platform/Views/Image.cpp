@@ -2,11 +2,10 @@
 
 #include <QDirIterator>
 #include <QHash>
+#include <QImageReader>
 #include <QPainter>
-#include <QResource>
 
 #include <cmath>
-#include <png.h>
 
 namespace velloren {
 
@@ -24,18 +23,11 @@ std::optional<double> scaleOf(QStringView end, int widthInPoints) {
     return isWidth ? double(number) / widthInPoints : number;
 }
 
-/// By libpng itself: Qt would load its plug-ins for all other formats first.
+/// Left to find the format out, Qt would load its plug-ins for all others first.
 QImage bitmapIn(const QString& file) {
-    const QByteArray bytes = QResource(QStringLiteral(":/images/") + file).uncompressedData();
-    png_image png{};
-    png.version = PNG_IMAGE_VERSION;
-    if (!png_image_begin_read_from_memory(&png, bytes.constData(), std::size_t(bytes.size())))
-        return {};
-    png.format = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? PNG_FORMAT_BGRA : PNG_FORMAT_ARGB;
-    QImage bitmap(int(png.width), int(png.height), QImage::Format_ARGB32);
-    if (!png_image_finish_read(&png, nullptr, bitmap.bits(), int(bitmap.bytesPerLine()), nullptr))
-        return {};
-    return bitmap.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    QImageReader reader(QStringLiteral(":/images/") + file, "png");
+    reader.setAutoDetectImageFormat(false);
+    return reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
 } // namespace

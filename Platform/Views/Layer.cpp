@@ -1,7 +1,5 @@
 #include "Platform/Views/Layer.h"
 
-#include "Platform/Views/BandedFill.h"
-
 #include <QPainter>
 
 #include <algorithm>
@@ -94,7 +92,7 @@ double Layer::rotation(Clock::time_point now) const {
 
 void Layer::draw(QPainter& painter, const QRectF& area, const std::optional<QPainterPath>& shape) const {
     if (background && shape)
-        fillInBands(painter, *shape, *background);
+        painter.fillPath(*shape, *background);
     else if (background)
         painter.fillRect(area, *background);
     if (image)

@@ -1,6 +1,5 @@
 #include "Platform/Views/PopoverWindow.h"
 
-#include "Platform/Views/BandedFill.h"
 #include "Platform/Views/PopoverSurroundings.h"
 
 #include <QAbstractButton>
@@ -224,7 +223,7 @@ void PopoverWindow::paintEvent(QPaintEvent*) {
     drawPopoverSurroundings(painter, frame->contentRect().translated(frame->pos()));
     QPainterPathStroker rim;
     rim.setWidth(2 * rimMargin);
-    fillInBands(painter, rim.createStroke(frame->arrow().translated(frame->pos())), rimColor);
+    painter.fillPath(rim.createStroke(frame->arrow().translated(frame->pos())), rimColor);
 }
 
 void PopoverWindow::requestClose() {

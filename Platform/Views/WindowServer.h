@@ -40,7 +40,7 @@ class WindowServer {
 
     /// Whether the popover's window may fade in and out, or comes and goes at once, where the display lets a
     /// window say so.
-    virtual void setAnimates(QWidget& window, bool animates) = 0;
+    virtual void setAnimates(QWidget&, bool) {}
 
     /// The window draws its shadow itself: the display, where it draws any, leaves its own out. Once the
     /// window has a native one.

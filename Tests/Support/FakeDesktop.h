@@ -55,8 +55,6 @@ class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer
 
     void preparePopover(QWidget&, ChangeHandler) override {}
 
-    void setAnimates(QWidget&, bool) override {}
-
     void findSite(QWidget&, const QRect& anchor, SiteHandler found) override {
         const QScreen& screen = *QGuiApplication::primaryScreen();
         found({anchor, screen.geometry(), screen.availableGeometry()});

@@ -3,22 +3,24 @@
 #include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Freedesktop/Session/DBusWorkspace.h"
 #include "Platform/Freedesktop/Tray/StatusNotifierBar.h"
-#include "Platform/Freedesktop/Windowing/CaughtPresses.h"
 #include "Platform/Freedesktop/Windowing/FocusEvents.h"
+#include "Platform/Freedesktop/Windowing/OverlayEvents.h"
+#include "Platform/Freedesktop/Windowing/PlainWindowServer.h"
 #include "Platform/Freedesktop/Windowing/Wayland/LayerWindowServer.h"
 #include "Platform/Freedesktop/Windowing/X11/X11WindowServer.h"
 #include "Platform/Freedesktop/Windowing/X11/XInputEvents.h"
+#include "Platform/Freedesktop/Windowing/X11/XWaylandWindowServer.h"
 
 namespace velloren {
 
 namespace {
 
-template <class Taker, class... Arguments>
-void providePressTaker(Arguments... arguments) {
-    SharedInstance<WindowServer>::provide([=] { return std::make_unique<Taker>(arguments...); });
+template <class OverlayServer>
+void provideWithOverlay() {
+    SharedInstance<WindowServer>::provide([] { return std::make_unique<OverlayServer>(); });
     // Now: a compositor's answers are to be there by the first click.
-    auto& server = static_cast<Taker&>(SharedInstance<WindowServer>::get());
-    SharedInstance<GlobalEvents>::provide([&server] { return std::make_unique<CaughtPresses>(server); });
+    auto& server = static_cast<OverlayServer&>(SharedInstance<WindowServer>::get());
+    SharedInstance<GlobalEvents>::provide([&server] { return std::make_unique<OverlayEvents>(server); });
 }
 
 void provideDisplay(SessionDisplay display) {
@@ -26,17 +28,17 @@ void provideDisplay(SessionDisplay display) {
     using Events = SharedInstance<GlobalEvents>;
     switch (display) {
     case SessionDisplay::X11:
-        Server::provide([] { return std::make_unique<X11WindowServer>(X11WindowServer::Session::X11); });
+        Server::provide([] { return std::make_unique<X11WindowServer>(); });
         Events::provide([] { return std::make_unique<XInputEvents>(); });
         break;
     case SessionDisplay::XWayland:
-        providePressTaker<X11WindowServer>(X11WindowServer::Session::Wayland);
+        provideWithOverlay<XWaylandWindowServer>();
         break;
     case SessionDisplay::LayerShell:
-        providePressTaker<LayerWindowServer>();
+        provideWithOverlay<LayerWindowServer>();
         break;
-    case SessionDisplay::Wayland:
-        Server::provide([] { return std::make_unique<X11WindowServer>(X11WindowServer::Session::Wayland); });
+    case SessionDisplay::Other:
+        Server::provide([] { return std::make_unique<PlainWindowServer>(); });
         Events::provide([] { return std::make_unique<FocusEvents>(); });
         break;
     }

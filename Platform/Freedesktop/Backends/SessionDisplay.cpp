@@ -1,6 +1,7 @@
 #include "Platform/Freedesktop/Backends/SessionDisplay.h"
 
-#include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
+#include "Platform/Freedesktop/Windowing/Wayland/LayerShellProbe.h"
+#include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
 #include <QGuiApplication>
 
@@ -16,22 +17,22 @@ constexpr auto platformVariable = "QT_QPA_PLATFORM";
 constexpr auto positionsVariable = "QT_WAYLAND_DISABLE_FIXED_POSITIONS";
 
 bool isOnWayland(SessionDisplay display) {
-    return display == SessionDisplay::LayerShell || display == SessionDisplay::Wayland;
+    return display == SessionDisplay::LayerShell || display == SessionDisplay::Other;
 }
 
 } // namespace
 
 std::optional<SessionDisplay> displayOfSession() {
     const QByteArray usersPlatform = qgetenv(platformVariable);
-    const bool hasWayland = qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
-    const bool mayUseWayland = hasWayland && (usersPlatform.isEmpty() || usersPlatform.startsWith("wayland"));
+    const bool mayUseWayland =
+        x11::isWithinWayland() && (usersPlatform.isEmpty() || usersPlatform.startsWith("wayland"));
     if (mayUseWayland && compositorHasLayerShell(patienceWithCompositor))
         return SessionDisplay::LayerShell;
     if (mayUseWayland && (!usersPlatform.isEmpty() || !qEnvironmentVariableIsSet("DISPLAY")))
-        return SessionDisplay::Wayland;
+        return SessionDisplay::Other;
     if (!qEnvironmentVariableIsSet("DISPLAY") && usersPlatform.isEmpty())
         return std::nullopt;
-    return hasWayland ? SessionDisplay::XWayland : SessionDisplay::X11;
+    return x11::isWithinWayland() ? SessionDisplay::XWayland : SessionDisplay::X11;
 }
 
 DisplayChoice::DisplayChoice(SessionDisplay display)
@@ -49,10 +50,9 @@ DisplayChoice::~DisplayChoice() {
 }
 
 SessionDisplay DisplayChoice::made() const {
-    const bool onWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-    if (onWayland == isOnWayland(display))
-        return display;
-    return onWayland ? SessionDisplay::Wayland : SessionDisplay::XWayland;
+    if (x11::connection())
+        return isOnWayland(display) ? SessionDisplay::XWayland : display;
+    return isOnWayland(display) ? display : SessionDisplay::Other;
 }
 
 } // namespace velloren

@@ -11,7 +11,7 @@ enum class SessionDisplay {
     X11,
     XWayland,   ///< an X server within a Wayland session whose compositor has no layer shell
     LayerShell, ///< a Wayland compositor on which a program can place what belongs to the desktop
-    Wayland     ///< any other one, where all windows are the compositor's to place
+    Other       ///< any other one, such as other Wayland compositors: it alone places windows
 };
 
 /// The best display of this session; none without any. Asks the compositor, if there is one, and waits for it
@@ -27,7 +27,7 @@ class DisplayChoice final {
     DisplayChoice& operator=(const DisplayChoice&) = delete;
     ~DisplayChoice();
 
-    /// The display that the application object came to use: without Qt's part for Wayland it is X11's.
+    /// The display that the application object came to use: without Qt's part for Wayland it is an X server.
     [[nodiscard]] SessionDisplay made() const;
 
   private:

@@ -18,6 +18,11 @@ const QScreen& screenAtDeviceIndependent(QPoint place) {
     return screen ? *screen : *QGuiApplication::primaryScreen();
 }
 
+QRect availableOn(const QScreen& screen) {
+    const QRect available = screen.availableGeometry();
+    return available.isEmpty() ? screen.geometry() : available;
+}
+
 QPoint toDeviceIndependent(QPoint place, const QScreen& screen) {
     const QPoint origin = screen.geometry().topLeft();
     return origin + ((place - origin).toPointF() / screen.devicePixelRatio()).toPoint();

@@ -15,6 +15,9 @@ namespace velloren::pixels {
 /// The other way round for a device-independent place.
 [[nodiscard]] const QScreen& screenAtDeviceIndependent(QPoint place);
 
+/// What the desktop keeps free on the screen; all of it where a bar on an inner edge leaves nothing.
+[[nodiscard]] QRect availableOn(const QScreen& screen);
+
 [[nodiscard]] QPoint toDeviceIndependent(QPoint place, const QScreen& screen);
 /// No smaller than `rect`.
 [[nodiscard]] QRect toDeviceIndependent(const QRect& rect, const QScreen& screen);

@@ -1,5 +1,6 @@
 #include "Platform/Link/DBus/OutgoingBus.h"
 
+#include "Platform/Foundation/Memory.h"
 #include "Platform/Foundation/RunLoop.h"
 #include "Platform/Link/DBus/LocalSocket.h"
 
@@ -17,6 +18,8 @@ using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds firstRetryDelay = 50ms;
 constexpr std::chrono::milliseconds longestRetryDelay = 2s;
 constexpr std::chrono::milliseconds longestFlush = 1s;
+
+constexpr std::size_t manyDictionaries = 1000;
 
 constexpr auto notConnected = "org.freedesktop.DBus.Error.Disconnected: the connection is not there";
 constexpr auto connectionEnded = "org.freedesktop.DBus.Error.Disconnected: the connection ended";
@@ -238,7 +241,11 @@ int OutgoingBus::answered(sd_bus_message* message, void* data, sd_bus_error*) {
         auto value = wire::valueOf(*message, asked->call.limit);
         if (!value)
             fail(asked->call, cannotBeRead);
+        const auto* list = value ? std::get_if<std::vector<Dictionary>>(&*value) : nullptr;
+        const bool isLarge = list && list->size() > manyDictionaries;
         asked->call.reply(std::move(value).value_or(Value()));
+        if (isLarge)
+            RunLoop::main().post(giveBackUnusedMemory);
     }
     bus->closeSoonIfDone();
     return 0;

@@ -1,74 +1,25 @@
 #pragma once
 
-#include <QRect>
-#include <QRegion>
+#include "Platform/Freedesktop/Windowing/Wayland/CompositorNotice.h"
+#include "Platform/Freedesktop/Windowing/Wayland/WaylandOwned.h"
 
-#include <chrono>
+#include <QRegion>
+#include <QSize>
+
+#include <cstdint>
 #include <functional>
 #include <memory>
-
-class QScreen;
-struct wl_buffer;
-struct wl_callback;
-struct wl_compositor;
-struct wl_display;
-struct wl_registry;
-struct wl_seat;
-struct wl_shm;
-struct wl_surface;
-struct wp_viewport;
-struct wp_viewporter;
-struct xdg_surface;
-struct xdg_toplevel;
-struct xdg_wm_base;
-struct zwlr_layer_shell_v1;
-struct zwlr_layer_surface_v1;
+#include <string_view>
 
 namespace velloren {
-
-/// Deletes what the compositor keeps for this process.
-struct WaylandRelease {
-    void operator()(wl_buffer* buffer) const;
-    void operator()(wl_callback* callback) const;
-    void operator()(wl_compositor* compositor) const;
-    void operator()(wl_display* display) const;
-    void operator()(wl_registry* registry) const;
-    void operator()(wl_seat* seat) const;
-    void operator()(wl_shm* memory) const;
-    void operator()(wl_surface* surface) const;
-    void operator()(wp_viewport* viewport) const;
-    void operator()(wp_viewporter* viewporter) const;
-    void operator()(xdg_surface* surface) const;
-    void operator()(xdg_toplevel* window) const;
-    void operator()(xdg_wm_base* windows) const;
-    void operator()(zwlr_layer_shell_v1* shell) const;
-    void operator()(zwlr_layer_surface_v1* surface) const;
-};
-
-template <class Object>
-using WaylandOwned = std::unique_ptr<Object, WaylandRelease>;
-
-/// Whether the compositor of this session lets programs place surfaces of the desktop's own kind. Asked on a
-/// connection of its own, before Qt has one; a compositor that does not answer within `limit` has not.
-[[nodiscard]] bool compositorHasLayerShell(std::chrono::milliseconds limit);
-
-/// Something that the compositor says once, later. Released before that, it is not heard. Main thread only.
-class CompositorNotice final {
-  public:
-    CompositorNotice(WaylandOwned<wl_callback> callback, std::function<void()> handler);
-    CompositorNotice(const CompositorNotice&) = delete;
-    CompositorNotice& operator=(const CompositorNotice&) = delete;
-    ~CompositorNotice();
-
-  private:
-    std::function<void()> handler;
-    WaylandOwned<wl_callback> callback;
-};
 
 /// What of the compositor that Qt is connected to makes surfaces and gives them roles. Qt has to be on
 /// Wayland. Main thread only.
 class LayerShell final {
   public:
+    static constexpr std::uint32_t oldestVersion = 3; ///< that of KWin 5
+    static constexpr std::uint32_t keyboardOnDemandSince = 4;
+
     LayerShell();
     LayerShell(const LayerShell&) = delete;
     LayerShell& operator=(const LayerShell&) = delete;
@@ -127,71 +78,6 @@ class LayerShell final {
     WaylandOwned<zwlr_layer_shell_v1> shell;
     bool pointerThere = false;
     bool knowsFractions = false;
-};
-
-/// A surface in the role of a part of the desktop, above the windows of one screen. It is there once it was
-/// configured and something was drawn on it. Lives shorter than its wl_surface. Main thread only.
-class LayerSurface final {
-  public:
-    enum class Bars { Avoid, Ignore };
-
-    /// Most compositors show full-screen windows above the one and below the other.
-    enum class Layer { Top, Overlay };
-
-    /// When the surface gets the keyboard: where the user gives it, or as long as it is there.
-    enum class Keyboard { OnDemand, AtOnce };
-
-    struct Handlers {
-        /// The compositor gives the surface this size; called again whenever it changes.
-        std::function<void(QSize)> configured;
-        /// The compositor has taken the surface away, with its screen for instance.
-        std::function<void()> closed;
-    };
-
-    /// One as large as the screen, in front of everything, or as large as what bars leave free of it, among
-    /// them.
-    LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Bars bars, Handlers handlers);
-    /// One at `frame`, from the screen's top left corner, among the bars.
-    LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, const QRect& frame,
-                 Keyboard keyboard, Handlers handlers);
-    LayerSurface(const LayerSurface&) = delete;
-    LayerSurface& operator=(const LayerSurface&) = delete;
-    ~LayerSurface();
-
-    void moveTo(const QRect& frame);
-    void moveTo(Layer layer);
-
-  private:
-    LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen& screen, Layer layer,
-                 Handlers handlers);
-
-    static void configure(void* self, zwlr_layer_surface_v1* role, std::uint32_t serial, std::uint32_t width,
-                          std::uint32_t height);
-
-    wl_surface& surface;
-    Handlers handlers;
-    QSize configuredSize;
-    QRect placedAt;
-    WaylandOwned<zwlr_layer_surface_v1> role;
-};
-
-/// Asks how large a maximized window would be, on the screen that the compositor would show it on. It is
-/// never shown. Bars that are no layer surfaces (Plasma's) leave out of that what they take. Main thread
-/// only.
-class MaximizedSize final {
-  public:
-    /// `told` gets the size, empty where the compositor leaves it to the window.
-    MaximizedSize(const LayerShell& shell, std::function<void(QSize)> told);
-    MaximizedSize(const MaximizedSize&) = delete;
-    MaximizedSize& operator=(const MaximizedSize&) = delete;
-    ~MaximizedSize();
-
-  private:
-    std::function<void(QSize)> told;
-    QSize size;
-    WaylandOwned<wl_surface> surface;
-    WaylandOwned<xdg_surface> role;
-    WaylandOwned<xdg_toplevel> window;
 };
 
 } // namespace velloren

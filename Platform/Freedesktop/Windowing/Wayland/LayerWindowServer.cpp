@@ -2,9 +2,11 @@
 
 #include "Platform/Foundation/CurrentLocale.h"
 #include "Platform/Freedesktop/Windowing/BarGuess.h"
-#include "Platform/Freedesktop/Windowing/Wayland/PressCatcher.h"
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
+#include "Platform/Freedesktop/Windowing/Wayland/LayerSurface.h"
+#include "Platform/Freedesktop/Windowing/Wayland/MaximizedSize.h"
+#include "Platform/Freedesktop/Windowing/Wayland/ScreenOverlay.h"
 
 #include <QGuiApplication>
 #include <QMouseEvent>
@@ -53,7 +55,7 @@ struct LayerWindowServer::ScreenView {
     std::unique_ptr<LayerSurface> probe;
     std::shared_ptr<void> probePicture;
     std::optional<QSize> free;
-    std::unique_ptr<PressCatcher> catcher;
+    std::unique_ptr<ScreenOverlay> overlay;
 };
 
 LayerWindowServer::LayerWindowServer() {
@@ -96,18 +98,18 @@ void LayerWindowServer::findSite(QWidget& window, const QRect& anchor, SiteHandl
 void LayerWindowServer::lookAtScreen(QScreen& screen) {
     ScreenView& view = *views.emplace_back(std::make_unique<ScreenView>());
     view.screen = &screen;
-    view.catcher = std::make_unique<PressCatcher>(
+    view.overlay = std::make_unique<ScreenOverlay>(
         shell, screen,
-        PressCatcher::Handlers{[this] { answerWhenKnown(); },
-                               [this](Qt::MouseButton button, QPoint place) {
-                                   if (pressed)
-                                       pressed(button, place);
-                               },
-                               [this] {
-                                   // Later: the catcher is still telling.
-                                   QMetaObject::invokeMethod(this, &LayerWindowServer::leaveScreens,
-                                                             Qt::QueuedConnection);
-                               }});
+        ScreenOverlay::Handlers{[this] { answerWhenKnown(); },
+                                [this](Qt::MouseButton button, QPoint place) {
+                                    if (pressed)
+                                        pressed(button, place);
+                                },
+                                [this] {
+                                    // Later: the overlay is still calling.
+                                    QMetaObject::invokeMethod(this, &LayerWindowServer::leaveScreens,
+                                                              Qt::QueuedConnection);
+                                }});
     view.probeSurface = shell.newSurface();
     view.probe = std::make_unique<LayerSurface>(shell, *view.probeSurface, screen, LayerSurface::Bars::Avoid,
                                                 LayerSurface::Handlers{[this, &view](QSize size) {
@@ -140,7 +142,7 @@ void LayerWindowServer::answerWhenKnown() {
 
 std::optional<QPoint> LayerWindowServer::pointer() const {
     for (const auto& view : views) {
-        if (const auto place = view->catcher->pointer())
+        if (const auto place = view->overlay->pointer())
             return place;
     }
     return std::nullopt;
@@ -316,7 +318,7 @@ bool LayerWindowServer::hidePopover(QWidget& window) {
 void LayerWindowServer::leaveScreens() {
     // As long as the button is down its release is on the way: a bar that got that would take it for a click.
     const bool pressUnderWay =
-        std::any_of(views.begin(), views.end(), [](const auto& view) { return view->catcher->isPressed(); });
+        std::any_of(views.begin(), views.end(), [](const auto& view) { return view->overlay->isPressed(); });
     if (popover || pressUnderWay)
         return;
     views.clear();
@@ -375,7 +377,7 @@ void LayerWindowServer::leaveOutOwnWindows() {
             own += popUp->geometry().translated(popover->pos());
     }
     for (const auto& view : views)
-        view->catcher->leaveOut(own);
+        view->overlay->leaveOut(own);
 }
 
 } // namespace velloren

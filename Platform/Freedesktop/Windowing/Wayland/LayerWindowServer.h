@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Freedesktop/Windowing/CaughtPresses.h"
+#include "Platform/Freedesktop/Windowing/PressSource.h"
 #include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
 #include "Platform/Views/WindowServer.h"
 
@@ -13,9 +13,13 @@
 #include <optional>
 #include <vector>
 
+class QScreen;
+
 namespace velloren {
 
-class PressCatcher;
+class LayerSurface;
+class MaximizedSize;
+class ScreenOverlay;
 
 /// A Wayland compositor with a layer shell. Nobody tells there where the pointer is, and where the bars are,
 /// and what is pressed outside one's own surfaces. So a popover comes with a transparent surface over every
@@ -34,7 +38,7 @@ class PressCatcher;
 /// are taken away altogether, as by who locks the screen, its owner is asked to close it.
 ///
 /// The popover stays on its screen when the workspace there changes. Qt's own pop-ups become parts of it.
-class LayerWindowServer final : public QObject, public WindowServer, public PressTaker {
+class LayerWindowServer final : public QObject, public WindowServer, public PressSource {
     Q_OBJECT
 
   public:
@@ -48,9 +52,6 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     [[nodiscard]] bool isComposited() const override { return true; }
 
     void preparePopover(QWidget& window, ChangeHandler compositingChanged) override;
-
-    /// A layer's surface has no way to say so.
-    void setAnimates(QWidget&, bool) override {}
 
     void findSite(QWidget& window, const QRect& anchor, SiteHandler found) override;
     void showPopover(QWidget& window, const QRect& frame) override;

@@ -24,9 +24,8 @@ constexpr int looksAtMost = 3;      // on a busy machine bars take longer
 constexpr int leastThickness = 12;  // less is what an auto-hidden bar leaves at the edge of the screen
 constexpr int greatestLength = 512; // of what is looked at, to each side of the icon
 
-/// Under a Wayland compositor an X screen shows nothing of the desktop.
-bool showsItself() {
-    return connection() && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+bool showsDesktop() {
+    return connection() && !isWithinWayland();
 }
 
 /// Of a bar, the part around the icon but for the icon itself, which may be highlighted.
@@ -91,11 +90,11 @@ std::optional<std::string> appearanceOf(const QImage& picture) {
 }
 
 std::optional<std::string> appearanceOfBarAt(QPoint icon) {
-    return showsItself() ? appearanceOf(shownAround(icon, barAt(icon))) : std::nullopt;
+    return showsDesktop() ? appearanceOf(shownAround(icon, barAt(icon))) : std::nullopt;
 }
 
 std::optional<std::string> appearanceOfBars() {
-    if (!showsItself())
+    if (!showsDesktop())
         return std::nullopt;
     std::optional<std::string> common;
     for (const QRect& bar : bars()) {
@@ -117,14 +116,14 @@ BarChanges::BarChanges(std::function<void()> settled) {
             settling.start();
         settled();
     });
-    if (showsItself())
+    if (showsDesktop())
         qApp->installNativeEventFilter(this);
 }
 
 BarChanges::~BarChanges() = default;
 
 void BarChanges::expect() {
-    if (!showsItself())
+    if (!showsDesktop())
         return;
     looksLeft = looksAtMost;
     settling.start();

@@ -1,11 +1,13 @@
 #include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
 #include <QGuiApplication>
+#include <QWidget>
 #include <xcb/xcb.h>
 
 #include <algorithm>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace velloren::x11 {
 
@@ -23,6 +25,28 @@ std::uint32_t atomNamed(std::string_view name) {
 xcb_connection_t* connection() {
     const auto* application = qApp->nativeInterface<QNativeInterface::QX11Application>();
     return application ? application->connection() : nullptr;
+}
+
+bool isWithinWayland() {
+    return qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+}
+
+namespace {
+
+void setNumbers(const QWidget& window, std::string_view property, const std::vector<std::uint32_t>& numbers) {
+    xcb_change_property(connection(), XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
+                        atomNamed(property), XCB_ATOM_CARDINAL, 32, std::uint32_t(numbers.size()),
+                        numbers.data());
+}
+
+} // namespace
+
+void leaveOutShadow(const QWidget& window) {
+    setNumbers(window, "_GTK_FRAME_EXTENTS", {1, 1, 1, 1}); // some on each side
+}
+
+void setAnimates(const QWidget& window, bool animates) {
+    setNumbers(window, "_KDE_NET_WM_SKIP_CLOSE_ANIMATION", {animates ? 0U : 1U});
 }
 
 const xcb_screen_t& screen() {

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string_view>
 
+class QWidget;
 struct xcb_connection_t;
 struct xcb_screen_t;
 
@@ -18,6 +19,10 @@ namespace velloren::x11 {
 
 /// None when this process shows itself on something else.
 [[nodiscard]] xcb_connection_t* connection();
+
+/// Whether the X server, if there is one, is part of a Wayland session (XWayland): its screen then shows
+/// nothing but the windows of X programs, and it knows of the pointer only while that is over one.
+[[nodiscard]] bool isWithinWayland();
 
 /// Its first screen, which holds all its outputs. Only while there is a connection.
 [[nodiscard]] const xcb_screen_t& screen();
@@ -30,6 +35,12 @@ namespace velloren::x11 {
 
 /// What is shown in that part of a window, from the part's own corner; empty where it cannot be told.
 [[nodiscard]] QImage imageOf(std::uint32_t window, const QRect& part);
+
+/// The window draws its shadow itself: the desktop is to draw none around it.
+void leaveOutShadow(const QWidget& window);
+
+/// Whether the desktop may have the window fade away.
+void setAnimates(const QWidget& window, bool animates);
 
 /// Owns a reply of the X server; none when there was none.
 template <class Reply>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Freedesktop/Windowing/CaughtPresses.h"
+#include "Platform/Freedesktop/Windowing/PressSource.h"
 
 #include <QObject>
 #include <QRect>
@@ -14,13 +14,13 @@ namespace velloren {
 
 /// Transparent X windows all round what a popover shows, above everything else on every screen, bars
 /// included: they take what is pressed there. They follow the popover where it goes. Main thread only.
-class XPressCatcher final : public QObject {
+class WindowsAroundPopover final : public QObject {
     Q_OBJECT
 
   public:
     /// `popover` is shown, and outlives this.
-    XPressCatcher(QWidget& popover, PressTaker::Handler pressed);
-    ~XPressCatcher() override;
+    WindowsAroundPopover(QWidget& popover, PressSource::Handler pressed);
+    ~WindowsAroundPopover() override;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -34,7 +34,7 @@ class XPressCatcher final : public QObject {
     void surround();
 
     QWidget& popover;
-    PressTaker::Handler pressed;
+    PressSource::Handler pressed;
     QRect surrounded;
     std::vector<std::unique_ptr<Part, EndOfPart>> parts;
 };

@@ -1,16 +1,17 @@
-#include "Platform/Freedesktop/Windowing/X11/X11WindowServer.h"
+#include "Platform/Freedesktop/Windowing/PlainWindowServer.h"
 #include "Tests/Support/QtTest.h"
 
 #include <QLocale>
 #include <QScreen>
+#include <QWidget>
 
 namespace velloren {
 
-using X11WindowServerTest = QtTest;
+using PlainWindowServerTest = QtTest;
 
-TEST_F(X11WindowServerTest, TakesTheEndOfTheBarForThePlaceOfAnIconThatNobodyClicked) {
+TEST_F(PlainWindowServerTest, TakesTheEndOfTheBarForThePlaceOfAnIconThatNobodyClicked) {
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
-    X11WindowServer server(X11WindowServer::Session::Wayland);
+    PlainWindowServer server;
     QWidget window;
     for (const auto& [language, corner] :
          {std::pair("en", screen.topRight()), {"ar", screen.topLeft()}, {"fr", screen.topRight()}}) {

@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Windowing/X11/XPressCatcher.h"
+#include "Platform/Freedesktop/Windowing/X11/WindowsAroundPopover.h"
 
 #include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
@@ -20,9 +20,9 @@
 namespace velloren {
 
 /// Filled by the X server, with nothing: a picture of that size would be large.
-class XPressCatcher::Part final : public QWindow {
+class WindowsAroundPopover::Part final : public QWindow {
   public:
-    Part(QScreen& screen, const QRect& place, PressTaker::Handler handler)
+    Part(QScreen& screen, const QRect& place, PressSource::Handler handler)
         : QWindow(&screen), handler(std::move(handler)) {
         QSurfaceFormat format;
         format.setAlphaBufferSize(8);
@@ -67,30 +67,30 @@ class XPressCatcher::Part final : public QWindow {
     }
 
   private:
-    PressTaker::Handler handler;
+    PressSource::Handler handler;
     std::optional<QPoint> handled; ///< the place of the press that is being handled
 };
 
-void XPressCatcher::EndOfPart::operator()(Part* part) const {
+void WindowsAroundPopover::EndOfPart::operator()(Part* part) const {
     part->end();
 }
 
-XPressCatcher::XPressCatcher(QWidget& popover, PressTaker::Handler pressed)
+WindowsAroundPopover::WindowsAroundPopover(QWidget& popover, PressSource::Handler pressed)
     : popover(popover), pressed(std::move(pressed)) {
     popover.installEventFilter(this);
     surround();
 }
 
-XPressCatcher::~XPressCatcher() = default;
+WindowsAroundPopover::~WindowsAroundPopover() = default;
 
-bool XPressCatcher::eventFilter(QObject*, QEvent* event) {
+bool WindowsAroundPopover::eventFilter(QObject*, QEvent* event) {
     // The window manager may have another place for it than was asked.
     if (event->type() == QEvent::Move || event->type() == QEvent::Resize)
         surround();
     return false;
 }
 
-void XPressCatcher::surround() {
+void WindowsAroundPopover::surround() {
     // The margin around the popover's frame shows what lies behind it.
     const QRect shown = popover.childrenRect().translated(popover.pos());
     if (std::exchange(surrounded, shown) == shown)

@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Windowing/Wayland/PressCatcher.h"
+#include "Platform/Freedesktop/Windowing/Wayland/ScreenOverlay.h"
 
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 
@@ -22,7 +22,7 @@ wl_surface& surfaceOver(QScreen& screen, QWindow& window) {
 
 } // namespace
 
-PressCatcher::PressCatcher(const LayerShell& shell, QScreen& screen, Handlers handlers)
+ScreenOverlay::ScreenOverlay(const LayerShell& shell, QScreen& screen, Handlers handlers)
     : QWindow(&screen), shell(shell), handlers(std::move(handlers)), surface(surfaceOver(screen, *this)),
       role(std::make_unique<LayerSurface>(shell, surface, screen, LayerSurface::Bars::Ignore,
                                           LayerSurface::Handlers{[this](QSize size) {
@@ -32,17 +32,17 @@ PressCatcher::PressCatcher(const LayerShell& shell, QScreen& screen, Handlers ha
                                                                  },
                                                                  nullptr})) {}
 
-PressCatcher::~PressCatcher() {
+ScreenOverlay::~ScreenOverlay() {
     // The roles have to go before the surface.
     shown.reset();
     role.reset();
 }
 
-void PressCatcher::leaveOut(const QRegion& places) {
+void ScreenOverlay::leaveOut(const QRegion& places) {
     shell.letThrough(surface, places.translated(-position()));
 }
 
-bool PressCatcher::event(QEvent* event) {
+bool ScreenOverlay::event(QEvent* event) {
     switch (event->type()) {
     case QEvent::Enter:
         pointerIsAt(static_cast<QEnterEvent*>(event)->position());
@@ -67,17 +67,17 @@ bool PressCatcher::event(QEvent* event) {
     }
 }
 
-void PressCatcher::press(Qt::MouseButton button, QPointF place) {
+void ScreenOverlay::press(Qt::MouseButton button, QPointF place) {
     pressUnderWay = true;
     handlers.pressed(button, position() + place.toPoint());
 }
 
-void PressCatcher::release() {
+void ScreenOverlay::release() {
     if (std::exchange(pressUnderWay, false))
         handlers.released();
 }
 
-void PressCatcher::pointerIsAt(QPointF place) {
+void ScreenOverlay::pointerIsAt(QPointF place) {
     pointerPlace = position() + place.toPoint();
     handlers.pointerKnown();
 }

@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/Windowing/CaughtPresses.h"
+#include "Platform/Freedesktop/Windowing/OverlayEvents.h"
 
 #include <QApplication>
 #include <QWidget>
@@ -25,19 +25,19 @@ std::optional<EventType> pressTypeOf(Qt::MouseButton button) {
 
 } // namespace
 
-CaughtPresses::CaughtPresses(PressTaker& taker) : taker(taker) {
-    taker.setPressHandler([this](Qt::MouseButton button, QPoint place) { pressed(button, place); });
+OverlayEvents::OverlayEvents(PressSource& source) : source(source) {
+    source.setPressHandler([this](Qt::MouseButton button, QPoint place) { handlePress(button, place); });
 }
 
-CaughtPresses::~CaughtPresses() {
-    taker.setPressHandler(nullptr);
+OverlayEvents::~OverlayEvents() {
+    source.setPressHandler(nullptr);
 }
 
-Subscription CaughtPresses::addMonitorForEventsMatchingMask(EventMask mask, Handler handler) {
+Subscription OverlayEvents::addMonitorForEventsMatchingMask(EventMask mask, Handler handler) {
     return monitors.add(mask, std::move(handler));
 }
 
-void CaughtPresses::pressed(Qt::MouseButton button, QPoint place) {
+void OverlayEvents::handlePress(Qt::MouseButton button, QPoint place) {
     if (QWidget* menu = QApplication::activePopupWidget()) {
         menu->close(); // to dismiss it is all that this click does
         return;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
+#include "Platform/Freedesktop/Windowing/Wayland/LayerSurface.h"
 
 #include <QPoint>
 #include <QWindow>
@@ -12,7 +13,7 @@ namespace velloren {
 
 /// A transparent surface over a whole screen, bars and fullscreen windows included. The compositor tells it
 /// where the pointer is, and gives it what is pressed there. Main thread only.
-class PressCatcher final : public QWindow {
+class ScreenOverlay final : public QWindow {
     Q_OBJECT
 
   public:
@@ -22,8 +23,8 @@ class PressCatcher final : public QWindow {
         std::function<void()> released; ///< after a press, also where the pointer is lost
     };
 
-    PressCatcher(const LayerShell& shell, QScreen& screen, Handlers handlers);
-    ~PressCatcher() override;
+    ScreenOverlay(const LayerShell& shell, QScreen& screen, Handlers handlers);
+    ~ScreenOverlay() override;
 
     /// Where the pointer is, on the whole desktop; none while it is not over this screen, as far as the
     /// compositor has told.
