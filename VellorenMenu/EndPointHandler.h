@@ -15,7 +15,7 @@ class EndPointHandler {
     explicit EndPointHandler(Link& link);
 
     std::string serviceName;
-    std::unique_ptr<Connection> agentConnection;
+    std::shared_ptr<Connection> agentConnection;
     /// None when the registry's proxy is not an `EndPointHandling`.
     std::shared_ptr<EndPointHandling> remoteObjectProxy;
 

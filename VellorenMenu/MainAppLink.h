@@ -76,7 +76,7 @@ class MainAppLink {
 
     /// None while not connected, and when the far end's proxy is no `Communication`.
     std::shared_ptr<Communication> mainAppCallerProxy;
-    std::unique_ptr<Connection> mainAppCallerConnection;
+    std::shared_ptr<Connection> mainAppCallerConnection;
     std::deque<Operation> operationsQueue;
     /// States the limit; the check compares with its own number.
     std::int64_t autoRetryConnectionMaxAttempts = 10;

@@ -65,7 +65,7 @@ class MenuAppDelegate final : public MainAppLink,
 
     QPointer<QWidget> window;
     std::unique_ptr<Listener> menuAppListener;
-    std::unique_ptr<Connection> menuAppListenerConnection;
+    std::shared_ptr<Connection> menuAppListenerConnection;
     std::unique_ptr<StatusItem> statusBar;
     AgentMenu itemMenu;
     /// Owned by the status item's button once it was put there.

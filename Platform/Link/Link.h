@@ -193,9 +193,9 @@ class Link {
 
     /// A connection of its own to the service of that name on the session bus. Where that bus cannot be had,
     /// or stands still, its calls fail.
-    [[nodiscard]] virtual std::unique_ptr<Connection> connectionToService(const std::string& serviceName) = 0;
+    [[nodiscard]] virtual std::shared_ptr<Connection> connectionToService(const std::string& serviceName) = 0;
 
-    [[nodiscard]] virtual std::unique_ptr<Connection> connectionToEndpoint(const Endpoint& endpoint) = 0;
+    [[nodiscard]] virtual std::shared_ptr<Connection> connectionToEndpoint(const Endpoint& endpoint) = 0;
 
     /// A listener at a fresh socket of this process.
     [[nodiscard]] virtual std::unique_ptr<Listener> anonymousListener() = 0;

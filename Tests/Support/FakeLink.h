@@ -43,11 +43,11 @@ class FakeLink final : public Link {
             connection->settle();
     }
 
-    std::unique_ptr<Connection> connectionToService(const std::string& serviceName) override {
+    std::shared_ptr<Connection> connectionToService(const std::string& serviceName) override {
         return std::make_unique<FakeConnection>(*this, serviceName);
     }
 
-    std::unique_ptr<Connection> connectionToEndpoint(const Endpoint& endpoint) override {
+    std::shared_ptr<Connection> connectionToEndpoint(const Endpoint& endpoint) override {
         return std::make_unique<FakeConnection>(*this, endpoint.address());
     }
 

@@ -1,6 +1,5 @@
 #include "Platform/Link/DBus/DBusLink.h"
 
-#include "Platform/Link/DBus/DBusConnection.h"
 #include "Platform/Link/DBus/DBusListener.h"
 
 #include <utility>
@@ -16,21 +15,23 @@ DBusLink::~DBusLink() {
         std::shared_ptr(*open.begin())->close();
 }
 
-std::unique_ptr<Connection> DBusLink::connectionToService(const std::string& serviceName) {
-    return std::make_unique<DBusConnection>(busTo(serviceName), "<Connection: service " + serviceName + ">");
+std::shared_ptr<Connection> DBusLink::connectionToService(const std::string& serviceName) {
+    return connectionTo(serviceName);
 }
 
-std::unique_ptr<Connection> DBusLink::connectionToEndpoint(const Endpoint& endpoint) {
-    return std::make_unique<DBusConnection>(busTo(endpoint),
-                                            "<Connection: endpoint " + endpoint.address() + ">");
+std::shared_ptr<Connection> DBusLink::connectionToEndpoint(const Endpoint& endpoint) {
+    return connectionTo(endpoint);
 }
 
 std::unique_ptr<Listener> DBusLink::anonymousListener() {
     return std::make_unique<DBusListener>(loop);
 }
 
-std::shared_ptr<OutgoingBus> DBusLink::busTo(OutgoingBus::FarEnd farEnd) {
-    return std::make_shared<OutgoingBus>(loop, open, std::move(farEnd), options.callTimeout);
+std::shared_ptr<Connection> DBusLink::connectionTo(DBusConnection::FarEnd farEnd) {
+    const auto connection =
+        std::make_shared<DBusConnection>(loop, open, std::move(farEnd), options.callTimeout);
+    // It goes on for its last calls when its owners have gone.
+    return {connection.get(), [connection](Connection*) { connection->release(); }};
 }
 
 } // namespace velloren

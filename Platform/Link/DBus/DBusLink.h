@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Link/DBus/BusLoop.h"
-#include "Platform/Link/DBus/OutgoingBus.h"
+#include "Platform/Link/DBus/DBusConnection.h"
 #include "Platform/Link/Link.h"
 
 #include <chrono>
@@ -23,16 +23,16 @@ class DBusLink final : public Link {
     /// Sends what was called on services before, and closes everything.
     ~DBusLink() override;
 
-    [[nodiscard]] std::unique_ptr<Connection> connectionToService(const std::string& serviceName) override;
-    [[nodiscard]] std::unique_ptr<Connection> connectionToEndpoint(const Endpoint& endpoint) override;
+    [[nodiscard]] std::shared_ptr<Connection> connectionToService(const std::string& serviceName) override;
+    [[nodiscard]] std::shared_ptr<Connection> connectionToEndpoint(const Endpoint& endpoint) override;
     [[nodiscard]] std::unique_ptr<Listener> anonymousListener() override;
 
   private:
-    [[nodiscard]] std::shared_ptr<OutgoingBus> busTo(OutgoingBus::FarEnd farEnd);
+    [[nodiscard]] std::shared_ptr<Connection> connectionTo(DBusConnection::FarEnd farEnd);
 
     Options options;
     BusLoop loop;
-    OutgoingBus::Keeper open;
+    DBusConnection::Keeper open;
 };
 
 } // namespace velloren

@@ -96,7 +96,7 @@ class LinkTest : public ::testing::Test {
 
     RemoteInterface interface = communicationInterface();
     std::unique_ptr<DBusLink> near;
-    std::unique_ptr<Connection> connection;
+    std::shared_ptr<Connection> connection;
     std::shared_ptr<Communication> proxy;
     std::vector<std::string> returned; ///< the requests that were given back
     int interruptions = 0;
