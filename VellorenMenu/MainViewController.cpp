@@ -7,7 +7,6 @@
 #include "Services/VSyncManager.h"
 #include "Shared/VApp.h"
 #include "VellorenMenu/MenuAppDelegate.h"
-#include "VellorenMenu/UpcomingMeetings.h"
 #include "ui_Main.h"
 
 #include <array>
@@ -108,7 +107,7 @@ void MainViewController::viewWillAppear() {
     if (VApp(VApp::main).isRunning())
         fetchThroughDelegate();
     else
-        layOut(fetchMeetings());
+        loadUpcoming(fetchMeetings());
 }
 
 void MainViewController::viewDidAppear() {
@@ -142,15 +141,15 @@ bool MainViewController::showCreateRowForUser() {
 
 void MainViewController::fetchThroughDelegate() {
     if (auto* delegate = MenuAppDelegate::ofApplication())
-        fetchFromMainApp(*delegate, [this](const FetchedMeetings& meetings) { layOut(meetings); });
+        fetchFromMainApp(*delegate, [this](const FetchedMeetings& meetings) { loadUpcoming(meetings); });
 }
 
-std::optional<std::vector<Meeting>> MainViewController::fetchMeetings() {
+FetchedMeetings MainViewController::fetchMeetings() {
     auto next = MeetingFetcher().fetchNextMeetingsSortedByDate(true, mostMeetingsShown);
     Logger::sharedInstance().debug(next ? "Fetching from Realm, meetings.count=" + printedCount(next->count)
                                         : std::string("Fetching from Realm failed, returned object is nil"),
                                    {unit, "fetchMeetings()"});
-    return next ? std::optional(std::move(next->first)) : std::nullopt;
+    return next ? FetchedMeetings(std::move(next->first)) : std::nullopt;
 }
 
 void MainViewController::showNoMeetingsView() {
@@ -158,10 +157,6 @@ void MainViewController::showNoMeetingsView() {
     collapse(required(firstMeetingView));
     collapse(required(secondMeetingView));
     collapse(required(thridMeetingView));
-}
-
-void MainViewController::loadUpcoming(const std::optional<std::vector<Meeting>>& meetings) {
-    layOut(meetings);
 }
 
 void MainViewController::refreshRelativeDates() {
@@ -186,8 +181,8 @@ void MainViewController::followRelativeDates() {
         nextChangeOfDates = RunLoop::main().postAt(*next, [this] { refreshRelativeDates(); });
 }
 
-void MainViewController::layOut(const std::optional<std::vector<Meeting>>& fetched) {
-    const auto meetings = shownMeetings(fetched);
+void MainViewController::loadUpcoming(const FetchedMeetings& answer) {
+    const auto meetings = shownMeetings(answer);
     if (meetings.empty())
         showNoMeetingsView();
     else

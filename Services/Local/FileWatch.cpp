@@ -44,7 +44,7 @@ class FileWatch : public std::enable_shared_from_this<FileWatch> {
     void follow() {
         const int former = folder;
         watchNearestFolder();
-        if (nextOnTheWay != file)
+        if (awaited != file)
             watchNearestFolder(); // one further down may have come meanwhile
         if (former >= 0 && former != folder)
             ::inotify_rm_watch(descriptor, former);
@@ -52,10 +52,9 @@ class FileWatch : public std::enable_shared_from_this<FileWatch> {
 
     void watchNearestFolder() {
         folder = -1;
-        for (nextOnTheWay = file; folder < 0 && nextOnTheWay.has_relative_path();
-             nextOnTheWay = nextOnTheWay.parent_path()) {
-            const std::uint32_t events = itself | (nextOnTheWay == file ? files : arrivals);
-            folder = ::inotify_add_watch(descriptor, nextOnTheWay.parent_path().c_str(), events);
+        for (awaited = file; folder < 0 && awaited.has_relative_path(); awaited = awaited.parent_path()) {
+            const std::uint32_t events = itself | (awaited == file ? files : arrivals);
+            folder = ::inotify_add_watch(descriptor, awaited.parent_path().c_str(), events);
             if (folder >= 0)
                 return;
         }
@@ -79,7 +78,7 @@ class FileWatch : public std::enable_shared_from_this<FileWatch> {
 
     /// Whether one of them concerns the file.
     bool readEvents() {
-        bool concernsTheFile = false;
+        bool concerned = false;
         alignas(inotify_event) std::array<char, 4096> buffer{};
         for (;;) {
             const ssize_t size = ::read(descriptor, buffer.data(), buffer.size());
@@ -87,11 +86,11 @@ class FileWatch : public std::enable_shared_from_this<FileWatch> {
                 break;
             for (const char* next = buffer.data(); next < buffer.data() + size;) {
                 const auto& event = *reinterpret_cast<const inotify_event*>(next);
-                concernsTheFile = concernsTheFile || concerns(event);
+                concerned = concerned || concerns(event);
                 next += sizeof event + event.len;
             }
         }
-        return concernsTheFile;
+        return concerned;
     }
 
     [[nodiscard]] bool concerns(const inotify_event& event) const {
@@ -100,16 +99,15 @@ class FileWatch : public std::enable_shared_from_this<FileWatch> {
         if (event.wd != folder)
             return false;
         const std::string name = event.len > 0 ? event.name : "";
-        return name.empty() || name == nextOnTheWay.filename() ||
-               (name == companion && event.mask & IN_MODIFY);
+        return name.empty() || name == awaited.filename() || (name == companion && event.mask & IN_MODIFY);
     }
 
     const std::filesystem::path file;
     const std::string companion;
     const std::function<void()> changed;
     const int descriptor;
-    int folder = -1;                    ///< the number of its watch
-    std::filesystem::path nextOnTheWay; ///< in that folder: the file, or the next folder on the way to it
+    int folder = -1;               ///< the number of its watch
+    std::filesystem::path awaited; ///< in that folder: the file, or the next folder on the way to it
     Subscription events;
 };
 

@@ -21,7 +21,7 @@ std::unique_ptr<UploadingLock> UploadingLock::acquire(const std::filesystem::pat
         file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY, S_IRUSR | S_IWUSR);
     if (descriptor < 0)
         return nullptr;
-    std::unique_ptr<UploadingLock> uploadingLock(new UploadingLock(descriptor));
+    std::unique_ptr<UploadingLock> held(new UploadingLock(descriptor));
 
     struct flock lock {};
 
@@ -29,7 +29,7 @@ std::unique_ptr<UploadingLock> UploadingLock::acquire(const std::filesystem::pat
     lock.l_whence = SEEK_SET;
     if (::fcntl(descriptor, F_OFD_SETLK, &lock) != 0)
         return nullptr;
-    return uploadingLock;
+    return held;
 }
 
 UploadingLock::UploadingLock(int descriptor) : descriptor(descriptor) {}
