@@ -9,8 +9,6 @@
 #include "VellorenMenu/MenuAppDelegate.h"
 #include "ui_Main.h"
 
-#include <array>
-
 namespace velloren {
 
 namespace {
@@ -152,16 +150,19 @@ FetchedMeetings MainViewController::fetchMeetings() {
     return next ? FetchedMeetings(std::move(next->first)) : std::nullopt;
 }
 
+std::array<UpcommingMeetingItemView*, 3> MainViewController::meetingRows() const {
+    return {&required(firstMeetingView), &required(secondMeetingView), &required(thridMeetingView)};
+}
+
 void MainViewController::showNoMeetingsView() {
     show(required(noMeetingView));
-    collapse(required(firstMeetingView));
-    collapse(required(secondMeetingView));
-    collapse(required(thridMeetingView));
+    for (ItemView* row : meetingRows())
+        collapse(*row);
 }
 
 void MainViewController::refreshRelativeDates() {
-    for (const auto& row : {firstMeetingView, secondMeetingView, thridMeetingView}) {
-        if (!required(row).isItemHidden())
+    for (auto* row : meetingRows()) {
+        if (!row->isItemHidden())
             row->refreshRelativeDate();
     }
     followRelativeDates();
@@ -172,8 +173,8 @@ void MainViewController::followRelativeDates() {
     if (!isOnScreen)
         return;
     std::optional<Date> next;
-    for (const auto& row : {firstMeetingView, secondMeetingView, thridMeetingView}) {
-        const auto change = required(row).isItemHidden() ? std::nullopt : row->nextChangeOfRelativeDate();
+    for (const auto* row : meetingRows()) {
+        const auto change = row->isItemHidden() ? std::nullopt : row->nextChangeOfRelativeDate();
         if (change && (!next || *change < *next))
             next = change;
     }
@@ -184,24 +185,19 @@ void MainViewController::followRelativeDates() {
 void MainViewController::loadUpcoming(const FetchedMeetings& answer) {
     const auto meetings = shownMeetings(answer);
     if (meetings.empty())
-        showNoMeetingsView();
+        show(required(noMeetingView));
     else
-        showRows(meetings);
-    followRelativeDates();
-}
-
-void MainViewController::showRows(std::span<const Meeting> meetings) {
-    collapse(required(noMeetingView));
-    const std::array rows{&firstMeetingView, &secondMeetingView, &thridMeetingView};
-    for (std::size_t index = 0; index < rows.size(); ++index) {
-        UpcommingMeetingItemView& row = required(*rows[index]);
-        if (index < meetings.size()) {
-            show(row);
-            row.configureForMeeting(meetings[index]);
+        collapse(required(noMeetingView));
+    auto next = meetings.begin();
+    for (auto* row : meetingRows()) {
+        if (next != meetings.end()) {
+            show(*row);
+            row->configureForMeeting(*next++);
         } else {
-            collapse(row);
+            collapse(*row);
         }
     }
+    followRelativeDates();
 }
 
 } // namespace velloren

@@ -11,8 +11,8 @@
 
 #include <QPointer>
 
+#include <array>
 #include <memory>
-#include <span>
 
 namespace velloren {
 
@@ -51,9 +51,9 @@ class MainViewController final : public ViewController {
   private:
     MainViewController();
 
+    [[nodiscard]] std::array<UpcommingMeetingItemView*, 3> meetingRows() const;
     [[nodiscard]] bool showCreateRowForUser();
     void fetchThroughDelegate();
-    void showRows(std::span<const Meeting> meetings);
     void refreshRelativeDates();
     void followRelativeDates();
 
