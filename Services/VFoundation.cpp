@@ -2,99 +2,60 @@
 
 #include "Platform/Foundation/RunLoop.h"
 
+#include <algorithm>
+#include <charconv>
 #include <utility>
 
 namespace velloren {
 
 namespace {
 
-/// Takes a text apart from its front; after the first mismatch everything fails.
-class Scanner {
-  public:
-    explicit Scanner(std::string_view text) : rest(text) {}
-
-    int digits(std::size_t count) {
-        int number = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            const char digit = next();
-            matches = matches && digit >= '0' && digit <= '9';
-            number = matches ? number * 10 + (digit - '0') : 0;
-        }
-        return number;
-    }
-
-    void literal(char expected) { matches = next() == expected && matches; }
-
-    char next() {
-        if (rest.empty()) {
-            matches = false;
-            return '\0';
-        }
-        const char first = rest.front();
-        rest.remove_prefix(1);
-        return first;
-    }
-
-    void fail() { matches = false; }
-
-    [[nodiscard]] bool succeeded() const { return matches && rest.empty(); }
-
-  private:
-    std::string_view rest;
-    bool matches = true;
-};
-
-std::chrono::year_month_day scanDay(Scanner& scanner) {
-    const std::chrono::year year(scanner.digits(4));
-    scanner.literal('-');
-    const std::chrono::month month(static_cast<unsigned>(scanner.digits(2)));
-    scanner.literal('-');
-    const std::chrono::day day(static_cast<unsigned>(scanner.digits(2)));
-    const std::chrono::year_month_day date(year, month, day);
-    if (!date.ok())
-        scanner.fail();
-    return date;
+/// Whether the text has that form, in which 0 stands for any digit.
+bool hasForm(std::string_view text, std::string_view form) {
+    return std::equal(text.begin(), text.end(), form.begin(), form.end(), [](char character, char model) {
+        return model == '0' ? character >= '0' && character <= '9' : character == model;
+    });
 }
 
-std::chrono::minutes scanHourAndMinute(Scanner& scanner) {
-    const int hour = scanner.digits(2);
-    scanner.literal(':');
-    const int minute = scanner.digits(2);
+int number(std::string_view digits) {
+    int value = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    return value;
+}
+
+/// Of `00:00`. None where no day has such a time.
+std::optional<std::chrono::minutes> hourAndMinute(std::string_view text) {
+    const int hour = number(text.substr(0, 2));
+    const int minute = number(text.substr(3));
     if (hour > 23 || minute > 59)
-        scanner.fail();
+        return std::nullopt;
     return std::chrono::hours(hour) + std::chrono::minutes(minute);
 }
 
-std::chrono::seconds scanSecond(Scanner& scanner) {
-    const int second = scanner.digits(2);
-    if (second > 59)
-        scanner.fail();
-    return std::chrono::seconds(second);
-}
-
-std::chrono::minutes scanOffset(Scanner& scanner) {
-    const char sign = scanner.next();
-    if (sign == 'Z')
+std::optional<std::chrono::minutes> offset(std::string_view text) {
+    if (text == "Z")
         return std::chrono::minutes(0);
-    if (sign != '+' && sign != '-')
-        scanner.fail();
-    const std::chrono::minutes offset = scanHourAndMinute(scanner);
-    return sign == '-' ? -offset : offset;
+    if (!hasForm(text, "+00:00") && !hasForm(text, "-00:00"))
+        return std::nullopt;
+    const auto size = hourAndMinute(text.substr(1));
+    return size && text.front() == '-' ? -*size : size;
 }
 
 class StartTimeFormatter final : public MeetingDateFormatter {
   public:
     [[nodiscard]] std::optional<Date> dateFromString(std::string_view text) const override {
-        Scanner scanner(text);
-        const auto day = scanDay(scanner);
-        scanner.literal('T');
-        const auto hourAndMinute = scanHourAndMinute(scanner);
-        scanner.literal(':');
-        const auto second = scanSecond(scanner);
-        const auto offset = scanOffset(scanner);
-        if (!scanner.succeeded())
+        constexpr std::string_view form = "0000-00-00T00:00:00";
+        if (!hasForm(text.substr(0, form.size()), form))
             return std::nullopt;
-        return Date(std::chrono::sys_days(day) + hourAndMinute + second - offset);
+        const std::chrono::year_month_day day(std::chrono::year(number(text.substr(0, 4))),
+                                              std::chrono::month(unsigned(number(text.substr(5, 2)))),
+                                              std::chrono::day(unsigned(number(text.substr(8, 2)))));
+        const auto time = hourAndMinute(text.substr(11, 5));
+        const std::chrono::seconds second(number(text.substr(17, 2)));
+        const auto east = offset(text.substr(form.size()));
+        if (!day.ok() || !time || second >= std::chrono::minutes(1) || !east)
+            return std::nullopt;
+        return Date(std::chrono::sys_days(day) + *time + second - *east);
     }
 };
 

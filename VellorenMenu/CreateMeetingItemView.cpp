@@ -1,6 +1,5 @@
 #include "VellorenMenu/CreateMeetingItemView.h"
 
-#include "VellorenMenu/ClosePopover.h"
 #include "VellorenMenu/MenuAppDelegate.h"
 
 namespace velloren {

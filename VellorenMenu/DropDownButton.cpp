@@ -4,8 +4,8 @@
 #include "Platform/Views/PopUpMenu.h"
 #include "Platform/Views/WindowServer.h"
 #include "VellorenMenu/ActionItems.h"
-#include "VellorenMenu/ClosePopover.h"
 #include "VellorenMenu/Colors.h"
+#include "VellorenMenu/MenuAppDelegate.h"
 
 #include <QMouseEvent>
 #include <QPainter>

@@ -7,10 +7,7 @@
 #include "Services/VSyncManager.h"
 #include "Shared/VApp.h"
 #include "VellorenMenu/MenuAppDelegate.h"
-#include "VellorenMenu/UpcomingMeetings.h"
 #include "ui_Main.h"
-
-#include <array>
 
 namespace velloren {
 
@@ -108,7 +105,7 @@ void MainViewController::viewWillAppear() {
     if (VApp(VApp::main).isRunning())
         fetchThroughDelegate();
     else
-        layOut(fetchMeetings());
+        loadUpcoming(fetchMeetings());
 }
 
 void MainViewController::viewDidAppear() {
@@ -142,31 +139,30 @@ bool MainViewController::showCreateRowForUser() {
 
 void MainViewController::fetchThroughDelegate() {
     if (auto* delegate = MenuAppDelegate::ofApplication())
-        fetchFromMainApp(*delegate, [this](const FetchedMeetings& meetings) { layOut(meetings); });
+        fetchFromMainApp(*delegate, [this](const FetchedMeetings& meetings) { loadUpcoming(meetings); });
 }
 
-std::optional<std::vector<Meeting>> MainViewController::fetchMeetings() {
+FetchedMeetings MainViewController::fetchMeetings() {
     auto next = MeetingFetcher().fetchNextMeetingsSortedByDate(true, mostMeetingsShown);
     Logger::sharedInstance().debug(next ? "Fetching from Realm, meetings.count=" + printedCount(next->count)
                                         : std::string("Fetching from Realm failed, returned object is nil"),
                                    {unit, "fetchMeetings()"});
-    return next ? std::optional(std::move(next->first)) : std::nullopt;
+    return next ? FetchedMeetings(std::move(next->first)) : std::nullopt;
+}
+
+std::array<UpcommingMeetingItemView*, 3> MainViewController::meetingRows() const {
+    return {&required(firstMeetingView), &required(secondMeetingView), &required(thridMeetingView)};
 }
 
 void MainViewController::showNoMeetingsView() {
     show(required(noMeetingView));
-    collapse(required(firstMeetingView));
-    collapse(required(secondMeetingView));
-    collapse(required(thridMeetingView));
-}
-
-void MainViewController::loadUpcoming(const std::optional<std::vector<Meeting>>& meetings) {
-    layOut(meetings);
+    for (ItemView* row : meetingRows())
+        collapse(*row);
 }
 
 void MainViewController::refreshRelativeDates() {
-    for (const auto& row : {firstMeetingView, secondMeetingView, thridMeetingView}) {
-        if (!required(row).isItemHidden())
+    for (auto* row : meetingRows()) {
+        if (!row->isItemHidden())
             row->refreshRelativeDate();
     }
     followRelativeDates();
@@ -177,8 +173,8 @@ void MainViewController::followRelativeDates() {
     if (!isOnScreen)
         return;
     std::optional<Date> next;
-    for (const auto& row : {firstMeetingView, secondMeetingView, thridMeetingView}) {
-        const auto change = required(row).isItemHidden() ? std::nullopt : row->nextChangeOfRelativeDate();
+    for (const auto* row : meetingRows()) {
+        const auto change = row->isItemHidden() ? std::nullopt : row->nextChangeOfRelativeDate();
         if (change && (!next || *change < *next))
             next = change;
     }
@@ -186,27 +182,22 @@ void MainViewController::followRelativeDates() {
         nextChangeOfDates = RunLoop::main().postAt(*next, [this] { refreshRelativeDates(); });
 }
 
-void MainViewController::layOut(const std::optional<std::vector<Meeting>>& fetched) {
-    const auto meetings = shownMeetings(fetched);
+void MainViewController::loadUpcoming(const FetchedMeetings& answer) {
+    const auto meetings = shownMeetings(answer);
     if (meetings.empty())
-        showNoMeetingsView();
+        show(required(noMeetingView));
     else
-        showRows(meetings);
-    followRelativeDates();
-}
-
-void MainViewController::showRows(std::span<const Meeting> meetings) {
-    collapse(required(noMeetingView));
-    const std::array rows{&firstMeetingView, &secondMeetingView, &thridMeetingView};
-    for (std::size_t index = 0; index < rows.size(); ++index) {
-        UpcommingMeetingItemView& row = required(*rows[index]);
-        if (index < meetings.size()) {
-            show(row);
-            row.configureForMeeting(meetings[index]);
+        collapse(required(noMeetingView));
+    auto next = meetings.begin();
+    for (auto* row : meetingRows()) {
+        if (next != meetings.end()) {
+            show(*row);
+            row->configureForMeeting(*next++);
         } else {
-            collapse(row);
+            collapse(*row);
         }
     }
+    followRelativeDates();
 }
 
 } // namespace velloren

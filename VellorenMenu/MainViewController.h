@@ -1,22 +1,18 @@
 #pragma once
 
 #include "Platform/Foundation/Subscription.h"
-#include "Platform/Link/Link.h"
 #include "Platform/Views/ViewController.h"
-#include "Services/VModel.h"
-#include "Shared/Communication.h"
 #include "VellorenMenu/CreateMeetingItemView.h"
 #include "VellorenMenu/ItemView.h"
 #include "VellorenMenu/MainContentView.h"
+#include "VellorenMenu/UpcomingMeetings.h"
 #include "VellorenMenu/UpcommingMeetingItemView.h"
 #include "VellorenMenu/UploadItemView.h"
 
 #include <QPointer>
 
+#include <array>
 #include <memory>
-#include <optional>
-#include <span>
-#include <vector>
 
 namespace velloren {
 
@@ -39,10 +35,10 @@ class MainViewController final : public ViewController {
     void showNoMeetingsView();
 
     /// Lays out the meetings; none is laid out like an empty list.
-    void loadUpcoming(const std::optional<std::vector<Meeting>>& meetings);
+    void loadUpcoming(const FetchedMeetings& answer);
 
     /// Reads the local store for as many meetings as there are rows. None when it could not be read.
-    [[nodiscard]] std::optional<std::vector<Meeting>> fetchMeetings();
+    [[nodiscard]] FetchedMeetings fetchMeetings();
 
     // The outlets, set from the form; reaching one that is missing stops the process.
     QPointer<ItemView> noMeetingView;
@@ -55,10 +51,9 @@ class MainViewController final : public ViewController {
   private:
     MainViewController();
 
+    [[nodiscard]] std::array<UpcommingMeetingItemView*, 3> meetingRows() const;
     [[nodiscard]] bool showCreateRowForUser();
     void fetchThroughDelegate();
-    void layOut(const std::optional<std::vector<Meeting>>& fetched);
-    void showRows(std::span<const Meeting> meetings);
     void refreshRelativeDates();
     void followRelativeDates();
 

@@ -214,4 +214,9 @@ void MenuAppDelegate::outsideClick(const Event* event) {
     closePopover(nullptr);
 }
 
+void closePopover(QWidget& view) {
+    if (auto* delegate = MenuAppDelegate::ofApplication())
+        delegate->closePopover(&view);
+}
+
 } // namespace velloren

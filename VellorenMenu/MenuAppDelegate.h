@@ -76,4 +76,8 @@ class MenuAppDelegate final : public MainAppLink,
     Subscription terminations;
 };
 
+/// Closes the popover in the name of a view in it; nothing where the application's delegate is not the
+/// agent's.
+void closePopover(QWidget& view);
+
 } // namespace velloren

@@ -1,7 +1,6 @@
 #include "VellorenMenu/UpcommingMeetingItemView.h"
 
 #include "Platform/Foundation/RunLoop.h"
-#include "VellorenMenu/ClosePopover.h"
 #include "VellorenMenu/DateTexts.h"
 #include "VellorenMenu/MenuAppDelegate.h"
 

@@ -7,7 +7,6 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdint>
 #include <sqlite3.h>
@@ -71,25 +70,12 @@ void keepDeadline(sqlite3* database) {
     sqlite3_busy_handler(database, &waitForLock, nullptr);
 }
 
-std::filesystem::path besides(const std::filesystem::path& file, const char* suffix) {
-    return file.string() + suffix;
-}
-
-bool isMissingOrRegular(const std::filesystem::path& path) {
-    std::error_code error;
-    const auto type = std::filesystem::status(path, error).type();
-    return type == std::filesystem::file_type::regular || type == std::filesystem::file_type::not_found;
-}
-
 // Opening anything but a regular file could block.
 bool canBeOpened(const std::filesystem::path& file) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(file, error))
         return false;
-    const std::array companions{besides(file, "-wal"), besides(file, "-shm"), besides(file, "-journal")};
-    if (!std::all_of(companions.begin(), companions.end(), isMissingOrRegular))
-        return false;
-    const auto logSize = std::filesystem::file_size(companions.front(), error);
+    const auto logSize = std::filesystem::file_size(file.string() + "-wal", error);
     return error || logSize <= largestWriteAheadLog;
 }
 
