@@ -15,7 +15,7 @@ namespace {
 constexpr int margin = 16;
 constexpr auto nextMeetingIn = std::chrono::minutes(20);
 
-QString described(const std::string& request) {
+QString descriptionOf(const std::string& request) {
     if (request == "create")
         return MainWindow::tr("Create a meeting");
     if (request == "fetch")
@@ -61,7 +61,7 @@ void MainWindow::addRequest(const std::string& request) {
     const std::string id = request.starts_with(open) ? request.substr(open.size()) : std::string();
     const QString title = id.empty() ? QString() : QString::fromStdString(database.titleOf(id));
     auto* item = new QTreeWidgetItem(
-        {QTime::currentTime().toString(Qt::ISODate), described(request), title, QString::fromStdString(id)});
+        {QTime::currentTime().toString(Qt::ISODate), descriptionOf(request), title, QString::fromStdString(id)});
     requests.addTopLevelItem(item);
     requests.scrollToItem(item);
 }

@@ -12,13 +12,13 @@ namespace {
 
 using NamesBySource = std::array<std::optional<std::string>, 4>;
 
-NamesBySource& told() {
+NamesBySource& namesBySource() {
     static NamesBySource names;
     return names;
 }
 
-std::optional<std::string>& toldBy(AppearanceSource source) {
-    return told().at(std::size_t(source));
+std::optional<std::string>& nameFrom(AppearanceSource source) {
+    return namesBySource().at(std::size_t(source));
 }
 
 bool paletteIsDark() {
@@ -32,7 +32,7 @@ const std::string Appearance::vibrantDark = "NSAppearanceNameVibrantDark";
 const std::string Appearance::vibrantLight = "NSAppearanceNameVibrantLight";
 
 const std::string& Appearance::currentName() {
-    const auto& names = told();
+    const auto& names = namesBySource();
     const auto first =
         std::find_if(names.begin(), names.end(), [](const auto& name) { return name.has_value(); });
     if (first != names.end())
@@ -41,13 +41,13 @@ const std::string& Appearance::currentName() {
 }
 
 bool Appearance::isSeen() {
-    return toldBy(AppearanceSource::Pixels).has_value();
+    return nameFrom(AppearanceSource::Pixels).has_value();
 }
 
 bool Appearance::setName(AppearanceSource source, const std::optional<std::string>& name) {
     const std::string formerName = currentName();
     const bool wasSeen = isSeen();
-    toldBy(source) = name;
+    nameFrom(source) = name;
     return currentName() != formerName || isSeen() != wasSeen;
 }
 

@@ -92,13 +92,13 @@ QRect StatusBarButton::rectOnScreen(const QRect& rect) const {
 QImage StatusBarButton::picture(int side) {
     if (const auto handler = std::exchange(firstShown, nullptr))
         handler();
-    const int shown = std::min(width(), height());
+    const int smaller = std::min(width(), height());
     QImage image(side, side, QImage::Format_ARGB32);
     image.fill(Qt::transparent);
     QPainter painter(&image);
-    const double scale = double(side) / shown;
+    const double scale = double(side) / smaller;
     painter.scale(scale, scale);
-    render(&painter, QPoint((shown - width()) / 2, (shown - height()) / 2), QRegion(), DrawChildren);
+    render(&painter, QPoint((smaller - width()) / 2, (smaller - height()) / 2), QRegion(), DrawChildren);
     painter.end();
     if (Appearance::isSeen())
         return image;

@@ -87,7 +87,7 @@ DesktopSettings::DesktopSettings(const QDBusConnection& sessionBus, std::functio
 }
 
 void DesktopSettings::followPortal() {
-    followSignal(bus, {portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged")}, *this,
+    followSignal(bus, {{}, portalPath, settingsInterface, QStringLiteral("SettingChanged")}, *this,
                  SLOT(settingChanged(QString, QString, QDBusVariant)));
     for (const auto& [group, key] :
          {std::pair(appearanceGroup, colorScheme), std::pair(interfaceGroup, clockFormat)}) {
@@ -101,9 +101,9 @@ void DesktopSettings::followPortal() {
 }
 
 void DesktopSettings::followXfcePanel() {
-    followSignal(bus, {xfconf, xfconfPath, xfconf, QStringLiteral("PropertyChanged"), xfcePanel}, *this,
+    followSignal(bus, {{}, xfconfPath, xfconf, QStringLiteral("PropertyChanged"), xfcePanel}, *this,
                  SLOT(panelSettingChanged(QString, QString, QDBusVariant)));
-    followSignal(bus, {xfconf, xfconfPath, xfconf, QStringLiteral("PropertyRemoved"), xfcePanel}, *this,
+    followSignal(bus, {{}, xfconfPath, xfconf, QStringLiteral("PropertyRemoved"), xfcePanel}, *this,
                  SLOT(panelSettingRemoved(QString, QString)));
     auto question = QDBusMessage::createMethodCall(xfconf, xfconfPath, xfconf, QStringLiteral("GetProperty"));
     question << xfcePanel << panelDarkMode;

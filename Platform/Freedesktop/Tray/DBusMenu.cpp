@@ -247,7 +247,7 @@ void DBusMenu::entriesChanged() {
     QList<DBusMenuProperties> updated;
     QList<DBusMenuRemovals> removed;
     for (const StatusMenuEntry& entry : menu.entries()) {
-        const auto [id, earlier] = taken(former, entry);
+        const auto [id, earlier] = takeItem(former, entry);
         next.push_back({id, entry});
         const QVariantMap properties = velloren::propertiesOf(entry);
         const QVariantMap before = velloren::propertiesOf(earlier);
@@ -267,21 +267,21 @@ void DBusMenu::entriesChanged() {
 }
 
 /// Takes the entry out of those that were there; one that was not gets a number of its own.
-DBusMenu::Item DBusMenu::taken(std::vector<Item>& former, const StatusMenuEntry& entry) {
-    const auto found = std::find_if(former.begin(), former.end(), [&](const Item& item) {
+DBusMenu::Item DBusMenu::takeItem(std::vector<Item>& former, const StatusMenuEntry& entry) {
+    const auto place = std::find_if(former.begin(), former.end(), [&](const Item& item) {
         return item.entry.kind == entry.kind && item.entry.key == entry.key;
     });
-    if (found == former.end())
+    if (place == former.end())
         return {++latestId, entry};
-    Item item = std::move(*found);
-    former.erase(found);
+    Item item = std::move(*place);
+    former.erase(place);
     return item;
 }
 
 const DBusMenu::Item* DBusMenu::find(int id) const {
-    const auto found =
+    const auto place =
         std::find_if(items.begin(), items.end(), [id](const Item& item) { return item.id == id; });
-    return found == items.end() ? nullptr : &*found;
+    return place == items.end() ? nullptr : &*place;
 }
 
 bool DBusMenu::isKnown(int id) const {

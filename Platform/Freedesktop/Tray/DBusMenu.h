@@ -97,7 +97,7 @@ class DBusMenu final : public QObject, protected QDBusContext {
     };
 
     void entriesChanged();
-    [[nodiscard]] Item taken(std::vector<Item>& former, const StatusMenuEntry& entry);
+    [[nodiscard]] Item takeItem(std::vector<Item>& former, const StatusMenuEntry& entry);
     [[nodiscard]] const Item* find(int id) const;
     [[nodiscard]] bool isKnown(int id) const;
     [[nodiscard]] QVariantMap propertiesOf(int id) const;

@@ -88,8 +88,9 @@ StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, Identity iden
         registerIfDue();
     });
     exportObject(this->bus, itemPath, *this);
-    this->bus.registerService(this->identity.serviceName);
     followWatcher();
+    this->bus.registerService(
+        this->identity.serviceName); // waits for the bus, and the watcher answers meanwhile
 }
 
 StatusNotifierItem::~StatusNotifierItem() {
@@ -153,8 +154,7 @@ void StatusNotifierItem::followWatcher() {
     connect(&watcherOwner, &QDBusServiceWatcher::serviceOwnerChanged, this,
             &StatusNotifierItem::registerOnceHosted);
     const auto follow = [this](const char* signal, const char* slot) {
-        followSignal(bus, {watcherService, watcherPath, watcherService, QString::fromLatin1(signal)}, *this,
-                     slot);
+        followSignal(bus, {{}, watcherPath, watcherService, QString::fromLatin1(signal)}, *this, slot);
     };
     follow("StatusNotifierHostRegistered", SLOT(registerOnceHosted())); // hosts forget what they knew
     follow("StatusNotifierHostUnregistered", SLOT(askForHost()));
