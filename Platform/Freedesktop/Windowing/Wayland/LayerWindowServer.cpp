@@ -82,7 +82,19 @@ void LayerWindowServer::findSite(QWidget& window, const QRect& anchor, SiteHandl
     popover = &window;
     askedAnchor = anchor;
     asked = std::move(found);
-    if (views.empty() && shell.isReady()) {
+    if (shell.isReady())
+        lookAtScreens();
+    else // right after the start
+        shellKnown = shell.afterAnswers([this] { lookAtScreens(); });
+}
+
+void LayerWindowServer::lookAtScreens() {
+    if (!shell.isReady()) { // it went away since somebody asked for it
+        popover->winId();
+        qtprivate::closeAsUser(*popover->windowHandle());
+        return;
+    }
+    if (views.empty()) {
         for (QScreen* screen : QGuiApplication::screens())
             lookAtScreen(*screen);
         if (shell.windowMaker())
@@ -245,8 +257,6 @@ void LayerWindowServer::showPopover(QWidget& window, const QRect& frame) {
             leaveOutOwnWindows();
         return;
     }
-    if (!shell.isReady())
-        return;
     window.setScreen(screen);
     window.winId();
     // On a locked screen nobody tells where the pointer is, and the keyboard is for the password.
@@ -296,6 +306,7 @@ void LayerWindowServer::closeIfAbsent() {
 bool LayerWindowServer::hidePopover(QWidget& window) {
     qApp->removeEventFilter(this);
     asked = nullptr;
+    shellKnown.reset();
     allShown.reset();
     scaleKnown.reset();
     seen.reset();

@@ -62,6 +62,7 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
   private:
     struct ScreenView;
 
+    void lookAtScreens();
     void lookAtScreen(QScreen& screen);
     void leaveScreens();
     void answerWhenKnown();
@@ -92,6 +93,7 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     QTimer patience; ///< with the compositor, then with the pointer
     QTimer hiding;   ///< until what hides the popover is believed to
     QTimer absence;  ///< of pointer or keyboard
+    std::unique_ptr<CompositorNotice> shellKnown;
     std::unique_ptr<CompositorNotice> allShown;
     std::unique_ptr<CompositorNotice> scaleKnown;
     std::unique_ptr<CompositorNotice> seen;
