@@ -28,8 +28,7 @@ class CrashReport : public ::testing::Test {
         Process process(arguments,
                         {{"XDG_STATE_HOME", folder.path()},
                          // The sanitizers would take the signals for themselves.
-                         {"ASAN_OPTIONS", "handle_segv=0:handle_sigbus=0"},
-                         {"TSAN_OPTIONS", "handle_segv=0:handle_sigbus=0:ignore_noninstrumented_modules=1"}},
+                         {"ASAN_OPTIONS", "handle_segv=0:handle_sigbus=0"}},
                         folder / "output");
         const int status = process.wait();
         output = process.output();
