@@ -1,7 +1,8 @@
 #include "Platform/Link/Endpoint.h"
 
+#include <QByteArray>
+
 #include <algorithm>
-#include <cstdint>
 #include <sys/un.h>
 
 namespace velloren {
@@ -12,55 +13,28 @@ constexpr std::string_view transport = "unix:";
 constexpr std::size_t longestName = sizeof(sockaddr_un::sun_path) - 1;
 constexpr std::size_t longestAddress = transport.size() + 3 * longestName + 64;
 
-std::optional<unsigned> hexDigit(char digit) {
-    if (digit >= '0' && digit <= '9')
-        return unsigned(digit - '0');
-    if (digit >= 'a' && digit <= 'f')
-        return unsigned(digit - 'a') + 10;
-    if (digit >= 'A' && digit <= 'F')
-        return unsigned(digit - 'A') + 10;
-    return std::nullopt;
-}
-
 /// The characters that an address may hold as they are.
 bool isPlain(char c) {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
            std::string_view("-_/\\*.").find(c) != std::string_view::npos;
 }
 
+bool isHexDigit(char c) {
+    return std::string_view("0123456789abcdefABCDEF").find(c) != std::string_view::npos;
+}
+
 std::optional<std::string> unescaped(std::string_view text) {
-    std::string result;
-    for (std::size_t index = 0; index < text.size(); ++index) {
-        if (isPlain(text[index])) {
-            result += text[index];
-            continue;
-        }
-        if (text[index] != '%' || index + 2 >= text.size())
+    for (std::string_view rest = text; !rest.empty();) {
+        const bool isEscape = rest.size() > 2 && rest[0] == '%' && isHexDigit(rest[1]) && isHexDigit(rest[2]);
+        if ((!isEscape && !isPlain(rest[0])) || rest.starts_with("%00"))
             return std::nullopt;
-        const auto high = hexDigit(text[index + 1]);
-        const auto low = hexDigit(text[index + 2]);
-        if (!high || !low || (*high == 0 && *low == 0))
-            return std::nullopt;
-        result += static_cast<char>(static_cast<std::uint8_t>(*high << 4U | *low));
-        index += 2;
+        rest.remove_prefix(isEscape ? 3 : 1);
     }
-    return result;
+    return QByteArray::fromPercentEncoding(QByteArray(text.data(), qsizetype(text.size()))).toStdString();
 }
 
 std::string escaped(std::string_view text) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string result;
-    for (const char c : text) {
-        if (isPlain(c)) {
-            result += c;
-            continue;
-        }
-        const auto byte = static_cast<std::uint8_t>(c);
-        result += '%';
-        result += digits[byte >> 4U];
-        result += digits[byte & 15U];
-    }
-    return result;
+    return QByteArray(text.data(), qsizetype(text.size())).toPercentEncoding("/", "~").toStdString();
 }
 
 struct Fields {

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <ranges>
 #include <utility>
 
 namespace velloren {
@@ -248,12 +247,12 @@ void DBusConnection::handOverWaiting() {
         waiting.pop_front();
     }
     if (state == State::Ended) {
-        const auto isLost = [this](const Call& call) {
-            return isReleased || call.kind != Call::Kind::Request;
-        };
-        for (const Call& call : waiting | std::views::filter(isLost))
-            failLater(call, notConnected);
-        std::erase_if(waiting, isLost);
+        std::erase_if(waiting, [this](const Call& call) {
+            const bool isLost = isReleased || call.kind != Call::Kind::Request;
+            if (isLost)
+                failLater(call, notConnected);
+            return isLost;
+        });
     }
     closeSoonIfDone();
 }
