@@ -60,8 +60,8 @@ void MainWindow::addRequest(const std::string& request) {
     const std::string open = "open ";
     const std::string id = request.starts_with(open) ? request.substr(open.size()) : std::string();
     const QString title = id.empty() ? QString() : QString::fromStdString(database.titleOf(id));
-    auto* item = new QTreeWidgetItem(
-        {QTime::currentTime().toString(Qt::ISODate), descriptionOf(request), title, QString::fromStdString(id)});
+    auto* item = new QTreeWidgetItem({QTime::currentTime().toString(Qt::ISODate), descriptionOf(request),
+                                      title, QString::fromStdString(id)});
     requests.addTopLevelItem(item);
     requests.scrollToItem(item);
 }
