@@ -8,6 +8,8 @@
 #include <QScreen>
 #include <QToolTip>
 
+#include <cmath>
+
 namespace velloren {
 
 namespace {
@@ -45,6 +47,10 @@ QString asToolTip(const QString& text, int room) {
 
 Label::Label(QWidget* parent) : QWidget(parent) {
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    QTextOption byScript;
+    byScript.setTextDirection(Qt::LayoutDirectionAuto);
+    shaped.setTextOption(byScript);
+    shaped.setTextFormat(Qt::PlainText);
 }
 
 void Label::setStringValue(const QString& value) {
@@ -100,11 +106,14 @@ QString Label::elided() const {
 void Label::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setPen(color);
+    if (const QString visible = elided(); visible != shaped.text()) {
+        shaped.setText(visible);
+        shaped.prepare({}, font());
+    }
     // The list keeps its reading edge; each text runs in the direction of its own script.
-    const Qt::Alignment edge = layoutDirection() == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
-    const Qt::Alignment place = edge | Qt::AlignAbsolute | Qt::AlignVCenter;
-    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
-    painter.drawText(rect(), static_cast<int>(place.toInt()) | Qt::TextSingleLine, elided());
+    const QSizeF free = size() - shaped.size();
+    const double left = layoutDirection() == Qt::RightToLeft ? free.width() : 0;
+    painter.drawStaticText(QPointF(std::floor(left), std::floor(free.height() / 2)), shaped);
 }
 
 void Label::updateFont() {
@@ -114,8 +123,10 @@ void Label::updateFont() {
 bool Label::event(QEvent* event) {
     if (event->type() == QEvent::ApplicationFontChange)
         updateFont();
-    if (event->type() == QEvent::FontChange)
+    if (event->type() == QEvent::FontChange) {
         knownAdvance.reset();
+        shaped.setText({});
+    }
     if (event->type() != QEvent::ToolTip)
         return QWidget::event(event);
     const auto* help = static_cast<const QHelpEvent*>(event);

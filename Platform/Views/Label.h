@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QStaticText>
 #include <QWidget>
 
 #include <optional>
@@ -52,6 +53,7 @@ class Label final : public QWidget {
 
     QString text;
     QString line;
+    QStaticText shaped;                      ///< what was drawn last
     mutable std::optional<int> knownAdvance; ///< shaping a text takes longer than drawing it
     QFont ownFont;                           ///< but for its families
     QColor color{Qt::black};

@@ -278,8 +278,16 @@ class OnDesktop : public ::testing::TestWithParam<Host> {
         EXPECT_NEAR(middle(*arrow), middle(highlight), pixels(3)) << "in a corner it leans";
     }
 
+    void expectIconIsSeen() {
+        const auto contrast = [&] {
+            return greatestContrast(desktop->look().copy(icon.adjusted(-3, -3, 3, 3)));
+        };
+        EXPECT_TRUE(desktop->waitUntil([&] { return contrast() >= 3; })) << contrast();
+    }
+
     void expectPopoverAtIconOf(const Bar& bar) {
         ASSERT_NO_FATAL_FAILURE(startAll(bar));
+        expectIconIsSeen();
         ASSERT_NO_FATAL_FAILURE(openPopover());
         expectPopoverAtIcon();
     }
@@ -379,8 +387,7 @@ TEST_P(OnDarkBar, IsSeenAndOpensAboveABarAtTheBottom) {
     const Side side = GetParam().lacks.contains(Ability::Bottom) ? Side::Top : Side::Bottom;
     ASSERT_NO_FATAL_FAILURE(startAll({side, Shade::Dark}));
     EXPECT_LE(luminance(commonColor(withoutIcon.copy(icon))), 0.1) << "the bar is dark";
-    const auto contrast = [&] { return greatestContrast(desktop->look().copy(icon.adjusted(-3, -3, 3, 3))); };
-    EXPECT_TRUE(desktop->waitUntil([&] { return contrast() >= 3; })) << contrast();
+    expectIconIsSeen();
     ASSERT_NO_FATAL_FAILURE(waitForIcon());
     ASSERT_NO_FATAL_FAILURE(openPopover());
     expectPopoverAtIcon();

@@ -46,6 +46,7 @@ class Faults : public MenuAgentTest {
         desktop.run({"xrestop", "-b", "-m", "1"}, &clients);
         const auto name = std::min(clients.find("PID: " + process), clients.find("velloren-menu"));
         const auto start = std::min(clients.find("windows", name), clients.size());
+        EXPECT_LT(start, clients.size()) << "xrestop does not list it: " << clients;
         return std::to_string(descriptorsOf(agent->pid())) + " descriptors, " +
                std::to_string(sumInFile("/proc/" + process + "/status", "Threads:")) + " threads\n" +
                clients.substr(start, clients.find("other", start) - start);

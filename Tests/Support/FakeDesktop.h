@@ -48,6 +48,7 @@ class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer
     std::optional<QPoint> pointer;
     bool composited = true;
     bool keepsWindows = true;
+    QRect latestAnchor;
 
     std::optional<QPoint> pointerLocation() const override { return pointer; }
 
@@ -56,6 +57,7 @@ class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer
     void preparePopover(QWidget&, ChangeHandler) override {}
 
     void findSite(QWidget&, const QRect& anchor, SiteHandler found) override {
+        latestAnchor = anchor;
         const QScreen& screen = *QGuiApplication::primaryScreen();
         found({anchor, screen.geometry(), screen.availableGeometry()});
     }

@@ -166,6 +166,22 @@ TEST_F(MenuAppDelegateTest, OpensOnTheIconAndClosesOnItOrOnAPressElsewhere) {
     EXPECT_DEATH(events.postWithoutEvent(), "fatal error: a click outside the popover");
 }
 
+TEST_F(MenuAppDelegateTest, OpensAwayFromTheIconOnASecondStartOrActivatesWhatIsOpen) {
+    launch();
+    pressIcon();
+    EXPECT_FALSE(display.latestAnchor.isEmpty());
+    pressIcon();
+    delegate.applicationShouldHandleReopen();
+    expectOpen(true);
+    EXPECT_TRUE(display.latestAnchor.isEmpty()) << "nobody clicked there";
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(waitUntil([&] { return other.isActiveWindow(); }));
+    delegate.applicationShouldHandleReopen();
+    EXPECT_TRUE(waitUntil([this] { return delegate.popover().contentWindow()->isActiveWindow(); }));
+}
+
 TEST_F(MenuAppDelegateTest, HighlightsAndWatchesEvenWithoutAButton) {
     statusBar.givesButton = false;
     MenuAppDelegate buttonless(link);

@@ -32,12 +32,12 @@ bool FocusEvents::takeClickSeenByMonitor() {
 }
 
 void FocusEvents::focusLost() {
-    const auto told = monitors.handlersFor(maskOf(EventType::LeftMouseDown));
-    if (told.empty())
+    const auto handlers = monitors.handlersFor(maskOf(EventType::LeftMouseDown));
+    if (handlers.empty())
         return;
     lossSeenByMonitor.start();
     const Event event{EventType::LeftMouseDown, QCursor::pos()};
-    for (const Handler& handler : told)
+    for (const Handler& handler : handlers)
         handler(&event);
 }
 

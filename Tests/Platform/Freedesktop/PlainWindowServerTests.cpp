@@ -7,7 +7,22 @@
 
 namespace velloren {
 
+namespace {
+
 using PlainWindowServerTest = QtTest;
+
+/// For the screen of all tests here.
+const bool isScaled = qputenv("QT_SCALE_FACTOR", "2");
+
+} // namespace
+
+TEST_F(PlainWindowServerTest, TakesTheNumberOfAHostForTheScreensOwnPixels) {
+    QWidget window;
+    std::optional<PopoverSite> site;
+    PlainWindowServer().findSite(window, {390, 290, 20, 20}, [&](const PopoverSite& found) { site = found; });
+    ASSERT_TRUE(site);
+    EXPECT_EQ(site->anchor.center(), QPoint(200, 150)) << isScaled;
+}
 
 TEST_F(PlainWindowServerTest, TakesTheEndOfTheBarForThePlaceOfAnIconThatNobodyClicked) {
     const QRect screen = QGuiApplication::primaryScreen()->geometry();

@@ -80,8 +80,8 @@ void LayerWindowServer::preparePopover(QWidget& window, ChangeHandler) {
 
 void LayerWindowServer::findSite(QWidget& window, const QRect& anchor, SiteHandler found) {
     popover = &window;
-    askedAnchor = anchor;
-    asked = std::move(found);
+    siteAnchor = anchor;
+    siteHandler = std::move(found);
     if (shell.isReady())
         lookAtScreens();
     else // right after the start
@@ -114,8 +114,8 @@ void LayerWindowServer::lookAtScreen(QScreen& screen) {
         shell, screen,
         ScreenOverlay::Handlers{[this] { answerWhenKnown(); },
                                 [this](Qt::MouseButton button, QPoint place) {
-                                    if (pressed)
-                                        pressed(button, place);
+                                    if (pressHandler)
+                                        pressHandler(button, place);
                                 },
                                 [this] {
                                     // Later: the overlay is still calling.
@@ -144,7 +144,7 @@ void LayerWindowServer::appear(ScreenView& view) {
 void LayerWindowServer::answerWhenKnown() {
     const bool knowsSizes =
         std::all_of(views.begin(), views.end(), [](const auto& view) { return view->free.has_value(); });
-    if (!asked || !knowsSizes || (windowProbe && !maximized))
+    if (!siteHandler || !knowsSizes || (windowProbe && !maximized))
         return;
     if (pointer() || !shell.hasPointer())
         answer();
@@ -164,8 +164,8 @@ void LayerWindowServer::answer() {
     patience.stop();
     allShown.reset();
     openedAtPointer = pointer().has_value();
-    if (const SiteHandler found = std::exchange(asked, nullptr))
-        found(askedAnchor.isEmpty() ? siteNearby() : siteAtIcon());
+    if (const SiteHandler found = std::exchange(siteHandler, nullptr))
+        found(siteAnchor.isEmpty() ? siteNearby() : siteAtIcon());
 }
 
 const LayerWindowServer::ScreenView* LayerWindowServer::viewAt(QPoint place) const {
@@ -231,7 +231,7 @@ PopoverSite LayerWindowServer::siteNearby() const {
 }
 
 PopoverSite LayerWindowServer::siteAtIcon() {
-    if (const auto place = placeOfIcon(askedAnchor.center()))
+    if (const auto place = placeOfIcon(siteAnchor.center()))
         latestPlace = place;
     QPoint place = latestPlace.value_or(QPoint());
     const ScreenView* view = latestPlace ? viewAt(place) : nullptr;
@@ -260,7 +260,7 @@ void LayerWindowServer::showPopover(QWidget& window, const QRect& frame) {
     window.setScreen(screen);
     window.winId();
     // On a locked screen nobody tells where the pointer is, and the keyboard is for the password.
-    const bool withoutClick = askedAnchor.isEmpty() && openedAtPointer;
+    const bool withoutClick = siteAnchor.isEmpty() && openedAtPointer;
     role = std::make_unique<LayerSurface>(
         shell, *qtprivate::surfaceOf(*window.windowHandle()), *screen, onScreen,
         withoutClick ? LayerSurface::Keyboard::AtOnce : LayerSurface::Keyboard::OnDemand,
@@ -305,7 +305,7 @@ void LayerWindowServer::closeIfAbsent() {
 
 bool LayerWindowServer::hidePopover(QWidget& window) {
     qApp->removeEventFilter(this);
-    asked = nullptr;
+    siteHandler = nullptr;
     shellKnown.reset();
     allShown.reset();
     scaleKnown.reset();
@@ -352,8 +352,8 @@ bool LayerWindowServer::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseButtonPress && widget == popover) {
         const auto* press = static_cast<QMouseEvent*>(event);
         // The margin around the popover's frame shows what lies behind it.
-        if (pressed && !popover->childAt(press->position().toPoint()))
-            pressed(press->button(), press->globalPosition().toPoint());
+        if (pressHandler && !popover->childAt(press->position().toPoint()))
+            pressHandler(press->button(), press->globalPosition().toPoint());
     }
     return false;
 }

@@ -45,7 +45,7 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     LayerWindowServer();
     ~LayerWindowServer() override;
 
-    void setPressHandler(Handler handler) override { pressed = std::move(handler); }
+    void setPressHandler(Handler handler) override { pressHandler = std::move(handler); }
 
     [[nodiscard]] std::optional<QPoint> pointerLocation() const override { return std::nullopt; }
 
@@ -86,7 +86,7 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     void leaveOutOwnWindows();
 
     LayerShell shell;
-    Handler pressed;
+    Handler pressHandler;
     std::vector<std::unique_ptr<ScreenView>> views;
     std::unique_ptr<MaximizedSize> windowProbe;
     std::optional<QSize> maximized;
@@ -98,8 +98,8 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     std::unique_ptr<CompositorNotice> scaleKnown;
     std::unique_ptr<CompositorNotice> seen;
     QPointer<QObject> underPointer; ///< which window of Qt's is, while the popover is shown
-    QRect askedAnchor;
-    SiteHandler asked;
+    QRect siteAnchor;
+    SiteHandler siteHandler;
     std::optional<QPoint> latestPlace;
     QPointer<QWidget> popover;
     std::vector<QPointer<QWidget>> popUps;

@@ -105,8 +105,8 @@ void XInputEvents::pressed(unsigned button, std::uint32_t sequence) {
     if (!type || isBefore(sequence, monitoredFrom) || isInOwnWindow(position))
         return;
 
-    const auto told = monitors.handlersFor(maskOf(*type));
-    if (told.empty())
+    const auto handlers = monitors.handlersFor(maskOf(*type));
+    if (handlers.empty())
         return;
     clickButton = button;
     clickPlace = position;
@@ -114,7 +114,7 @@ void XInputEvents::pressed(unsigned button, std::uint32_t sequence) {
     if (QApplication::activePopupWidget())
         return; // a menu of this process has the pointer: to dismiss it is all that this click does
     const Event event{*type, position};
-    for (const Handler& handler : told)
+    for (const Handler& handler : handlers)
         handler(&event);
 }
 
