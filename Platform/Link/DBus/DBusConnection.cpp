@@ -21,7 +21,6 @@ constexpr std::chrono::milliseconds longestFlush = 1s;
 constexpr std::size_t manyDictionaries = 1000;
 
 constexpr auto notConnected = "org.freedesktop.DBus.Error.Disconnected: the connection is not there";
-constexpr auto connectionEnded = "org.freedesktop.DBus.Error.Disconnected: the connection ended";
 constexpr auto cannotBeSent = "org.freedesktop.DBus.Error.InvalidArgs: the call cannot be sent";
 constexpr auto cannotBeRead = "org.freedesktop.DBus.Error.InconsistentMessage: the answer cannot be read";
 
@@ -97,7 +96,8 @@ class DBusChannel final : public Channel {
 
 } // namespace
 
-/// A call on its way; sd-bus keeps it until the answer came or none will.
+/// A call on its way; sd-bus keeps it until the answer came or none will, and answers those that the end of
+/// the connection leaves by an error.
 struct DBusConnection::Outstanding {
     std::shared_ptr<DBusConnection> connection;
     Call call;
@@ -211,8 +211,6 @@ void DBusConnection::disconnected() {
 void DBusConnection::end() {
     if (state == State::Ended)
         return;
-    for (const Outstanding* unanswered : std::exchange(outstanding, {}))
-        failLater(unanswered->call, connectionEnded);
     const auto handler =
         state == State::Established ? &DBusConnection::interruption : &DBusConnection::invalidation;
     close();
@@ -294,16 +292,16 @@ int DBusConnection::ask(sd_bus_message& message, const Call& call) {
         return sent;
     sd_bus_slot_set_destroy_callback(slot, [](void* gone) { delete static_cast<Outstanding*>(gone); });
     sd_bus_slot_set_floating(slot, 1);
-    sd_bus_slot_unref(slot);             // the bus holds it from here on
-    outstanding.insert(asked.release()); // the slot's now
+    sd_bus_slot_unref(slot); // the bus holds it from here on
+    (void)asked.release();   // the slot's now
+    ++unanswered;
     return sent;
 }
 
 int DBusConnection::answered(sd_bus_message* message, void* data, sd_bus_error*) {
     auto* const asked = static_cast<Outstanding*>(data);
     const auto connection = asked->connection;
-    if (connection->outstanding.erase(asked) == 0)
-        return 0; // it counts as failed already
+    --connection->unanswered;
     if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
         fail(asked->call, std::string(error->name) + ": " + (error->message ? error->message : ""));
     } else if (asked->call.reply) {
@@ -327,7 +325,7 @@ void DBusConnection::release() {
 }
 
 void DBusConnection::closeSoonIfDone() {
-    if (isReleased && outstanding.empty() && waiting.empty())
+    if (isReleased && unanswered == 0 && waiting.empty())
         RunLoop::main().post([self = shared_from_this()] { self->close(); });
 }
 

@@ -93,7 +93,7 @@ class DBusConnection final : public Connection, public std::enable_shared_from_t
     sd_bus* bus = nullptr;
     bool isReleased = false;
     std::deque<Call> waiting;
-    std::set<Outstanding*> outstanding;
+    std::size_t unanswered = 0;
 };
 
 } // namespace velloren
