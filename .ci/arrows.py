@@ -2,7 +2,7 @@
 """Fails where a source includes a room that its own room does not lead to.
 
 A room is a folder of sources. The table has one line per room: the rooms that it may include, each with all that
-that one may include. `main.cpp` files choose the backends and may include any; tests may as well.
+that one may include. `main.cpp` files choose the backends and may include any; tests and benchmarks may as well.
 """
 import os
 import re

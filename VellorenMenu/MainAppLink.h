@@ -21,8 +21,8 @@ class EndPointHandler;
 /// requests that go over it, and those that wait until there is one.
 ///
 /// Connected means that `mainAppCallerConnection` is set; then, normally, `mainAppCallerProxy` is set as
-/// well. Everything here is called on the main thread. The object outlives its link and the tasks it leaves
-/// on the main run loop: it lives as long as the process.
+/// well. Everything here is called on the main thread. The link outlives the object; the object outlives the
+/// tasks that it leaves on the main run loop: it lives as long as that runs.
 class MainAppLink {
   public:
     /// A request for the main app.
