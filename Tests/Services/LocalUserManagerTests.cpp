@@ -19,7 +19,7 @@ class LocalUserManagerTest : public testing::Test {
   protected:
     LocalUserManagerTest() { std::filesystem::create_directory(file.parent_path()); }
 
-    std::unique_ptr<User> userIn(std::string_view contents) {
+    std::optional<User> userIn(std::string_view contents) {
         std::ofstream(file, std::ios::trunc) << contents;
         return manager->forceReadCurrentUserFromNSUserDefaults();
     }
