@@ -1,7 +1,5 @@
 #include "CrashReporting/CrashHandler.h"
 
-#include "CrashReporting/CrashFolder.h"
-#include "CrashReporting/FixedText.h"
 #include "CrashReporting/RecentLines.h"
 #include "CrashReporting/StackModule.h"
 #include "Platform/Foundation/FatalError.h"
@@ -11,8 +9,11 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
+#include <climits>
 #include <csignal>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -20,6 +21,7 @@
 #include <exception>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -34,10 +36,11 @@ constexpr std::array fatalSignals{SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGS
 constexpr std::size_t stackOfHandler = std::size_t{1024} * 1024; // pages that nobody touches cost nothing
 constexpr unsigned patience = 20;                                // seconds that the stack may take to read
 
-// What the handler needs, made ready while the process is well.
-FixedText folderOfReports;
-FixedText versionOfProgram;
-FixedText reason;
+// What the handler needs, made ready while the process is well. It may use snprintf: with texts and numbers
+// the C library takes neither the heap nor a lock for it.
+std::array<char, PATH_MAX> folderOfReports{};
+std::array<char, 64> versionOfProgram{};
+std::array<char, 4096> reason{};
 std::atomic<pid_t> crashedThread = 0;
 
 struct Crash {
@@ -47,31 +50,50 @@ struct Crash {
     std::int64_t time; // seconds since 1970
 };
 
-FixedText pathOfReport(const Crash& crash) {
-    FixedText path;
-    path << folderOfReports.view() << "/";
-    path.appendTime(crash.time, '-') << "-" << std::uint64_t(::getpid()) << ".txt";
-    return path;
+void write(int report, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = ::write(report, text.data(), text.size());
+        if (count <= 0)
+            return;
+        text.remove_prefix(std::size_t(count));
+    }
+}
+
+/// As "2026-11-21T09:52:41Z", with `separator` in place of the colons.
+std::array<char, 32> timeOf(const Crash& crash, char separator) {
+    using namespace std::chrono;
+    const sys_seconds time{seconds(crash.time)};
+    const year_month_day day(floor<days>(time));
+    const hh_mm_ss clock(time - floor<days>(time));
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d%c%02d%c%02dZ", int(day.year()),
+                  unsigned(day.month()), unsigned(day.day()), int(clock.hours().count()), separator,
+                  int(clock.minutes().count()), separator, int(clock.seconds().count()));
+    return text;
 }
 
 void writeHead(int report, const Crash& crash) {
-    FixedText head;
-    head << "Velloren " << versionOfProgram.view() << ", crash report\nTime: ";
-    head.appendTime(crash.time) << "\nProcess: " << std::uint64_t(::getpid()) << ", thread "
-                                << std::uint64_t(::gettid()) << "\nSignal: SIG"
-                                << ::sigabbrev_np(crash.signal) << " (" << std::uint64_t(crash.signal) << ")";
+    std::array<char, 512> head{};
+    std::snprintf(head.data(), head.size(),
+                  "Velloren %s, crash report\nTime: %s\nProcess: %d, thread %d\nSignal: SIG%s (%d)",
+                  versionOfProgram.data(), timeOf(crash, ':').data(), int(::getpid()), int(::gettid()),
+                  ::sigabbrev_np(crash.signal), crash.signal);
+    write(report, head.data());
     if (crash.info->si_code > 0) { // the kernel's own, not sent by a process
-        head << ", address ";
-        head.appendAddress(reinterpret_cast<std::uintptr_t>(crash.info->si_addr));
+        std::snprintf(head.data(), head.size(), ", address 0x%llx",
+                      static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(crash.info->si_addr)));
+        write(report, head.data());
     }
-    head << "\n";
-    if (!reason.view().empty())
-        head << "Reason: " << reason.view() << "\n";
-    head.writeTo(report);
+    write(report, "\n");
+    if (reason.front() != '\0') {
+        write(report, "Reason: ");
+        write(report, reason.data());
+        write(report, "\n");
+    }
 }
 
 /// In a process of its own: this takes the heap, which may be what is broken, or locked.
-bool tidyUpAndWriteStackFromCopy(int report, const Crash& crash) {
+bool writeStackFromCopy(int report, const Crash& crash) {
     const pid_t copy = ::_Fork();
     if (copy == 0) {
         for (const int signal : fatalSignals)
@@ -81,7 +103,6 @@ bool tidyUpAndWriteStackFromCopy(int report, const Crash& crash) {
         sigemptyset(&none);
         ::sigprocmask(SIG_SETMASK, &none, nullptr);
         ::alarm(patience);
-        keepNewestReports(folderOfReports.c_str());
         ::_exit(writeStack(report, crash.context) ? EXIT_SUCCESS : EXIT_FAILURE);
     }
     int status = 0;
@@ -97,26 +118,30 @@ void writeStackAsAddresses(int report) {
 
 void writeReport(int report, const Crash& crash) {
     writeHead(report, crash);
-    FixedText::write(report, "\nStack:\n");
-    if (!tidyUpAndWriteStackFromCopy(report, crash))
+    write(report, "\nStack:\n");
+    if (!writeStackFromCopy(report, crash))
         writeStackAsAddresses(report);
-    FixedText::write(report, "\nLog:\n");
-    recentLines.writeTo(report);
+    write(report, "\nLog:\n");
+    recentLines.visit([report](std::string_view line) {
+        write(report, line);
+        write(report, "\n");
+    });
 }
 
 void report(const Crash& crash) {
-    if (folderOfReports.view().empty())
+    if (folderOfReports.front() == '\0')
         return;
-    const FixedText path = pathOfReport(crash);
+    std::array<char, PATH_MAX + 64> path{};
+    std::snprintf(path.data(), path.size(), "%s/%s-%d.txt", folderOfReports.data(), timeOf(crash, '-').data(),
+                  int(::getpid()));
     const UniqueDescriptor file(
-        ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+        ::open(path.data(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (!file)
         return;
-    ::fchmod(file.get(), S_IRUSR | S_IWUSR); // whatever the umask
     writeReport(file.get(), crash);
-    FixedText message;
-    message << "The report of this crash is in " << path.view() << "\n";
-    writeToStandardError(message.view());
+    writeToStandardError("The report of this crash is in ");
+    writeToStandardError(path.data());
+    writeToStandardError("\n");
 }
 
 void crashed(int signal, siginfo_t* info, void* context) {
@@ -134,27 +159,27 @@ void crashed(int signal, siginfo_t* info, void* context) {
 }
 
 void rememberFatalError(std::string_view message) {
-    reason << message;
+    std::snprintf(reason.data(), reason.size(), "%.*s", int(message.size()), message.data());
 }
 
 [[noreturn]] void terminated() {
     if (const std::type_info* type = abi::__cxa_current_exception_type()) {
         int status = 0;
-        char* name = abi::__cxa_demangle(type->name(), nullptr, nullptr, &status);
-        reason << "uncaught exception " << (name ? name : type->name());
-        std::free(name);
+        char* demangled = abi::__cxa_demangle(type->name(), nullptr, nullptr, &status);
+        const char* name = demangled ? demangled : type->name();
         try {
             throw;
         } catch (const std::exception& exception) {
-            reason << ": " << exception.what();
-        } catch (...) { // NOLINT(bugprone-empty-catch): its type is all there is to tell
+            std::snprintf(reason.data(), reason.size(), "uncaught exception %s: %s", name, exception.what());
+        } catch (...) {
+            std::snprintf(reason.data(), reason.size(), "uncaught exception %s", name);
         }
+        std::free(demangled);
     } else {
-        reason << "terminated without an exception";
+        std::snprintf(reason.data(), reason.size(), "terminated without an exception");
     }
-    FixedText message;
-    message << reason.view() << "\n";
-    writeToStandardError(message.view());
+    writeToStandardError(reason.data());
+    writeToStandardError("\n");
     std::abort();
 }
 
@@ -170,8 +195,8 @@ void prepareStackOfHandler() {
 } // namespace
 
 void installCrashHandler(const std::string& folder, const std::string& version) {
-    folderOfReports << folder;
-    versionOfProgram << version;
+    std::snprintf(folderOfReports.data(), folderOfReports.size(), "%s", folder.c_str());
+    std::snprintf(versionOfProgram.data(), versionOfProgram.size(), "%s", version.c_str());
     setFatalErrorObserver(rememberFatalError);
     std::set_terminate(terminated); // the one before would wait for standard error
     prepareStackOfHandler();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CrashReporting/Fabric.h"
+#include "Platform/Foundation/SharedInstance.h"
 
 namespace velloren {
 
@@ -8,7 +9,7 @@ namespace velloren {
 class Crashlytics : public Kit {
   public:
     /// The one of this process, provided through SharedInstance<Crashlytics>.
-    static Crashlytics& sharedInstance();
+    static Crashlytics& sharedInstance() { return SharedInstance<Crashlytics>::get(); }
 };
 
 } // namespace velloren

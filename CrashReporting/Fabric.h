@@ -19,7 +19,10 @@ class Kit {
 class Fabric {
   public:
     /// Starts the kits, in order.
-    static void with(const std::vector<Kit*>& kits);
+    static void with(const std::vector<Kit*>& kits) {
+        for (Kit* kit : kits)
+            kit->start();
+    }
 };
 
 } // namespace velloren

@@ -1,6 +1,5 @@
 #include "CrashReporting/LocalCrashlytics.h"
 
-#include "CrashReporting/CrashFolder.h"
 #include "CrashReporting/CrashHandler.h"
 #include "CrashReporting/RecentLines.h"
 #include "Platform/Desktop/QtApplication.h"
@@ -10,7 +9,30 @@
 #include "Platform/Foundation/UserDefaults.h"
 #include "Services/VLogger.h"
 
+#include <algorithm>
+#include <system_error>
+#include <vector>
+
 namespace velloren {
+
+namespace {
+
+constexpr std::size_t keptReports = 10;
+
+void keepNewestReports(const std::filesystem::path& folder) {
+    std::error_code error;
+    std::vector<std::filesystem::path> reports;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (entry->path().extension() == ".txt" && entry->is_regular_file(error))
+            reports.push_back(entry->path());
+    }
+    std::sort(reports.begin(), reports.end()); // a report's name begins with its time
+    for (std::size_t index = 0; index + keptReports < reports.size(); ++index)
+        std::filesystem::remove(reports[index], error);
+}
+
+} // namespace
 
 LocalCrashlytics::LocalCrashlytics(std::optional<std::filesystem::path> folder,
                                    const std::optional<std::string>& version)

@@ -10,7 +10,7 @@
 
 namespace velloren {
 
-/// Leaves a report of a crash in a folder of the user's and sends it nowhere. The folder keeps the newest
+/// Leaves a report of a crash in a folder of the user's and sends it nowhere. Each start keeps the newest
 /// ten.
 ///
 /// A crash is a fatal signal (an uncaught exception and a fatal error end in one). The report tells the time,

@@ -1,7 +1,5 @@
 #include "CrashReporting/RecentLines.h"
 
-#include "CrashReporting/FixedText.h"
-
 #include <algorithm>
 
 namespace velloren {
@@ -14,15 +12,6 @@ void RecentLines::append(std::string_view line) {
     const std::size_t length = std::min(line.size(), place.text.size());
     std::copy_n(line.begin(), length, place.text.begin());
     place.length = length;
-}
-
-void RecentLines::writeTo(int descriptor) const {
-    const std::size_t end = appended;
-    for (std::size_t index = end - std::min(end, capacity); index < end; ++index) {
-        const Line& line = lines[index % capacity];
-        FixedText::write(descriptor, {line.text.data(), line.length});
-        FixedText::write(descriptor, "\n");
-    }
 }
 
 } // namespace velloren

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstddef>
@@ -13,8 +14,15 @@ class RecentLines {
     /// Any thread.
     void append(std::string_view line);
 
-    /// Writes the lines to a descriptor, oldest first. Async-signal-safe.
-    void writeTo(int descriptor) const;
+    /// Gives `visit` the lines, oldest first. Async-signal-safe where that is.
+    template <class Visit>
+    void visit(const Visit& visit) const {
+        const std::size_t end = appended;
+        for (std::size_t index = end - std::min(end, capacity); index < end; ++index) {
+            const Line& line = lines[index % capacity];
+            visit(std::string_view(line.text.data(), line.length));
+        }
+    }
 
   private:
     static constexpr std::size_t capacity = 50;

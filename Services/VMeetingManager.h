@@ -1,11 +1,13 @@
 #pragma once
 
+#include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Foundation/Subscription.h"
 #include "Services/VModel.h"
 
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace velloren {
@@ -42,10 +44,14 @@ class MeetingFetcher {
     /// At most `most` of the user's next meetings by start date. Absence means that the store could not be
     /// read.
     [[nodiscard]] std::optional<NextMeetings> fetchNextMeetingsSortedByDate(bool ascending,
-                                                                            std::size_t most) const;
+                                                                            std::size_t most) const {
+        return SharedInstance<MeetingStore>::get().upcomingMeetings(ascending, most);
+    }
 
     /// As the store's.
-    Subscription whenChanged(std::function<void()> changed) const;
+    Subscription whenChanged(std::function<void()> changed) const {
+        return SharedInstance<MeetingStore>::get().whenChanged(std::move(changed));
+    }
 };
 
 } // namespace velloren

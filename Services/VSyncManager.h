@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Foundation/SharedInstance.h"
+
 namespace velloren {
 
 /// The product's synchronisation state. Main thread only.
@@ -11,7 +13,7 @@ class SyncManager {
     virtual ~SyncManager() = default;
 
     /// The process-wide instance, made on first use by the maker in SharedInstance<SyncManager>.
-    static SyncManager& sharedInstance();
+    static SyncManager& sharedInstance() { return SharedInstance<SyncManager>::get(); }
 
     /// Whether the product uploads meeting files at this moment.
     [[nodiscard]] virtual bool isSyncing() = 0;

@@ -1,25 +1,28 @@
 #pragma once
 
+#include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Foundation/Subscription.h"
 
 #include <functional>
-#include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace velloren {
 
 /// The product's user, opaque but for these two.
 class User {
   public:
-    User() = default;
-    User(const User&) = delete;
-    User& operator=(const User&) = delete;
-    virtual ~User() = default;
+    User(bool loggedIn, std::string printed) : loggedIn(loggedIn), printed(std::move(printed)) {}
 
-    [[nodiscard]] virtual bool isLoggedIn() const = 0;
+    [[nodiscard]] bool isLoggedIn() const { return loggedIn; }
 
     /// A printed form for log lines, one line without control characters.
-    [[nodiscard]] virtual std::string description() const = 0;
+    [[nodiscard]] const std::string& description() const { return printed; }
+
+  private:
+    bool loggedIn;
+    std::string printed;
 };
 
 /// Knows the product's current user. Main thread only.
@@ -31,11 +34,11 @@ class UserManager {
     virtual ~UserManager() = default;
 
     /// The process-wide instance, made on first use by the maker in SharedInstance<UserManager>.
-    static UserManager& sharedInstance();
+    static UserManager& sharedInstance() { return SharedInstance<UserManager>::get(); }
 
     /// The current user, read afresh from the defaults that the product shares. None when nobody is stored
     /// there or the defaults cannot be read.
-    [[nodiscard]] virtual std::unique_ptr<User> forceReadCurrentUserFromNSUserDefaults() = 0;
+    [[nodiscard]] virtual std::optional<User> forceReadCurrentUserFromNSUserDefaults() = 0;
 
     /// Runs `changed` on the main loop each time that somebody may have written to those defaults, until the
     /// result ends. What the system does not tell of is not noticed.

@@ -2,13 +2,15 @@
 
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/RunLoop.h"
-#include "Platform/Foundation/Thread.h"
 #include "Services/VFoundation.h"
 #include "Shared/VApp.h"
 #include "VellorenMenu/DelegateLog.h"
 #include "VellorenMenu/EndPointHandler.h"
 
+#include <array>
 #include <limits>
+#include <pthread.h>
+#include <unistd.h>
 #include <utility>
 
 namespace velloren {
@@ -25,6 +27,12 @@ constexpr auto isRecorded = " operation is recorded, waiting for main app to lau
 
 constexpr auto checkFunction = "checkIfMainAppCallerConnectionEstablishedAndRetryIfNot()";
 constexpr auto setupFunction = "setupMainAppCallerConnection(completion:)";
+
+std::string currentThreadDescription() {
+    std::array<char, 16> name{};
+    ::pthread_getname_np(::pthread_self(), name.data(), name.size());
+    return "<Thread: " + std::to_string(::gettid()) + ">{name = " + name.data() + "}";
+}
 
 std::string printedCount(const Communication::Meetings& meetings) {
     return meetings ? "Optional(" + std::to_string(meetings->size()) + ")" : "nil";

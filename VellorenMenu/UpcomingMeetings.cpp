@@ -32,9 +32,9 @@ std::span<const Meeting> shownMeetings(const FetchedMeetings& fetched) {
     return std::span(*fetched).first(std::min(fetched->size(), mostMeetingsShown));
 }
 
-std::unique_ptr<User> loggedInUser() {
+std::optional<User> loggedInUser() {
     auto user = UserManager::sharedInstance().forceReadCurrentUserFromNSUserDefaults();
-    return user && user->isLoggedIn() ? std::move(user) : nullptr;
+    return user && user->isLoggedIn() ? std::move(user) : std::nullopt;
 }
 
 void fetchFromMainApp(MainAppLink& link, std::function<void(const FetchedMeetings&)> completion) {

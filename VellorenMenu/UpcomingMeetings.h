@@ -4,7 +4,6 @@
 #include "Services/VUserManager.h"
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
@@ -24,7 +23,7 @@ inline constexpr std::size_t mostMeetingsShown = 3;
 [[nodiscard]] std::span<const Meeting> shownMeetings(const FetchedMeetings& fetched);
 
 /// The user for whom meetings are fetched and may be created. None while nobody is logged in.
-[[nodiscard]] std::unique_ptr<User> loggedInUser();
+[[nodiscard]] std::optional<User> loggedInUser();
 
 /// Asks the main app. `completion` gets its answer on a later turn of the main loop; never where the main app
 /// is not connected or does not answer.

@@ -22,8 +22,7 @@ std::string iso8601(Date start) {
 } // namespace
 
 MeetingDatabase::MeetingDatabase(std::filesystem::path path) : file(std::move(path)) {
-    if (createPrivateFolder(file.parent_path()))
-        (void)createPrivateFile(file);
+    (void)createPrivateFolder(file.parent_path()); // opening says why where it is missing
     SQLite::Database database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, lockTimeout);
     database.exec("PRAGMA journal_mode = WAL");
     database.exec("CREATE TABLE IF NOT EXISTS meeting(id TEXT PRIMARY KEY, title TEXT, start_time TEXT, "

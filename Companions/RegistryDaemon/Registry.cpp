@@ -24,8 +24,7 @@ void Registry::registerListenerEndpoint(const Endpoint& endpoint, const std::str
                                         Stored completionHandler) {
     const auto instances = processes.instancesOf(identifier);
     const auto caller = processes.caller();
-    if (identifier.empty() || identifier.size() > longestIdentifier ||
-        (!instances.empty() && !contains(instances, caller))) {
+    if (identifier.empty() || (!instances.empty() && !contains(instances, caller))) {
         completionHandler(false);
         return;
     }
@@ -35,20 +34,8 @@ void Registry::registerListenerEndpoint(const Endpoint& endpoint, const std::str
         return other.identifier == identifier &&
                (other.process == entry.process || (isOwner && !other.process) || instances.empty());
     });
-    const bool fits = makeRoomFor(entry);
-    if (fits)
-        entries.push_back(entry);
-    completionHandler(fits);
-}
-
-bool Registry::makeRoomFor(const Entry& entry) {
-    if (entries.size() >= mostEntries)
-        entries.remove_if([](const Entry& other) { return !isListening(other.endpoint); });
-    const auto unowned =
-        std::find_if(entries.begin(), entries.end(), [](const Entry& other) { return !other.process; });
-    if (entries.size() >= mostEntries && entry.process && unowned != entries.end())
-        entries.erase(unowned);
-    return entries.size() < mostEntries;
+    entries.push_back(entry);
+    completionHandler(true);
 }
 
 Registry::Entries::iterator Registry::find(const std::string& identifier) {

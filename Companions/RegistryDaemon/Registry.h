@@ -31,15 +31,10 @@ class Processes {
 /// own, and the owner's is the one to be had. While it has none, anybody may, until the owner registers.
 class Registry final : public EndPointHandling {
   public:
-    static constexpr std::size_t mostEntries = 64;
-    static constexpr std::size_t longestIdentifier = 255;
-
     /// `processes` outlives the registry.
     explicit Registry(Processes& processes);
 
-    /// A second registration replaces the first. Refused when the identifier is empty or too long, when the
-    /// caller may not, or when there are too many already. Endpoints at which nobody listens make room, and
-    /// for the instances of an identifier those of identifiers without an owner do.
+    /// A second registration replaces the first. Refused when the identifier is empty or the caller may not.
     void registerListenerEndpoint(const Endpoint& endpoint, const std::string& identifier,
                                   Stored completionHandler) override;
 
@@ -57,7 +52,6 @@ class Registry final : public EndPointHandling {
 
     using Entries = std::list<Entry>;
 
-    [[nodiscard]] bool makeRoomFor(const Entry& entry);
     [[nodiscard]] Entries::iterator find(const std::string& identifier);
 
     Processes& processes;

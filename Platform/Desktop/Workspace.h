@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Foundation/Subscription.h"
 #include "Platform/Foundation/URL.h"
 
@@ -39,7 +40,7 @@ class Workspace {
     virtual ~Workspace() = default;
 
     /// The workspace of this session, provided through SharedInstance<Workspace>.
-    static Workspace& shared();
+    static Workspace& shared() { return SharedInstance<Workspace>::get(); }
 
     /// Calls `observer` on every such notice for as long as the result lives. The text under
     /// "NSApplicationBundleIdentifier" in the notice's user info names the application.

@@ -11,27 +11,13 @@ namespace velloren {
 
 namespace {
 
-/// UTF-8; half a surrogate pair, which UTF-8 has no form for, becomes bytes that are none.
-std::string textOf(const QString& text) {
-    if (text.isValidUtf16())
-        return text.toStdString();
-    std::string bytes;
-    for (const QChar unit : text) {
-        if (unit.isSurrogate())
-            bytes += "\xff";
-        else
-            bytes += QString(unit).toStdString();
-    }
-    return bytes;
-}
-
 Bundle::Info::mapped_type valueOf(const QJsonValue& value) {
     if (value.isBool())
         return value.toBool();
     if (value.isDouble())
         return value.toDouble();
     if (value.isString())
-        return textOf(value.toString());
+        return value.toString().toStdString();
     return {};
 }
 
@@ -61,7 +47,7 @@ std::unique_ptr<Bundle> Bundle::inFolder(const std::string& folder) {
 }
 
 std::string Bundle::localizedString(const std::string& key, const std::string& comment) const {
-    return textOf(QCoreApplication::translate("Bundle", key.c_str(), comment.c_str()));
+    return QCoreApplication::translate("Bundle", key.c_str(), comment.c_str()).toStdString();
 }
 
 } // namespace velloren

@@ -12,8 +12,7 @@ namespace velloren {
 /// A set of resources with a dictionary of information about itself. Main thread only.
 class Bundle {
   public:
-    /// The values keep the type they have in the file; lists and dictionaries arrive as none. A text that is
-    /// not well-formed there is not UTF-8 here.
+    /// The values keep the type they have in the file; lists and dictionaries arrive as none.
     using Info = std::map<std::string, std::variant<std::monostate, bool, double, std::string>, std::less<>>;
 
     /// The program's own bundle, provided through SharedInstance<Bundle>.

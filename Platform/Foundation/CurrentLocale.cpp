@@ -5,7 +5,6 @@
 #include <unicode/locid.h>
 #include <unicode/timezone.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -44,20 +43,6 @@ std::string scriptOfModifier(std::string_view modifier) {
     return {};
 }
 
-bool hasOnly(bool (*allowed)(char), std::string_view text) {
-    return std::all_of(text.begin(), text.end(), allowed);
-}
-
-bool isLanguage(std::string_view text) {
-    return (text.size() == 2 || text.size() == 3) &&
-           hasOnly([](char c) { return c >= 'a' && c <= 'z'; }, text);
-}
-
-bool isTerritory(std::string_view text) {
-    return (text.size() == 2 && hasOnly([](char c) { return c >= 'A' && c <= 'Z'; }, text)) ||
-           (text.size() == 3 && hasOnly([](char c) { return c >= '0' && c <= '9'; }, text));
-}
-
 /// Cuts `text` before `mark` and hands out what stood behind it.
 std::string_view cutAt(char mark, std::string_view& text) {
     const std::size_t position = text.find(mark);
@@ -72,12 +57,12 @@ std::string_view cutAt(char mark, std::string_view& text) {
 std::optional<std::string> icuIdentifierOf(std::string_view name) {
     const std::string_view modifier = cutAt('@', name);
     cutAt('.', name);
-    const std::string_view territory = cutAt('_', name);
-    if (!isLanguage(name) || (!territory.empty() && !isTerritory(territory)))
+    const icu::Locale locale(std::string(name).c_str());
+    if (*locale.getISO3Language() == '\0')
         return std::nullopt;
-    std::string identifier = std::string(name) + scriptOfModifier(modifier);
-    if (!territory.empty())
-        identifier.append("_").append(territory);
+    std::string identifier = locale.getLanguage() + scriptOfModifier(modifier);
+    if (*locale.getCountry() != '\0')
+        identifier.append("_").append(locale.getCountry());
     return identifier;
 }
 

@@ -1,9 +1,12 @@
 #include "Platform/Foundation/IniTexts.h"
 
+#include "Platform/Foundation/Utf8.h"
+
 #include <QString>
 #include <QStringView>
 
 #include <algorithm>
+#include <cctype>
 #include <string_view>
 #include <vector>
 
@@ -11,114 +14,47 @@ namespace velloren {
 
 namespace {
 
-constexpr std::string_view blanks = " \t\r\n";
-
-bool endsLine(char16_t c) {
-    return c == u'\n' || c == u'\r';
-}
-
-/// Takes the next line with its end. It goes on behind that within quotes and after a backslash, but for a
-/// comment.
-std::string_view takeLine(std::string_view& rest) {
-    std::size_t end = std::min(rest.find_first_not_of(blanks), rest.size());
-    const bool isComment = rest.substr(end).starts_with(';');
-    bool isQuoted = false;
-    for (; end < rest.size() && (isQuoted || !endsLine(char16_t(rest[end]))); ++end) {
-        if (rest[end] == '"' && !isComment)
-            isQuoted = !isQuoted;
-        else if (rest[end] == '\\' && !isComment)
-            ++end;
-    }
-    end += rest.substr(std::min(end, rest.size())).starts_with("\r\n") ? 2 : 1;
-    const std::string_view line = rest.substr(0, end);
-    rest.remove_prefix(line.size());
-    return line;
-}
-
-/// The number that the digits at the start of `rest` stand for, so many at most; they are taken.
-std::optional<char16_t> takeNumber(QStringView& rest, int base, int digits) {
-    constexpr QStringView all = u"0123456789abcdef";
-    std::optional<char16_t> number;
-    for (; digits > 0 && !rest.isEmpty(); --digits) {
-        const int digit = int(all.indexOf(rest.front(), 0, Qt::CaseInsensitive));
-        if (digit < 0 || digit >= base)
-            break;
-        number = char16_t(number.value_or(0) * base + digit);
-        rest = rest.sliced(1);
-    }
-    return number;
-}
-
-QString unescapedKey(QStringView text) {
-    QString key;
-    while (!text.isEmpty()) {
-        const QChar c = text.front();
-        QStringView behind = text.sliced(1);
-        const bool isLong = behind.startsWith(u'U');
-        if (isLong)
-            behind = behind.sliced(1);
-        const auto number = c == u'%' ? takeNumber(behind, 16, isLong ? 4 : 2) : std::nullopt;
-        key += number ? QChar(*number) : c == u'\\' ? QChar(u'/') : c;
-        text = number ? behind : text.sliced(1);
-    }
-    return key;
-}
-
-/// What the escape after a backslash stands for, if anything; it is taken from `rest`.
-std::optional<QChar> takeEscape(QStringView& rest) {
-    constexpr QStringView names = u"abfnrtv";
-    constexpr QStringView meanings = u"\a\b\f\n\r\t\v";
-    if (const auto octal = takeNumber(rest, 8, 6))
-        return *octal;
-    if (rest.isEmpty())
-        return std::nullopt;
-    const QChar c = rest.front();
+/// What the escape after a backslash stands for; it is taken from `rest`.
+QChar takeEscape(QStringView& rest) {
+    constexpr QStringView names = u"nrt";
+    constexpr QStringView meanings = u"\n\r\t";
+    const QChar name = rest.front();
     rest = rest.sliced(1);
-    if (c == u'x')
-        return takeNumber(rest, 16, 4);
-    if (endsLine(c.unicode()))
-        return std::nullopt;
-    const qsizetype index = names.indexOf(c);
-    return index >= 0 ? meanings[index] : c;
-}
-
-/// None for a list.
-std::optional<QString> unescapedValue(QStringView rest) {
-    QString value;
-    qsizetype significant = 0; // its length without blanks at the end
-    bool isQuoted = false;
-    rest = rest.trimmed();
-    while (!rest.isEmpty() && (isQuoted || rest.front() != u';')) {
-        const QChar c = rest.front();
-        rest = rest.sliced(1);
-        if (!isQuoted && c == u',')
-            return std::nullopt;
-        const std::optional<QChar> meant = c == u'\\' ? takeEscape(rest) : c;
-        if (c == u'"')
-            isQuoted = !isQuoted;
-        else if (meant)
-            value += *meant;
-        if (isQuoted || !c.isSpace())
-            significant = value.size();
+    if (name == u'x') {
+        const auto* const end =
+            std::find_if_not(rest.begin(), rest.begin() + std::min<qsizetype>(rest.size(), 4),
+                             [](QChar c) { return std::isxdigit(uchar(c.toLatin1())); });
+        const QStringView digits = rest.first(end - rest.begin());
+        rest = rest.sliced(digits.size());
+        return QChar(digits.toUShort(nullptr, 16));
     }
-    value.truncate(significant);
-    return value;
+    const qsizetype index = names.indexOf(name);
+    return index >= 0 ? meanings[index] : name;
 }
 
-/// None for what describes a value of another type, or holds a NUL.
-std::optional<QString> textIn(const QString& value) {
-    if (value.contains(QChar::Null) ||
-        (value.startsWith(u'@') && value.endsWith(u')') && !value.startsWith(u"@@")))
-        return std::nullopt;
-    return value.startsWith(u"@@") ? value.sliced(1) : value;
+/// None for a list, for what describes a value of another type, and for what is no plain text.
+std::optional<std::string> textOf(QStringView written) {
+    const bool isQuoted = written.size() > 1 && written.startsWith(u'"') && written.endsWith(u'"');
+    if (isQuoted)
+        written = written.sliced(1).chopped(1);
+    QString text;
+    while (!written.isEmpty()) {
+        const QChar c = written.front();
+        written = written.sliced(1);
+        if (c == u'"' || (c == u',' && !isQuoted))
+            return std::nullopt;
+        text += c == u'\\' && !written.isEmpty() ? takeEscape(written) : c;
+    }
+    const bool startsWithSign = text.startsWith(u"@@");
+    const bool isDescription = !startsWithSign && text.startsWith(u'@') && text.endsWith(u')');
+    const std::string plain = text.sliced(startsWithSign ? 1 : 0).toStdString();
+    return isDescription || !isPlainText(plain) ? std::nullopt : std::optional(plain);
 }
 
-QString groupIn(QStringView line) {
-    const QStringView name = line.sliced(1).first(std::max<qsizetype>(line.indexOf(u']') - 1, 0)).trimmed();
-    if (name.compare(u"general", Qt::CaseInsensitive) == 0)
-        return {};
-    const bool isNamedGeneral = name.compare(u"%general", Qt::CaseInsensitive) == 0;
-    return unescapedKey(isNamedGeneral ? name.sliced(1) : name) + u'/';
+std::string groupIn(QStringView line) {
+    const QString name =
+        line.sliced(1).first(std::max<qsizetype>(line.indexOf(u']') - 1, 0)).trimmed().toString();
+    return name.compare(u"general", Qt::CaseInsensitive) == 0 ? std::string() : name.toStdString() + "/";
 }
 
 struct Line {
@@ -130,21 +66,21 @@ struct Line {
 
 std::vector<Line> linesOf(std::string_view contents) {
     std::vector<Line> lines;
-    QString group;
+    std::string group;
     while (!contents.empty()) {
-        const std::string_view text = takeLine(contents);
+        const std::string_view text =
+            contents.substr(0, std::min(contents.find('\n'), contents.size() - 1) + 1);
+        contents.remove_prefix(text.size());
         const QString decoded = QString::fromUtf8(text.data(), qsizetype(text.size())).trimmed();
-        const qsizetype equals = decoded.startsWith(u';') ? -1 : decoded.indexOf(u'=', 1);
+        const qsizetype equals = decoded.indexOf(u'=');
         if (decoded.startsWith(u'['))
             group = groupIn(decoded);
-        Line& line = lines.emplace_back(Line{text, group.toStdString(), {}, {}});
-        if (decoded.startsWith(u'[') || equals <= 0)
+        Line& line = lines.emplace_back(Line{text, group, {}, {}});
+        if (decoded.startsWith(u'[') || decoded.startsWith(u';') || equals <= 0)
             continue;
         const QStringView whole = decoded;
-        line.key = (group + unescapedKey(whole.first(equals).trimmed())).toStdString();
-        const auto value = unescapedValue(whole.sliced(equals + 1));
-        if (const auto plain = value ? textIn(*value) : std::nullopt)
-            line.value = plain->toStdString();
+        line.key = group + whole.first(equals).trimmed().toString().toStdString();
+        line.value = textOf(whole.sliced(equals + 1).trimmed());
     }
     return lines;
 }
@@ -157,7 +93,7 @@ bool isPlain(char c) {
 std::string escapedValue(const std::string& text) {
     std::string escaped = text.starts_with('@') ? "@" : "";
     for (const char c : text) {
-        if (endsLine(char16_t(c)) || c == '"' || c == '\\')
+        if (c == '\n' || c == '\r' || c == '"' || c == '\\')
             escaped += '\\';
         escaped += c == '\n' ? 'n' : c == '\r' ? 'r' : c;
     }
@@ -195,7 +131,7 @@ std::string iniWithText(const std::string& contents, const std::string& key,
     if (!place)
         entry.insert(0, "[" + group.substr(0, group.size() - 1) + "]\n");
     const std::size_t position = place.value_or(changed.size());
-    if (position > 0 && !endsLine(char16_t(changed[position - 1])))
+    if (position > 0 && changed[position - 1] != '\n')
         entry.insert(0, "\n");
     return changed.insert(position, entry);
 }

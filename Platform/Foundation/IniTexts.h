@@ -7,8 +7,8 @@
 namespace velloren {
 
 /// The texts in an INI file of the form that QSettings writes, by "group/key". A key without a group, and one
-/// in the group "General", stands alone. A list, a value of one of Qt's own types and a text with a NUL are
-/// left out; none of them is turned into the object that it describes. Any thread.
+/// in the group "General", stands alone. Lists and values of Qt's own types are left out, and not turned
+/// into the objects that they describe. Any thread.
 [[nodiscard]] std::map<std::string, std::string, std::less<>> textsInIni(const std::string& contents);
 
 /// The contents with that text for the key, or without the key where there is none; everything else stays as

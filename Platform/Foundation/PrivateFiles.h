@@ -8,7 +8,4 @@ namespace velloren {
 /// one that is there becomes its owner's alone. Answers whether the folder is there now.
 [[nodiscard]] bool createPrivateFolder(const std::filesystem::path& folder);
 
-/// The same of a file in a folder that is there. Answers whether it is a regular file that can be written.
-[[nodiscard]] bool createPrivateFile(const std::filesystem::path& file);
-
 } // namespace velloren

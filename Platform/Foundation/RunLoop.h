@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Foundation/Subscription.h"
 
 #include <chrono>
@@ -34,7 +35,7 @@ class RunLoop {
     virtual ~RunLoop() = default;
 
     /// The main loop of this process, provided through SharedInstance<RunLoop>.
-    static RunLoop& main();
+    static RunLoop& main() { return SharedInstance<RunLoop>::get(); }
 
     /// Runs `task` on the loop, never before `post` returns. Any thread; tasks of one thread keep their
     /// order.
@@ -48,7 +49,9 @@ class RunLoop {
     virtual std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) = 0;
 
     /// What the system's clock shows. Any thread.
-    [[nodiscard]] virtual Moment now() const;
+    [[nodiscard]] virtual Moment now() const {
+        return std::chrono::floor<Moment::duration>(std::chrono::system_clock::now());
+    }
 
     /// Runs `task` once, as soon as the system's clock shows `moment`, before that where somebody sets the
     /// clock; not any more once the result has ended. Main thread only.

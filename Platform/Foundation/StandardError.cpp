@@ -6,9 +6,7 @@
 #include <QtGlobal>
 
 #include <cerrno>
-#include <climits>
 #include <fcntl.h>
-#include <poll.h>
 #include <string>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -17,11 +15,6 @@
 namespace velloren {
 
 namespace {
-
-bool hasRoom() {
-    pollfd error{STDERR_FILENO, POLLOUT, 0};
-    return ::poll(&error, 1, 0) == 1 && (error.revents & POLLOUT) != 0;
-}
 
 void writeQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
     writeToStandardError(qFormatLogMessage(type, context, message).toStdString() + "\n");
@@ -49,19 +42,12 @@ void neverWaitForStandardError() {
         ::dup2(own.get(), STDERR_FILENO);
 }
 
-std::size_t writeToStandardError(std::string_view text) {
-    std::size_t written = 0;
-    while (written < text.size() && hasRoom()) {
-        // A pipe with room takes that much without waiting.
-        const std::string_view part = text.substr(written, PIPE_BUF);
-        ssize_t count = ::send(STDERR_FILENO, part.data(), part.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
-        if (count < 0 && errno == ENOTSOCK)
-            count = ::write(STDERR_FILENO, part.data(), part.size());
-        if (count <= 0)
-            break;
-        written += std::size_t(count);
-    }
-    return written;
+void writeToStandardError(std::string_view text) {
+    const char* bytes = text.data();
+    ssize_t written = ::send(STDERR_FILENO, bytes, text.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (written < 0 && errno == ENOTSOCK)
+        written = ::write(STDERR_FILENO, bytes, text.size());
+    (void)written; // there is nowhere else to say it
 }
 
 } // namespace velloren

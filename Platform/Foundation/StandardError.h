@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string_view>
 
 namespace velloren {
@@ -13,8 +12,7 @@ void openMissingStandardStreams();
 /// that: what does not fit is lost. Main thread, before there are others.
 void neverWaitForStandardError();
 
-/// Writes as much as standard error takes at once; answers how much that was. Any thread, and
-/// async-signal-safe.
-std::size_t writeToStandardError(std::string_view text);
+/// Writes as much as standard error takes at once; the rest is lost. Any thread, and async-signal-safe.
+void writeToStandardError(std::string_view text);
 
 } // namespace velloren

@@ -3,46 +3,26 @@
 #include "Platform/Foundation/IniTexts.h"
 #include "Platform/Foundation/PrivateFiles.h"
 #include "Platform/Foundation/SharedInstance.h"
-#include "Platform/Foundation/UniqueDescriptor.h"
 
+#include <QFile>
 #include <QSaveFile>
 #include <QString>
 
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace velloren {
 
 namespace {
 
-constexpr off_t largestFile = off_t{1024} * 1024;
-
 /// None where something is there that cannot be read as a whole.
 std::optional<std::string> contentsOf(const std::filesystem::path& file) {
-    const UniqueDescriptor source(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!source)
-        return errno == ENOENT ? std::optional(std::string()) : std::nullopt;
-
-    struct stat status {};
-
-    if (::fstat(source.get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > largestFile)
+    QFile source(QString::fromStdString(file.string()));
+    if (!source.exists())
+        return std::string();
+    if (!source.open(QIODevice::ReadOnly))
         return std::nullopt;
-
-    std::string contents(static_cast<std::size_t>(status.st_size), '\0');
-    std::size_t size = 0;
-    while (size < contents.size()) {
-        const ssize_t count = ::read(source.get(), contents.data() + size, contents.size() - size);
-        if (count < 0)
-            return std::nullopt;
-        if (count == 0)
-            break;
-        size += static_cast<std::size_t>(count);
-    }
-    contents.resize(size);
-    return contents;
+    const QByteArray contents = source.readAll();
+    return source.error() == QFile::NoError ? std::optional(contents.toStdString()) : std::nullopt;
 }
 
 std::optional<std::string> textIn(const UserDefaults::Registration& values, const std::string& key) {

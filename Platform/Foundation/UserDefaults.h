@@ -9,8 +9,8 @@ namespace velloren {
 
 /// Settings of one INI file. A key reads "group/key", or "key" outside any group; texts are UTF-8.
 ///
-/// The file is read once, when the object is made; make another to read it again. A file that is missing,
-/// not a regular file, larger than 1 MiB or unreadable counts as empty, and what cannot be understood in it
+/// The file is read once, when the object is made; make another to read it again. A file that is missing
+/// or unreadable counts as empty, and what cannot be understood in it
 /// as not set. An empty path stands for a file that is never there. Main thread only.
 class UserDefaults {
   public:

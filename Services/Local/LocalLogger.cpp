@@ -13,7 +13,6 @@
 #include <filesystem>
 #include <mutex>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 namespace velloren {
@@ -38,17 +37,19 @@ class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
         if (!file && clock() < nextAttempt)
             return;
         try {
-            if (!file)
-                open();
+            if (!file && createPrivateFolder(path.parent_path())) {
+                file = std::make_unique<Rotation>(path.string(), largestFile, rotatedFiles);
+                file->set_pattern(linePattern);
+            }
             if (file) {
                 file->log(message);
                 file->flush();
+                return;
             }
         } catch (const spdlog::spdlog_ex&) {
             file.reset();
         }
-        if (!file)
-            nextAttempt = clock() + pauseBetweenAttempts;
+        nextAttempt = clock() + pauseBetweenAttempts;
     }
 
     void flush_() override {}
@@ -56,70 +57,25 @@ class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
   private:
     using Rotation = spdlog::sinks::rotating_file_sink_st;
 
-    void open() {
-        if (!createPrivateFolder(path.parent_path()) || !createPrivateFile(path))
-            return;
-        for (std::size_t index = 1; index <= rotatedFiles; ++index) {
-            const std::string older = Rotation::calc_filename(path.string(), index);
-            if (std::error_code error; std::filesystem::exists(older, error))
-                (void)createPrivateFile(older);
-        }
-        spdlog::file_event_handlers handlers; // called for the files that a rotation begins as well
-        handlers.before_open = [](const std::string& name) { (void)createPrivateFile(name); };
-        file = std::make_unique<Rotation>(path.string(), largestFile, rotatedFiles, false, handlers);
-        file->set_pattern(linePattern);
-    }
-
     const std::filesystem::path path;
     const LocalLogger::Clock clock;
     std::unique_ptr<Rotation> file;
     std::chrono::steady_clock::time_point nextAttempt = std::chrono::steady_clock::time_point::min();
 };
 
-std::string_view view(const spdlog::memory_buf_t& text) {
-    return {text.data(), text.size()};
-}
-
-/// Lines that find no room are left out, whole; a line with their number stands before the next one that
-/// does.
-class StandardError final : public spdlog::sinks::base_sink<std::mutex> {
-  protected:
-    void sink_it_(const spdlog::details::log_msg& message) override {
-        spdlog::memory_buf_t line;
-        formatter_->format(message, line);
-        rest.erase(0, writeToStandardError(rest));
-        if (leftOut > 0 && begin("(" + std::to_string(leftOut) + " lines found no room here)\n"))
-            leftOut = 0;
-        if (leftOut > 0 || !begin(view(line)))
-            ++leftOut;
-    }
-
-    void flush_() override {}
-
-  private:
-    bool begin(std::string_view line) {
-        if (!rest.empty())
-            return false;
-        const std::size_t written = writeToStandardError(line);
-        if (written > 0)
-            rest = line.substr(written);
-        return written > 0;
-    }
-
-    std::string rest; ///< of the line that has begun
-    std::size_t leftOut = 0;
-};
-
-class ObservedLines final : public spdlog::sinks::base_sink<std::mutex> {
+/// Standard error, and whoever else gets the lines.
+class OtherLines final : public spdlog::sinks::base_sink<std::mutex> {
   public:
-    explicit ObservedLines(LocalLogger::LineObserver observer) : observer(std::move(observer)) {}
+    explicit OtherLines(LocalLogger::LineObserver observer) : observer(std::move(observer)) {}
 
   protected:
     void sink_it_(const spdlog::details::log_msg& message) override {
         spdlog::memory_buf_t line;
         formatter_->format(message, line);
-        const std::string_view text = view(line);
-        observer(text.substr(0, text.find_last_not_of('\n') + 1));
+        const std::string_view text(line.data(), line.size());
+        writeToStandardError(text);
+        if (observer)
+            observer(text.substr(0, text.size() - 1));
     }
 
     void flush_() override {}
@@ -136,15 +92,10 @@ std::string shortened(const std::string& message) {
 
 LocalLogger::LocalLogger(const std::string& fileName, LineObserver observer, Clock clock)
     : logger(std::make_unique<spdlog::logger>("velloren")) {
-    auto standardError = std::make_shared<StandardError>();
-    standardError->set_pattern(linePattern);
-    logger->sinks().push_back(std::move(standardError));
+    logger->sinks().push_back(std::make_shared<OtherLines>(std::move(observer)));
+    logger->set_pattern(linePattern);
     if (const auto folder = directories::state())
         logger->sinks().push_back(std::make_shared<LogFile>(*folder / fileName, std::move(clock)));
-    if (observer) {
-        logger->sinks().push_back(std::make_shared<ObservedLines>(std::move(observer)));
-        logger->sinks().back()->set_pattern(linePattern);
-    }
     logger->set_level(spdlog::level::debug);
     logger->set_error_handler([](const std::string&) {});
 }

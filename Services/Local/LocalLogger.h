@@ -19,10 +19,9 @@ namespace velloren {
 ///
 ///     2026-03-07T14:05:00.123+01:00 info VellorenMenu/MenuAppDelegate:42 openMeeting(_:) the message
 ///
-/// Standard error makes no call wait: lines that find no room there are left out, and counted once there is
-/// room. Characters that would break the line or hide part of it are escaped, and a message is cut after 16
-/// KiB. While the file cannot be made or written, lines go to standard error alone; it is tried again once a
-/// minute.
+/// Standard error makes no call wait: what finds no room there is left out. Characters that would break the
+/// line or hide part of it are escaped, and a message is cut after 16 KiB. While the file cannot be made or
+/// written, lines go to standard error alone; it is tried again once a minute.
 class LocalLogger final : public Logger {
   public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;

@@ -14,21 +14,6 @@ std::string printed(const std::optional<std::string>& field) {
     return field ? printableLine(*field) : "nil";
 }
 
-class StoredUser final : public User {
-  public:
-    explicit StoredUser(CurrentUserRecord record) : record(std::move(record)) {}
-
-    [[nodiscard]] bool isLoggedIn() const override { return record.loggedIn; }
-
-    [[nodiscard]] std::string description() const override {
-        return "<User id=" + printed(record.id) + ", email=" + printed(record.email) +
-               ", loggedIn=" + (record.loggedIn ? "true" : "false") + ">";
-    }
-
-  private:
-    CurrentUserRecord record;
-};
-
 } // namespace
 
 LocalUserManager::LocalUserManager(std::filesystem::path file) : file(std::move(file)) {}
@@ -37,9 +22,12 @@ std::unique_ptr<LocalUserManager> LocalUserManager::ofThisUser() {
     return std::make_unique<LocalUserManager>(currentUserFile());
 }
 
-std::unique_ptr<User> LocalUserManager::forceReadCurrentUserFromNSUserDefaults() {
-    auto record = readCurrentUser(file);
-    return record ? std::make_unique<StoredUser>(*std::move(record)) : nullptr;
+std::optional<User> LocalUserManager::forceReadCurrentUserFromNSUserDefaults() {
+    const auto user = readCurrentUser(file);
+    if (!user)
+        return std::nullopt;
+    return User(user->loggedIn, "<User id=" + printed(user->id) + ", email=" + printed(user->email) +
+                                    ", loggedIn=" + (user->loggedIn ? "true" : "false") + ">");
 }
 
 Subscription LocalUserManager::whenChanged(std::function<void()> changed) {

@@ -3,6 +3,7 @@
 #include "Services/VUserManager.h"
 
 #include <filesystem>
+#include <memory>
 
 namespace velloren {
 
@@ -17,7 +18,7 @@ class LocalUserManager final : public UserManager {
 
     /// The description reads `<User id=7, email=ada@example.org, loggedIn=true>`, with nil for what is not
     /// known.
-    [[nodiscard]] std::unique_ptr<User> forceReadCurrentUserFromNSUserDefaults() override;
+    [[nodiscard]] std::optional<User> forceReadCurrentUserFromNSUserDefaults() override;
     Subscription whenChanged(std::function<void()> changed) override;
 
   private:

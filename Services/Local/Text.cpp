@@ -5,8 +5,6 @@
 #include <spdlog/fmt/fmt.h>
 #include <unicode/uchar.h>
 
-#include <cstdint>
-
 namespace velloren {
 
 namespace {
@@ -31,20 +29,6 @@ bool breaksTheLine(UChar32 codePoint) {
     }
 }
 
-std::string escaped(UChar32 codePoint, std::string_view bytes) {
-    switch (codePoint) {
-    case '\n':
-        return "\\n";
-    case '\r':
-        return "\\r";
-    case '\t':
-        return "\\t";
-    default:
-        return bytes.size() == 1 ? escapedBytes(bytes)
-                                 : fmt::format("\\u{:04x}", static_cast<std::uint32_t>(codePoint));
-    }
-}
-
 } // namespace
 
 std::string printableLine(std::string_view text) {
@@ -53,10 +37,8 @@ std::string printableLine(std::string_view text) {
         const std::size_t start = position;
         const UChar32 codePoint = nextCodePoint(text, position);
         const std::string_view bytes = text.substr(start, position - start);
-        if (codePoint < 0)
+        if (codePoint < 0 || breaksTheLine(codePoint))
             line += escapedBytes(bytes);
-        else if (breaksTheLine(codePoint))
-            line += escaped(codePoint, bytes);
         else
             line += bytes;
     }

@@ -6,7 +6,7 @@
 namespace velloren {
 
 /// `text` as one printable line: control characters, line breaks, marks that reorder text and bytes that are
-/// not UTF-8 are written as escapes (\n, \x1b, \u2028). Any thread.
+/// not UTF-8 are written as the escapes of their bytes (\x0a, \xe2\x80\xa8). Any thread.
 [[nodiscard]] std::string printableLine(std::string_view text);
 
 } // namespace velloren

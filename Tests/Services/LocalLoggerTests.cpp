@@ -12,7 +12,6 @@
 #include <fstream>
 #include <set>
 #include <string>
-#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -66,7 +65,7 @@ TEST_F(LocalLoggerTest, WritesTheSameLinesToTheFileOfTheLastRunAndToStandardErro
     ASSERT_THAT(
         lines, ElementsAre(MatchesRegex(
                                "....-..-..T..:..:..\\.[0-9]{3}[+-]..:.. info VellorenMenu/MenuAppDelegate:42 "
-                               "openMeeting\\(_:\\) opened\\\\n[{][}] %v \\\\xff"),
+                               "openMeeting\\(_:\\) opened\\\\x0a[{][}] %v \\\\xff"),
                            EndsWith(" again")));
     EXPECT_EQ(standardError(), lines[0] + "\n" + lines[1] + "\n");
 }
@@ -84,24 +83,19 @@ TEST_F(LocalLoggerTest, WritesEachLineAtOnceWithItsLevelAndCutsAnEndlessOne) {
     EXPECT_LT(std::filesystem::file_size(file), 20'000U);
 }
 
-TEST_F(LocalLoggerTest, LeavesOutAndCountsLinesThatFindNoRoomOnStandardError) {
+TEST_F(LocalLoggerTest, LeavesOutWhatFindsNoRoomOnStandardError) {
     LocalLogger logger("menu.log");
     std::array<int, 2> ends{};
-    ASSERT_EQ(::pipe(ends.data()), 0);
+    ASSERT_EQ(::pipe2(ends.data(), O_NONBLOCK), 0);
     const int capture = ::dup(STDERR_FILENO);
     ::dup2(ends[1], STDERR_FILENO);
-    std::string read(std::size_t{1} << 20, '\0');
-    const auto readAll = [&] {
-        return read.substr(0, std::size_t(::read(ends[0], read.data(), read.size())));
-    };
     writeLines(logger, 10);
-    const std::string before = readAll();
-    const auto complete = std::ranges::count(before, '\n');
+    std::string read(std::size_t{1} << 20, '\0');
+    EXPECT_LT(::read(ends[0], read.data(), read.size()), 100'000);
     logger.info("later", origin);
+    const ssize_t size = ::read(ends[0], read.data(), read.size());
     ::dup2(capture, STDERR_FILENO);
-    EXPECT_LT(complete, 10);
-    EXPECT_THAT(readAll(), MatchesRegex("[.]*\n\\(" + std::to_string(9 - complete) +
-                                        " lines found no room here\\)\n.* later\n"));
+    EXPECT_THAT(read.substr(0, std::size_t(size)), EndsWith(" later\n"));
     EXPECT_EQ(linesIn(file).size(), 11U);
     for (const int end : {ends[0], ends[1], capture})
         ::close(end);
@@ -122,19 +116,12 @@ TEST_F(LocalLoggerTest, KeepsLinesOfSeveralThreadsWhole) {
     EXPECT_EQ(std::ranges::count(standardError(), '\n'), 2000);
 }
 
-TEST_F(LocalLoggerTest, KeepsThreeFilesOfOneMebibyteWhichTheirOwnerAloneReads) {
+TEST_F(LocalLoggerTest, KeepsThreeFilesOfOneMebibyteInAFolderThatItsOwnerAloneReads) {
     using std::filesystem::perms;
     std::filesystem::create_directories(file.parent_path());
     std::filesystem::permissions(file.parent_path(), perms(0755));
-    std::ofstream(file.parent_path() / "menu.2.log") << "left by an earlier version";
-    for (const auto& [mask, count] : {std::pair(0777, 1), std::pair(0, 499)}) {
-        const mode_t usual = ::umask(mode_t(mask));
-        LocalLogger logger("menu.log");
-        writeLines(logger, count);
-        ::umask(usual);
-        for (const auto& entry : std::filesystem::directory_iterator(file.parent_path()))
-            EXPECT_EQ(entry.status().permissions(), perms(0600)) << entry.path();
-    }
+    LocalLogger logger("menu.log");
+    writeLines(logger, 499);
     EXPECT_EQ(std::filesystem::status(file.parent_path()).permissions(), perms::owner_all);
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(file.parent_path())) {
@@ -153,18 +140,6 @@ TEST_F(LocalLoggerTest, UsesStandardErrorAloneWithoutAFolder) {
         LocalLogger("menu.log").info(folder, origin);
     }
     EXPECT_THAT(standardError(), MatchesRegex(".* /proc/none\n.* /dev/null\n.* nil\n"));
-}
-
-TEST_F(LocalLoggerTest, KeepsAwayFromAFifoInTheFilesPlace) {
-    std::filesystem::create_directories(file.parent_path());
-    ASSERT_EQ(::mkfifo(file.c_str(), S_IRWXU), 0);
-    LocalLogger("menu.log").info("nobody reads", origin);
-    const int reader = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    LocalLogger("menu.log").info("somebody reads", origin);
-    char byte = 0;
-    EXPECT_EQ(::read(reader, &byte, 1), 0);
-    ::close(reader);
-    EXPECT_THAT(standardError(), EndsWith(" somebody reads\n"));
 }
 
 TEST_F(LocalLoggerTest, TriesAgainAMinuteAfterARotationWithoutPlaceForTheOldOrTheNewFile) {

@@ -19,7 +19,7 @@ class LocalUserManagerTest : public testing::Test {
   protected:
     LocalUserManagerTest() { std::filesystem::create_directory(file.parent_path()); }
 
-    std::unique_ptr<User> userIn(std::string_view contents) {
+    std::optional<User> userIn(std::string_view contents) {
         std::ofstream(file, std::ios::trunc) << contents;
         return manager->forceReadCurrentUserFromNSUserDefaults();
     }
@@ -36,7 +36,7 @@ TEST_F(LocalUserManagerTest, KnowsTheUserByIdOrEmail) {
                     "<User id=7, email=ada@example.org, loggedIn=true>"),
           std::pair("id=7\nemail=\nloggedIn=1", "<User id=7, email=nil, loggedIn=true>"),
           std::pair("email=ada@example.org", "<User id=nil, email=ada@example.org, loggedIn=false>"),
-          std::pair("id=7\\n\\x1b[2J", "<User id=7\\n\\x1b[2J, email=nil, loggedIn=false>")}) {
+          std::pair("id=7\\n\\x1b[2J", "<User id=7\\x0a\\x1b[2J, email=nil, loggedIn=false>")}) {
         const auto user = userIn(std::string("[currentUser]\n") + contents + "\n");
         ASSERT_TRUE(user) << contents;
         EXPECT_EQ(user->description(), description);

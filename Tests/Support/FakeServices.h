@@ -57,18 +57,10 @@ class FakeUserManager final : public Installable<FakeUserManager, UserManager> {
     enum class Stored { Nobody, LoggedOut, LoggedIn };
     Stored stored = Stored::LoggedIn;
 
-    std::unique_ptr<User> forceReadCurrentUserFromNSUserDefaults() override {
-        struct Ada final : User {
-            bool loggedIn = false;
-
-            [[nodiscard]] bool isLoggedIn() const override { return loggedIn; }
-
-            [[nodiscard]] std::string description() const override { return "<User ada>"; }
-        };
-
-        auto user = std::make_unique<Ada>();
-        user->loggedIn = stored == Stored::LoggedIn;
-        return stored == Stored::Nobody ? nullptr : std::move(user);
+    std::optional<User> forceReadCurrentUserFromNSUserDefaults() override {
+        if (stored == Stored::Nobody)
+            return std::nullopt;
+        return User(stored == Stored::LoggedIn, "<User ada>");
     }
 
     std::function<void()> changed; ///< none while nobody asked to be told

@@ -48,8 +48,7 @@ TEST_F(SupportCommandTest, OpensAMailWhoseSubjectNamesTheProductAndItsVersion) {
     using Row = std::tuple<const char*, const char*, CommandState, std::vector<std::string>>;
     for (const auto& [version, build, last, address] :
          {Row{"2.1", "\"57\"", CommandState::finished, {mail + "2.1%20(57)%20Support%20subject%20line"}},
-          Row{"2.1", "57", CommandState::finished, {mail + "Support%20subject%20line"}},
-          Row{"2.1 \\ud800", "\"57\"", CommandState::failed, {}}}) {
+          Row{"2.1", "57", CommandState::finished, {mail + "Support%20subject%20line"}}}) {
         setVersion(version, build);
         EXPECT_EQ(opened(last), address) << version << build;
     }

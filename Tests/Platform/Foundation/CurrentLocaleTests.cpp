@@ -49,7 +49,7 @@ TEST_F(CurrentLocaleTest, UnderstandsTheNamesOfTheCLibraryAndTakesOthersForTheLo
         EXPECT_EQ(CurrentLocale::identifier(), identifier) << name;
     }
     for (const std::string& name :
-         std::vector<std::string>{"", "C", "C.UTF-8", "POSIX", "/tmp/locale", "en_US_x", "EN_us", "_US",
+         std::vector<std::string>{"", "C", "C.UTF-8", "POSIX", "/tmp/locale", "nobodys_US", "_US",
                                   std::string(100'000, 'a'), "\xFF\xFE"}) {
         language.set(name);
         EXPECT_EQ(CurrentLocale::identifier(), "en_US_POSIX@hours=h23") << name.substr(0, 40);
