@@ -3,26 +3,13 @@
 #include "Platform/Foundation/FatalError.h"
 #include "Services/VLogger.h"
 
+#include <array>
+
 namespace velloren {
 
 namespace {
 
 struct [[maybe_unused]] SchemeConfig {};
-
-const std::string& mainIdentifier() {
-    static const std::string identifier = "com.velloren.velloren-mac";
-    return identifier;
-}
-
-const std::string& menuIdentifier() {
-    static const std::string identifier = mainIdentifier() + ".menu";
-    return identifier;
-}
-
-const std::string& agentIdentifier() {
-    static const std::string identifier = mainIdentifier() + ".agent";
-    return identifier;
-}
 
 constexpr auto agentIsNotObservable = "Agent doesn't support this functionality. We need to re-architect XPC "
                                       "solution, see https://issues.velloren.example/menu/agent-instances";
@@ -40,15 +27,9 @@ const std::string& VApp::helpCenterHost() {
 }
 
 const std::string& VApp::bundleIdentifier() const {
-    switch (identity) {
-    case main:
-        return mainIdentifier();
-    case menu:
-        return menuIdentifier();
-    case agent:
-        return agentIdentifier();
-    }
-    fatalError("there is no such application");
+    static const std::array<std::string, 3> identifiers{
+        "com.velloren.velloren-mac", "com.velloren.velloren-mac.menu", "com.velloren.velloren-mac.agent"};
+    return identifiers.at(std::size_t(identity));
 }
 
 std::vector<RunningApplication> VApp::runningInstances() const {

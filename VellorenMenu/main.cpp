@@ -46,7 +46,7 @@ class ProcessServices {
             [] { return std::make_unique<LocalLogger>("menu.log", LocalCrashlytics::recordLine); });
         SharedInstance<Crashlytics>::provide([] { return LocalCrashlytics::ofThisUser(); });
         SharedInstance<MeetingStore>::provide([] { return LocalMeetingStore::ofThisUser(); });
-        SharedInstance<SyncManager>::provide([] { return LocalSyncManager::ofThisUser(); });
+        SharedInstance<SyncManager>::provide([] { return std::make_unique<LocalSyncManager>(); });
         SharedInstance<UserManager>::provide([] { return LocalUserManager::ofThisUser(); });
         SharedInstance<Bundle>::provide([] { return Bundle::inFolder(":/bundle"); });
         SharedInstance<UserDefaults>::provide([] { return std::make_unique<UserDefaults>(defaultsFile()); });

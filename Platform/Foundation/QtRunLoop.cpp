@@ -1,12 +1,13 @@
 #include "Platform/Foundation/QtRunLoop.h"
 
-#include "Platform/Foundation/ClockAlarm.h"
+#include "Platform/Foundation/UniqueDescriptor.h"
 
 #include <QPointer>
 #include <QSocketNotifier>
 #include <QThread>
 #include <QTimer>
 
+#include <sys/timerfd.h>
 #include <utility>
 
 namespace velloren {
@@ -17,36 +18,22 @@ std::chrono::milliseconds milliseconds(RunLoop::Seconds seconds) {
     return std::chrono::round<std::chrono::milliseconds>(seconds);
 }
 
-} // namespace
-
-class QtRunLoop::RepeatingTimer final : public RunLoop::Timer,
-                                        public std::enable_shared_from_this<RepeatingTimer> {
+class RepeatingTimer final : public RunLoop::Timer {
   public:
-    RepeatingTimer(QtRunLoop& loop, Seconds interval, Task task) : loop(loop), task(std::move(task)) {
-        QObject::connect(&timer, &QTimer::timeout, [this] { fire(); });
-        timer.setTimerType(Qt::PreciseTimer);
-        timer.start(milliseconds(interval));
-    }
+    explicit RepeatingTimer(QTimer* timer) : timer(timer) {}
 
     void invalidate() override {
-        timer.stop();
-        // The timer may be invalidated by its own task, or by its last owner: it outlives this call.
-        const auto self = shared_from_this();
-        loop.scheduled.erase(self);
+        if (!timer)
+            return;
+        timer->stop();
+        timer->deleteLater(); // its task may be what ends it
     }
 
   private:
-    void fire() {
-        const auto self = shared_from_this();
-        task();
-    }
-
-    QtRunLoop& loop;
-    Task task;
-    QTimer timer;
+    QPointer<QTimer> timer; ///< the loop's
 };
 
-QtRunLoop::~QtRunLoop() = default;
+} // namespace
 
 void QtRunLoop::post(Task task) {
     QMetaObject::invokeMethod(&context, std::move(task), Qt::QueuedConnection);
@@ -57,14 +44,30 @@ void QtRunLoop::postAfter(Seconds delay, Task task) {
 }
 
 std::shared_ptr<RunLoop::Timer> QtRunLoop::scheduleRepeating(Seconds interval, Task task) {
-    auto timer = std::make_shared<RepeatingTimer>(*this, interval, std::move(task));
-    scheduled.insert(timer);
-    return timer;
+    auto* timer = new QTimer(&context);
+    QObject::connect(timer, &QTimer::timeout, &context, std::move(task));
+    timer->setTimerType(Qt::PreciseTimer);
+    timer->start(milliseconds(interval));
+    return std::make_shared<RepeatingTimer>(timer);
 }
 
 Subscription QtRunLoop::postAt(Moment moment, Task task) {
-    const auto alarm = std::make_shared<ClockAlarm>(*this, moment, std::move(task));
-    return Subscription([alarm] { alarm->cancel(); });
+    // Unlike Qt's timers this goes on while the machine is suspended, and ends when the clock is set.
+    const auto clock =
+        std::make_shared<UniqueDescriptor>(::timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK));
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(moment);
+    itimerspec time{};
+    time.it_value.tv_sec = seconds.time_since_epoch().count();
+    time.it_value.tv_nsec = std::chrono::nanoseconds(moment - seconds).count();
+    constexpr int flags = TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET;
+    if (::timerfd_settime(clock->get(), flags, &time, nullptr) != 0)
+        return {};
+    const auto arrival = std::make_shared<Subscription>();
+    *arrival = watch(clock->get(), [arrival, clock, task = std::move(task)] {
+        *arrival = {};
+        task();
+    });
+    return Subscription([arrival] { *arrival = {}; });
 }
 
 Subscription QtRunLoop::watch(int descriptor, Task task) {

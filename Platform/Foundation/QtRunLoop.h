@@ -4,16 +4,11 @@
 
 #include <QObject>
 
-#include <set>
-
 namespace velloren {
 
 /// The main run loop on Qt's event loop. Made on the main thread after the application object.
 class QtRunLoop final : public RunLoop {
   public:
-    QtRunLoop() = default;
-    ~QtRunLoop() override;
-
     void post(Task task) override;
     void postAfter(Seconds delay, Task task) override;
     std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) override;
@@ -22,10 +17,7 @@ class QtRunLoop final : public RunLoop {
     [[nodiscard]] bool isCurrent() const override;
 
   private:
-    class RepeatingTimer;
-
     QObject context;
-    std::set<std::shared_ptr<RepeatingTimer>> scheduled;
 };
 
 } // namespace velloren

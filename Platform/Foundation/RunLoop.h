@@ -44,8 +44,8 @@ class RunLoop {
     /// Runs `task` once, `delay` from now. Main thread only.
     virtual void postAfter(Seconds delay, Task task) = 0;
 
-    /// Runs `task` every `interval`, the first time one interval from now. The loop keeps the timer until it
-    /// is invalidated, whether or not the caller keeps the result. Main thread only.
+    /// Runs `task` every `interval`, the first time one interval from now. The loop goes on until the
+    /// timer is invalidated, whether or not the caller keeps the result. Main thread only.
     virtual std::shared_ptr<Timer> scheduleRepeating(Seconds interval, Task task) = 0;
 
     /// What the system's clock shows. Any thread.
@@ -54,7 +54,8 @@ class RunLoop {
     }
 
     /// Runs `task` once, as soon as the system's clock shows `moment`, before that where somebody sets the
-    /// clock; not any more once the result has ended. Main thread only.
+    /// clock; not any more once the result has ended, and never without a descriptor left for it. Main thread
+    /// only.
     virtual Subscription postAt(Moment moment, Task task) = 0;
 
     /// Runs `task` each time there is something to read from `descriptor`, which outlives the result. Main

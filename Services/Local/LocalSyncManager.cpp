@@ -4,19 +4,12 @@
 #include "Services/Local/UploadingLock.h"
 
 #include <fcntl.h>
-#include <utility>
 
 namespace velloren {
 
-LocalSyncManager::LocalSyncManager(std::filesystem::path file) : file(std::move(file)) {}
-
-std::unique_ptr<LocalSyncManager> LocalSyncManager::ofThisUser() {
-    return std::make_unique<LocalSyncManager>(UploadingLock::usualPath());
-}
-
 bool LocalSyncManager::isSyncing() {
     const UniqueDescriptor descriptor(
-        ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY));
+        ::open(UploadingLock::usualPath().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
 
     // Only a write lock stands in the way of a read lock.
     struct flock lock {};

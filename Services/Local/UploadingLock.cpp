@@ -13,11 +13,11 @@ std::filesystem::path UploadingLock::usualPath() {
     return folder ? *folder / "uploading.lock" : std::filesystem::path();
 }
 
-std::unique_ptr<UploadingLock> UploadingLock::acquire(const std::filesystem::path& file) {
+std::unique_ptr<UploadingLock> UploadingLock::acquire() {
+    const std::filesystem::path file = usualPath();
     if (file.empty() || !createPrivateFolder(file.parent_path()))
         return nullptr;
-    UniqueDescriptor descriptor(::open(
-        file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY, S_IRUSR | S_IWUSR));
+    UniqueDescriptor descriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR));
 
     struct flock lock {};
 

@@ -17,8 +17,7 @@ class UploadingLock {
 
     /// Makes the file with its folder where they are missing and locks it. None when that is impossible or
     /// another process holds the lock.
-    [[nodiscard]] static std::unique_ptr<UploadingLock>
-    acquire(const std::filesystem::path& file = usualPath());
+    [[nodiscard]] static std::unique_ptr<UploadingLock> acquire();
 
     UploadingLock(const UploadingLock&) = delete;
     UploadingLock& operator=(const UploadingLock&) = delete;

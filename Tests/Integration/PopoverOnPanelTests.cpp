@@ -47,8 +47,7 @@ TEST_F(IconInPanel, StartsWithoutARuntimeDirectory) {
 TEST_F(IconInPanel, OpensThePopoverThoughItHasNoStandardStreams) {
     agent = desktop.start("sh", {"-c", "exec " + binaries + "/velloren-menu <&- >&- 2>&-"});
     ASSERT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1; }));
-    desktop.click(VirtualDesktop::icon);
-    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.popover().has_value(); }));
+    openPopover();
 }
 
 TEST_F(IconInPanel, HasAMenuThatFollowsTheStoreBeforeItIsAboutToShow) {
