@@ -1,7 +1,6 @@
 #include "Platform/Freedesktop/Windowing/Wayland/CompositorNotice.h"
 
 #include <utility>
-#include <wayland-client.h>
 
 namespace velloren {
 

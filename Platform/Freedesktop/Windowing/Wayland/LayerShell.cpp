@@ -1,15 +1,11 @@
 #include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
 
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
-#include "layer-shell-client-protocol.h"
-#include "viewporter-client-protocol.h"
-#include "xdg-shell-client-protocol.h"
 
 #include <algorithm>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <utility>
-#include <wayland-client.h>
 
 namespace velloren {
 

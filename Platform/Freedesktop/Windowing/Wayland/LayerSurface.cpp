@@ -2,7 +2,6 @@
 
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
-#include "layer-shell-client-protocol.h"
 
 #include <algorithm>
 #include <utility>

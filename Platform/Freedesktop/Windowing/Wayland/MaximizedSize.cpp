@@ -1,10 +1,8 @@
 #include "Platform/Freedesktop/Windowing/Wayland/MaximizedSize.h"
 
 #include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
-#include "xdg-shell-client-protocol.h"
 
 #include <utility>
-#include <wayland-client.h>
 
 namespace velloren {
 
