@@ -25,14 +25,6 @@ std::optional<EventType> pressTypeOf(Qt::MouseButton button) {
 
 } // namespace
 
-OverlayEvents::OverlayEvents(PressSource& source) : source(source) {
-    source.setPressHandler([this](Qt::MouseButton button, QPoint place) { handlePress(button, place); });
-}
-
-OverlayEvents::~OverlayEvents() {
-    source.setPressHandler(nullptr);
-}
-
 Subscription OverlayEvents::addMonitorForEventsMatchingMask(EventMask mask, Handler handler) {
     return monitors.add(mask, std::move(handler));
 }

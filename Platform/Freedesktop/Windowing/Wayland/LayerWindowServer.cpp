@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/CurrentLocale.h"
 #include "Platform/Freedesktop/Windowing/BarGuess.h"
+#include "Platform/Freedesktop/Windowing/OverlayEvents.h"
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
 #include "Platform/Freedesktop/Windowing/Wayland/LayerSurface.h"
@@ -58,7 +59,7 @@ struct LayerWindowServer::ScreenView {
     std::unique_ptr<ScreenOverlay> overlay;
 };
 
-LayerWindowServer::LayerWindowServer() {
+LayerWindowServer::LayerWindowServer(OverlayEvents& events) : events(events) {
     for (QTimer* timer : {&patience, &hiding, &absence})
         timer->setSingleShot(true);
     hiding.setInterval(patienceWithScreen);
@@ -111,12 +112,8 @@ void LayerWindowServer::lookAtScreen(QScreen& screen) {
     ScreenView& view = *views.emplace_back(std::make_unique<ScreenView>());
     view.screen = &screen;
     view.overlay = std::make_unique<ScreenOverlay>(
-        shell, screen,
+        shell, screen, events,
         ScreenOverlay::Handlers{[this] { answerWhenKnown(); },
-                                [this](Qt::MouseButton button, QPoint place) {
-                                    if (pressHandler)
-                                        pressHandler(button, place);
-                                },
                                 [this] {
                                     // Later: the overlay is still calling.
                                     QMetaObject::invokeMethod(this, &LayerWindowServer::leaveScreens,
@@ -352,8 +349,8 @@ bool LayerWindowServer::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseButtonPress && widget == popover) {
         const auto* press = static_cast<QMouseEvent*>(event);
         // The margin around the popover's frame shows what lies behind it.
-        if (pressHandler && !popover->childAt(press->position().toPoint()))
-            pressHandler(press->button(), press->globalPosition().toPoint());
+        if (!popover->childAt(press->position().toPoint()))
+            events.handlePress(press->button(), press->globalPosition().toPoint());
     }
     return false;
 }

@@ -5,7 +5,7 @@
 
 namespace velloren {
 
-XWaylandWindowServer::XWaylandWindowServer() = default;
+XWaylandWindowServer::XWaylandWindowServer(OverlayEvents& events) : events(events) {}
 
 XWaylandWindowServer::~XWaylandWindowServer() = default;
 
@@ -20,11 +20,7 @@ void XWaylandWindowServer::declareShadow(QWidget& window) {
 void XWaylandWindowServer::showPopover(QWidget& window, const QRect& frame) {
     PlainWindowServer::showPopover(window, frame);
     if (!surroundings)
-        surroundings =
-            std::make_unique<WindowsAroundPopover>(window, [this](Qt::MouseButton button, QPoint place) {
-                if (pressHandler)
-                    pressHandler(button, place);
-            });
+        surroundings = std::make_unique<WindowsAroundPopover>(window, events);
 }
 
 bool XWaylandWindowServer::hidePopover(QWidget& window) {
