@@ -14,6 +14,4 @@ CompositorNotice::CompositorNotice(WaylandOwned<wl_callback> notice, std::functi
     wl_callback_add_listener(callback.get(), &listener, this);
 }
 
-CompositorNotice::~CompositorNotice() = default;
-
 } // namespace velloren

@@ -65,7 +65,10 @@ LayerWindowServer::LayerWindowServer(OverlayEvents& events) : events(events) {
     hiding.setInterval(patienceWithScreen);
     absence.setInterval(longestWayOfFocus);
     connect(&patience, &QTimer::timeout, this, &LayerWindowServer::answer);
-    connect(&hiding, &QTimer::timeout, this, &LayerWindowServer::raiseIfHidden);
+    connect(&hiding, &QTimer::timeout, this, [this] {
+        if (role && openedAtPointer) // and the screen is not locked
+            role->moveTo(LayerSurface::Layer::Overlay);
+    });
     connect(&absence, &QTimer::timeout, this, &LayerWindowServer::closeIfAbsent);
     connect(qApp, &QGuiApplication::focusWindowChanged, this, [this](QWindow* window) {
         if (!window && popover)
@@ -75,7 +78,7 @@ LayerWindowServer::LayerWindowServer(OverlayEvents& events) : events(events) {
 
 LayerWindowServer::~LayerWindowServer() = default;
 
-void LayerWindowServer::preparePopover(QWidget& window, ChangeHandler) {
+void LayerWindowServer::preparePopover(QWidget& window) {
     window.setWindowFlag(Qt::BypassWindowManagerHint);
 }
 
@@ -239,7 +242,11 @@ PopoverSite LayerWindowServer::siteAtIcon() {
     }
     const QSize free = freeOf(view, *screen);
     const QRect available = availableAround(place, screen->geometry(), free, gapAroundBars());
-    return {anchorAround(place, iconSize, screen->geometry(), available), screen->geometry(), available};
+    QRect anchor({}, iconSize);
+    anchor.moveCenter(place);
+    if (const QRect bar = barAround(place, screen->geometry(), available); !bar.isEmpty())
+        anchor = spanning(bar, bar.width() > bar.height() ? Qt::Horizontal : Qt::Vertical, anchor);
+    return {anchor, screen->geometry(), available};
 }
 
 void LayerWindowServer::showPopover(QWidget& window, const QRect& frame) {
@@ -286,11 +293,6 @@ void LayerWindowServer::appear(QWidget& window) {
         leaveOutOwnWindows();
     });
     hiding.start();
-}
-
-void LayerWindowServer::raiseIfHidden() {
-    if (role && openedAtPointer) // and the screen is not locked
-        role->moveTo(LayerSurface::Layer::Overlay);
 }
 
 void LayerWindowServer::closeIfAbsent() {

@@ -26,6 +26,4 @@ MaximizedSize::MaximizedSize(const LayerShell& shell, std::function<void(QSize)>
     wl_surface_commit(surface.get());
 }
 
-MaximizedSize::~MaximizedSize() = default;
-
 } // namespace velloren

@@ -48,7 +48,8 @@ void ScreenOverlay::leaveOut(const QRegion& places) {
 bool ScreenOverlay::event(QEvent* event) {
     switch (event->type()) {
     case QEvent::Enter:
-        pointerIsAt(static_cast<QEnterEvent*>(event)->position());
+        pointerPlace = position() + static_cast<QEnterEvent*>(event)->position().toPoint();
+        handlers.pointerKnown();
         return true;
     case QEvent::Leave:
         pointerPlace.reset();
@@ -78,11 +79,6 @@ void ScreenOverlay::press(Qt::MouseButton button, QPointF place) {
 void ScreenOverlay::release() {
     if (std::exchange(pressUnderWay, false))
         handlers.released();
-}
-
-void ScreenOverlay::pointerIsAt(QPointF place) {
-    pointerPlace = position() + place.toPoint();
-    handlers.pointerKnown();
 }
 
 } // namespace velloren

@@ -9,12 +9,8 @@ XWaylandWindowServer::XWaylandWindowServer(OverlayEvents& events) : events(event
 
 XWaylandWindowServer::~XWaylandWindowServer() = default;
 
-void XWaylandWindowServer::setAnimates(QWidget& window, bool animates) {
-    x11::setAnimates(window, animates);
-}
-
-void XWaylandWindowServer::declareShadow(QWidget& window) {
-    x11::leaveOutShadow(window);
+void XWaylandWindowServer::declareOwnLook(QWidget& window) {
+    x11::declareOwnLook(window);
 }
 
 void XWaylandWindowServer::showPopover(QWidget& window, const QRect& frame) {
