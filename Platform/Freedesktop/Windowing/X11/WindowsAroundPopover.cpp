@@ -71,10 +71,6 @@ class WindowsAroundPopover::Part final : public QWindow {
     std::optional<QPoint> handled; ///< the place of the press that is being handled
 };
 
-void WindowsAroundPopover::EndOfPart::operator()(Part* part) const {
-    part->end();
-}
-
 WindowsAroundPopover::WindowsAroundPopover(QWidget& popover, OverlayEvents& events)
     : popover(popover), events(events) {
     popover.installEventFilter(this);
@@ -98,7 +94,7 @@ void WindowsAroundPopover::surround() {
     parts.clear();
     for (QScreen* screen : QGuiApplication::screens()) {
         for (const QRect& place : QRegion(screen->geometry()) - shown)
-            parts.emplace_back(new Part(*screen, place, events));
+            parts.emplace_back(new Part(*screen, place, events), [](Part* part) { part->end(); });
     }
 }
 

@@ -27,16 +27,12 @@ class WindowsAroundPopover final : public QObject {
   private:
     class Part;
 
-    struct EndOfPart {
-        void operator()(Part* part) const;
-    };
-
     void surround();
 
     QWidget& popover;
     OverlayEvents& events;
     QRect surrounded;
-    std::vector<std::unique_ptr<Part, EndOfPart>> parts;
+    std::vector<std::unique_ptr<Part, void (*)(Part*)>> parts;
 };
 
 } // namespace velloren
