@@ -27,7 +27,6 @@ void Popover::showRelativeToRect(const QRect& rect, const View& view, RectEdge) 
     controller->viewWillAppear();
     prepareWindow();
     shown = true;
-    WindowServer::shared().setAnimates(*window, animated);
     window->setContent(controller->view());
     window->showAt(anchor);
     activate();

@@ -28,7 +28,7 @@ class Popover final {
 
     [[nodiscard]] bool animates() const { return animated; }
 
-    /// Whether the window may fade in and out, where the desktop does that; from the next showing on.
+    /// Asks for a way of showing that there is none of here: a popover comes and goes at once.
     void setAnimates(bool animates) { animated = animates; }
 
     [[nodiscard]] bool isShown() const { return shown; }

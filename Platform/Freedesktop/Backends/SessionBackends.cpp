@@ -17,10 +17,10 @@ namespace {
 
 template <class OverlayServer>
 void provideWithOverlay() {
-    SharedInstance<WindowServer>::provide([] { return std::make_unique<OverlayServer>(); });
-    // Now: a compositor's answers are to be there by the first click.
-    auto& server = static_cast<OverlayServer&>(SharedInstance<WindowServer>::get());
-    SharedInstance<GlobalEvents>::provide([&server] { return std::make_unique<OverlayEvents>(server); });
+    SharedInstance<GlobalEvents>::provide([] { return std::make_unique<OverlayEvents>(); });
+    auto& events = static_cast<OverlayEvents&>(SharedInstance<GlobalEvents>::get());
+    SharedInstance<WindowServer>::provide([&events] { return std::make_unique<OverlayServer>(events); });
+    WindowServer::shared(); // now: a compositor's answers are to be there by the first click
 }
 
 void provideDisplay(SessionDisplay display) {
@@ -59,8 +59,8 @@ SessionBackends::SessionBackends(SessionDisplay display, const QDBusConnection& 
 
 SessionBackends::~SessionBackends() {
     SharedInstance<StatusBar>::reset();
-    SharedInstance<GlobalEvents>::reset();
     SharedInstance<WindowServer>::reset();
+    SharedInstance<GlobalEvents>::reset();
     SharedInstance<Workspace>::reset();
 }
 

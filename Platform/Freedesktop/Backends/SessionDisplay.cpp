@@ -9,9 +9,6 @@ namespace velloren {
 
 namespace {
 
-// A compositor is busy while a session starts, and what was chosen then stays.
-constexpr std::chrono::seconds patienceWithCompositor{5};
-
 constexpr auto platformVariable = "QT_QPA_PLATFORM";
 // Has Qt keep in mind where on the desktop a window is, and its menus with it, once it was placed.
 constexpr auto positionsVariable = "QT_WAYLAND_DISABLE_FIXED_POSITIONS";
@@ -26,7 +23,7 @@ std::optional<SessionDisplay> displayOfSession() {
     const QByteArray usersPlatform = qgetenv(platformVariable);
     const bool mayUseWayland =
         x11::isWithinWayland() && (usersPlatform.isEmpty() || usersPlatform.startsWith("wayland"));
-    if (mayUseWayland && compositorHasLayerShell(patienceWithCompositor))
+    if (mayUseWayland && compositorHasLayerShell())
         return SessionDisplay::LayerShell;
     if (mayUseWayland && (!usersPlatform.isEmpty() || !qEnvironmentVariableIsSet("DISPLAY")))
         return SessionDisplay::Other;

@@ -14,8 +14,8 @@ enum class SessionDisplay {
     Other       ///< any other one, such as other Wayland compositors: it alone places windows
 };
 
-/// The best display of this session; none without any. Asks the compositor, if there is one, and waits for it
-/// for a few seconds at most. The user's QT_QPA_PLATFORM holds.
+/// The best display of this session; none without any. Asks the compositor, if there is one, and waits for
+/// its answer. The user's QT_QPA_PLATFORM holds.
 [[nodiscard]] std::optional<SessionDisplay> displayOfSession();
 
 /// Has Qt choose that display for an application object that is made while this lives. Then the environment

@@ -3,35 +3,19 @@
 #include <QApplication>
 #include <QWidget>
 
-#include <optional>
 #include <utility>
 
 namespace velloren {
 
 namespace {
 
-std::optional<EventType> pressTypeOf(Qt::MouseButton button) {
-    switch (button) {
-    case Qt::LeftButton:
+EventType pressTypeOf(Qt::MouseButton button) {
+    if (button == Qt::LeftButton)
         return EventType::LeftMouseDown;
-    case Qt::MiddleButton:
-        return EventType::OtherMouseDown;
-    case Qt::RightButton:
-        return EventType::RightMouseDown;
-    default:
-        return std::nullopt;
-    }
+    return button == Qt::RightButton ? EventType::RightMouseDown : EventType::OtherMouseDown;
 }
 
 } // namespace
-
-OverlayEvents::OverlayEvents(PressSource& source) : source(source) {
-    source.setPressHandler([this](Qt::MouseButton button, QPoint place) { handlePress(button, place); });
-}
-
-OverlayEvents::~OverlayEvents() {
-    source.setPressHandler(nullptr);
-}
 
 Subscription OverlayEvents::addMonitorForEventsMatchingMask(EventMask mask, Handler handler) {
     return monitors.add(mask, std::move(handler));
@@ -42,11 +26,8 @@ void OverlayEvents::handlePress(Qt::MouseButton button, QPoint place) {
         menu->close(); // to dismiss it is all that this click does
         return;
     }
-    const auto type = pressTypeOf(button);
-    if (!type)
-        return;
-    const Event event{*type, place};
-    for (const Handler& handler : monitors.handlersFor(maskOf(*type)))
+    const Event event{pressTypeOf(button), place};
+    for (const Handler& handler : monitors.handlersFor(maskOf(event.type)))
         handler(&event);
 }
 

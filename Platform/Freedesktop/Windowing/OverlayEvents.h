@@ -1,7 +1,8 @@
 #pragma once
 
 #include "Platform/Desktop/GlobalEvents.h"
-#include "Platform/Freedesktop/Windowing/PressSource.h"
+
+#include <Qt>
 
 namespace velloren {
 
@@ -9,19 +10,15 @@ namespace velloren {
 /// it is shown, and nobody else gets them. Main thread only.
 class OverlayEvents final : public GlobalEvents {
   public:
-    /// The source outlives this.
-    explicit OverlayEvents(PressSource& source);
-    ~OverlayEvents() override;
-
     Subscription addMonitorForEventsMatchingMask(EventMask mask, Handler handler) override;
 
     /// Never: the bar does not get such a press.
     [[nodiscard]] bool takeClickSeenByMonitor() override { return false; }
 
-  private:
+    /// Such a surface was pressed, at that place on the whole desktop.
     void handlePress(Qt::MouseButton button, QPoint place);
 
-    PressSource& source;
+  private:
     GlobalEventMonitors monitors;
 };
 

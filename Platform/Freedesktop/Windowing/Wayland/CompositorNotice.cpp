@@ -1,7 +1,6 @@
 #include "Platform/Freedesktop/Windowing/Wayland/CompositorNotice.h"
 
 #include <utility>
-#include <wayland-client.h>
 
 namespace velloren {
 
@@ -14,7 +13,5 @@ CompositorNotice::CompositorNotice(WaylandOwned<wl_callback> notice, std::functi
     }};
     wl_callback_add_listener(callback.get(), &listener, this);
 }
-
-CompositorNotice::~CompositorNotice() = default;
 
 } // namespace velloren

@@ -1,15 +1,11 @@
 #include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
 
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
-#include "layer-shell-client-protocol.h"
-#include "viewporter-client-protocol.h"
-#include "xdg-shell-client-protocol.h"
 
 #include <algorithm>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <utility>
-#include <wayland-client.h>
 
 namespace velloren {
 
@@ -42,8 +38,6 @@ LayerShell::LayerShell() : display(qtprivate::waylandDisplay()), registry(wl_dis
         [](void*, wl_registry*, std::uint32_t) {}};
     wl_registry_add_listener(registry.get(), &listener, this);
 }
-
-LayerShell::~LayerShell() = default;
 
 void LayerShell::bind(std::uint32_t name, std::string_view interface, std::uint32_t version) {
     static constexpr auto hasDevices = [](void* self, wl_seat*, std::uint32_t capabilities) {

@@ -2,7 +2,6 @@
 
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
-#include "layer-shell-client-protocol.h"
 
 #include <algorithm>
 #include <utility>
@@ -59,8 +58,6 @@ LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen
                              : ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_EXCLUSIVE);
     moveTo(frame);
 }
-
-LayerSurface::~LayerSurface() = default;
 
 void LayerSurface::moveTo(const QRect& frame) {
     if (std::exchange(placedAt, frame) == frame)

@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/CurrentLocale.h"
 #include "Platform/Freedesktop/Windowing/BarGuess.h"
+#include "Platform/Freedesktop/Windowing/OverlayEvents.h"
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
 #include "Platform/Freedesktop/Windowing/Wayland/LayerSurface.h"
@@ -58,13 +59,16 @@ struct LayerWindowServer::ScreenView {
     std::unique_ptr<ScreenOverlay> overlay;
 };
 
-LayerWindowServer::LayerWindowServer() {
+LayerWindowServer::LayerWindowServer(OverlayEvents& events) : events(events) {
     for (QTimer* timer : {&patience, &hiding, &absence})
         timer->setSingleShot(true);
     hiding.setInterval(patienceWithScreen);
     absence.setInterval(longestWayOfFocus);
     connect(&patience, &QTimer::timeout, this, &LayerWindowServer::answer);
-    connect(&hiding, &QTimer::timeout, this, &LayerWindowServer::raiseIfHidden);
+    connect(&hiding, &QTimer::timeout, this, [this] {
+        if (role && openedAtPointer) // and the screen is not locked
+            role->moveTo(LayerSurface::Layer::Overlay);
+    });
     connect(&absence, &QTimer::timeout, this, &LayerWindowServer::closeIfAbsent);
     connect(qApp, &QGuiApplication::focusWindowChanged, this, [this](QWindow* window) {
         if (!window && popover)
@@ -74,7 +78,7 @@ LayerWindowServer::LayerWindowServer() {
 
 LayerWindowServer::~LayerWindowServer() = default;
 
-void LayerWindowServer::preparePopover(QWidget& window, ChangeHandler) {
+void LayerWindowServer::preparePopover(QWidget& window) {
     window.setWindowFlag(Qt::BypassWindowManagerHint);
 }
 
@@ -111,12 +115,8 @@ void LayerWindowServer::lookAtScreen(QScreen& screen) {
     ScreenView& view = *views.emplace_back(std::make_unique<ScreenView>());
     view.screen = &screen;
     view.overlay = std::make_unique<ScreenOverlay>(
-        shell, screen,
+        shell, screen, events,
         ScreenOverlay::Handlers{[this] { answerWhenKnown(); },
-                                [this](Qt::MouseButton button, QPoint place) {
-                                    if (pressHandler)
-                                        pressHandler(button, place);
-                                },
                                 [this] {
                                     // Later: the overlay is still calling.
                                     QMetaObject::invokeMethod(this, &LayerWindowServer::leaveScreens,
@@ -242,7 +242,11 @@ PopoverSite LayerWindowServer::siteAtIcon() {
     }
     const QSize free = freeOf(view, *screen);
     const QRect available = availableAround(place, screen->geometry(), free, gapAroundBars());
-    return {anchorAround(place, iconSize, screen->geometry(), available), screen->geometry(), available};
+    QRect anchor({}, iconSize);
+    anchor.moveCenter(place);
+    if (const QRect bar = barAround(place, screen->geometry(), available); !bar.isEmpty())
+        anchor = spanning(bar, bar.width() > bar.height() ? Qt::Horizontal : Qt::Vertical, anchor);
+    return {anchor, screen->geometry(), available};
 }
 
 void LayerWindowServer::showPopover(QWidget& window, const QRect& frame) {
@@ -289,11 +293,6 @@ void LayerWindowServer::appear(QWidget& window) {
         leaveOutOwnWindows();
     });
     hiding.start();
-}
-
-void LayerWindowServer::raiseIfHidden() {
-    if (role && openedAtPointer) // and the screen is not locked
-        role->moveTo(LayerSurface::Layer::Overlay);
 }
 
 void LayerWindowServer::closeIfAbsent() {
@@ -352,8 +351,8 @@ bool LayerWindowServer::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseButtonPress && widget == popover) {
         const auto* press = static_cast<QMouseEvent*>(event);
         // The margin around the popover's frame shows what lies behind it.
-        if (pressHandler && !popover->childAt(press->position().toPoint()))
-            pressHandler(press->button(), press->globalPosition().toPoint());
+        if (!popover->childAt(press->position().toPoint()))
+            events.handlePress(press->button(), press->globalPosition().toPoint());
     }
     return false;
 }

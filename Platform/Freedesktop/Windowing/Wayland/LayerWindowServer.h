@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Platform/Freedesktop/Windowing/PressSource.h"
 #include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
 #include "Platform/Views/WindowServer.h"
 
@@ -19,6 +18,7 @@ namespace velloren {
 
 class LayerSurface;
 class MaximizedSize;
+class OverlayEvents;
 class ScreenOverlay;
 
 /// A Wayland compositor with a layer shell. Nobody tells there where the pointer is, and where the bars are,
@@ -38,20 +38,19 @@ class ScreenOverlay;
 /// are taken away altogether, as by who locks the screen, its owner is asked to close it.
 ///
 /// The popover stays on its screen when the workspace there changes. Qt's own pop-ups become parts of it.
-class LayerWindowServer final : public QObject, public WindowServer, public PressSource {
+class LayerWindowServer final : public QObject, public WindowServer {
     Q_OBJECT
 
   public:
-    LayerWindowServer();
+    /// Presses on those surfaces become these events, which outlive this.
+    explicit LayerWindowServer(OverlayEvents& events);
     ~LayerWindowServer() override;
-
-    void setPressHandler(Handler handler) override { pressHandler = std::move(handler); }
 
     [[nodiscard]] std::optional<QPoint> pointerLocation() const override { return std::nullopt; }
 
     [[nodiscard]] bool isComposited() const override { return true; }
 
-    void preparePopover(QWidget& window, ChangeHandler compositingChanged) override;
+    void preparePopover(QWidget& window) override;
 
     void findSite(QWidget& window, const QRect& anchor, SiteHandler found) override;
     void showPopover(QWidget& window, const QRect& frame) override;
@@ -69,7 +68,6 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     void answer();
     void appear(ScreenView& view);
     void appear(QWidget& window);
-    void raiseIfHidden();
     void closeIfAbsent();
     void followPointer(QObject& window, QEvent::Type event);
     [[nodiscard]] std::optional<QPoint> pointer() const;
@@ -85,8 +83,8 @@ class LayerWindowServer final : public QObject, public WindowServer, public Pres
     void takeIn(QWidget& popUp);
     void leaveOutOwnWindows();
 
+    OverlayEvents& events;
     LayerShell shell;
-    Handler pressHandler;
     std::vector<std::unique_ptr<ScreenView>> views;
     std::unique_ptr<MaximizedSize> windowProbe;
     std::optional<QSize> maximized;

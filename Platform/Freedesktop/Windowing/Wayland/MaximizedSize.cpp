@@ -1,10 +1,8 @@
 #include "Platform/Freedesktop/Windowing/Wayland/MaximizedSize.h"
 
 #include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
-#include "xdg-shell-client-protocol.h"
 
 #include <utility>
-#include <wayland-client.h>
 
 namespace velloren {
 
@@ -27,7 +25,5 @@ MaximizedSize::MaximizedSize(const LayerShell& shell, std::function<void(QSize)>
     xdg_toplevel_set_maximized(window.get());
     wl_surface_commit(surface.get());
 }
-
-MaximizedSize::~MaximizedSize() = default;
 
 } // namespace velloren

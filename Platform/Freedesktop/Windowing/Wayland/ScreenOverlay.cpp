@@ -1,5 +1,6 @@
 #include "Platform/Freedesktop/Windowing/Wayland/ScreenOverlay.h"
 
+#include "Platform/Freedesktop/Windowing/OverlayEvents.h"
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 
 #include <QEnterEvent>
@@ -22,8 +23,10 @@ wl_surface& surfaceOver(QScreen& screen, QWindow& window) {
 
 } // namespace
 
-ScreenOverlay::ScreenOverlay(const LayerShell& shell, QScreen& screen, Handlers handlers)
-    : QWindow(&screen), shell(shell), handlers(std::move(handlers)), surface(surfaceOver(screen, *this)),
+ScreenOverlay::ScreenOverlay(const LayerShell& shell, QScreen& screen, OverlayEvents& events,
+                             Handlers handlers)
+    : QWindow(&screen), shell(shell), events(events), handlers(std::move(handlers)),
+      surface(surfaceOver(screen, *this)),
       role(std::make_unique<LayerSurface>(shell, surface, screen, LayerSurface::Bars::Ignore,
                                           LayerSurface::Handlers{[this](QSize size) {
                                                                      shown.reset(); // there may be one only
@@ -45,7 +48,8 @@ void ScreenOverlay::leaveOut(const QRegion& places) {
 bool ScreenOverlay::event(QEvent* event) {
     switch (event->type()) {
     case QEvent::Enter:
-        pointerIsAt(static_cast<QEnterEvent*>(event)->position());
+        pointerPlace = position() + static_cast<QEnterEvent*>(event)->position().toPoint();
+        handlers.pointerKnown();
         return true;
     case QEvent::Leave:
         pointerPlace.reset();
@@ -69,17 +73,12 @@ bool ScreenOverlay::event(QEvent* event) {
 
 void ScreenOverlay::press(Qt::MouseButton button, QPointF place) {
     pressUnderWay = true;
-    handlers.pressed(button, position() + place.toPoint());
+    events.handlePress(button, position() + place.toPoint());
 }
 
 void ScreenOverlay::release() {
     if (std::exchange(pressUnderWay, false))
         handlers.released();
-}
-
-void ScreenOverlay::pointerIsAt(QPointF place) {
-    pointerPlace = position() + place.toPoint();
-    handlers.pointerKnown();
 }
 
 } // namespace velloren

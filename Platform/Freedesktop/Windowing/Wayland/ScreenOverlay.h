@@ -11,6 +11,8 @@
 
 namespace velloren {
 
+class OverlayEvents;
+
 /// A transparent surface over a whole screen, bars and fullscreen windows included. The compositor tells it
 /// where the pointer is, and gives it what is pressed there. Main thread only.
 class ScreenOverlay final : public QWindow {
@@ -19,11 +21,11 @@ class ScreenOverlay final : public QWindow {
   public:
     struct Handlers {
         std::function<void()> pointerKnown;
-        std::function<void(Qt::MouseButton, QPoint)> pressed; ///< touches are the left button's
         std::function<void()> released; ///< after a press, also where the pointer is lost
     };
 
-    ScreenOverlay(const LayerShell& shell, QScreen& screen, Handlers handlers);
+    /// Presses become these events; touches are the left button's.
+    ScreenOverlay(const LayerShell& shell, QScreen& screen, OverlayEvents& events, Handlers handlers);
     ~ScreenOverlay() override;
 
     /// Where the pointer is, on the whole desktop; none while it is not over this screen, as far as the
@@ -42,11 +44,11 @@ class ScreenOverlay final : public QWindow {
     bool event(QEvent* event) override;
 
   private:
-    void pointerIsAt(QPointF place);
     void press(Qt::MouseButton button, QPointF place);
     void release();
 
     const LayerShell& shell;
+    OverlayEvents& events;
     Handlers handlers;
     wl_surface& surface;
     std::optional<QPoint> pointerPlace;

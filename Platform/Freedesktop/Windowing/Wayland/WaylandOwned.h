@@ -1,42 +1,27 @@
 #pragma once
 
-#include <memory>
+#include "layer-shell-client-protocol.h"
+#include "viewporter-client-protocol.h"
+#include "xdg-shell-client-protocol.h"
 
-struct wl_buffer;
-struct wl_callback;
-struct wl_compositor;
-struct wl_display;
-struct wl_registry;
-struct wl_seat;
-struct wl_shm;
-struct wl_surface;
-struct wp_viewport;
-struct wp_viewporter;
-struct xdg_surface;
-struct xdg_toplevel;
-struct xdg_wm_base;
-struct zwlr_layer_shell_v1;
-struct zwlr_layer_surface_v1;
+#include <memory>
+#include <tuple>
+#include <wayland-client.h>
 
 namespace velloren {
 
-/// Deletes what the compositor keeps for this process.
+/// Deletes what the compositor keeps for this process, each kind by its own function.
 struct WaylandRelease {
-    void operator()(wl_buffer* buffer) const;
-    void operator()(wl_callback* callback) const;
-    void operator()(wl_compositor* compositor) const;
-    void operator()(wl_display* display) const;
-    void operator()(wl_registry* registry) const;
-    void operator()(wl_seat* seat) const;
-    void operator()(wl_shm* memory) const;
-    void operator()(wl_surface* surface) const;
-    void operator()(wp_viewport* viewport) const;
-    void operator()(wp_viewporter* viewporter) const;
-    void operator()(xdg_surface* surface) const;
-    void operator()(xdg_toplevel* window) const;
-    void operator()(xdg_wm_base* windows) const;
-    void operator()(zwlr_layer_shell_v1* shell) const;
-    void operator()(zwlr_layer_surface_v1* surface) const;
+    template <class Object>
+    void operator()(Object* object) const {
+        constexpr std::tuple functions{
+            &wl_buffer_destroy,     &wl_callback_destroy,         &wl_compositor_destroy,
+            &wl_display_disconnect, &wl_registry_destroy,         &wl_seat_destroy,
+            &wl_shm_destroy,        &wl_surface_destroy,          &wp_viewport_destroy,
+            &wp_viewporter_destroy, &xdg_surface_destroy,         &xdg_toplevel_destroy,
+            &xdg_wm_base_destroy,   &zwlr_layer_shell_v1_destroy, &zwlr_layer_surface_v1_destroy};
+        std::get<void (*)(Object*)>(functions)(object);
+    }
 };
 
 template <class Object>

@@ -10,10 +10,8 @@
 #include <xcb/xcb.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <utility>
-#include <vector>
 
 namespace velloren::x11 {
 
@@ -28,40 +26,20 @@ bool showsDesktop() {
     return connection() && !isWithinWayland();
 }
 
-/// Of a bar, the part around the icon but for the icon itself, which may be highlighted.
+/// Of a bar, the part around the icon, which is a small part of that.
 QImage shownAround(QPoint icon, const QRect& bar) {
-    const int thickness = std::min(bar.width(), bar.height());
-    if (thickness < leastThickness)
+    if (std::min(bar.width(), bar.height()) < leastThickness)
         return {};
-    const QRect visible = bar.intersected({0, 0, screen().width_in_pixels, screen().height_in_pixels});
-    const bool runsAcross = bar.width() >= bar.height();
-    const QPoint reach = runsAcross ? QPoint(greatestLength, thickness) : QPoint(thickness, greatestLength);
-    const QRect near = QRect(icon - reach, icon + reach).intersected(visible);
-    QRect before = near;
-    QRect after = near;
-    if (runsAcross) {
-        before.setRight(icon.x() - thickness);
-        after.setLeft(icon.x() + thickness);
-    } else {
-        before.setBottom(icon.y() - thickness);
-        after.setTop(icon.y() + thickness);
-    }
-    const auto length = [](const QRect& part) { return std::max(part.width(), part.height()); };
-    return imageOf(screen().root, length(before) > length(after) ? before : after);
-}
-
-std::array<double, 256> linearComponents() {
-    std::array<double, 256> linear{};
-    for (std::size_t component = 0; component < linear.size(); ++component) {
-        const double value = double(component) / 255.0;
-        linear[component] = value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-    }
-    return linear;
+    const QPoint reach(greatestLength, greatestLength);
+    const QRect visible(0, 0, screen().width_in_pixels, screen().height_in_pixels);
+    return imageOf(screen().root, QRect(icon - reach, icon + reach) & bar & visible);
 }
 
 double luminanceOf(QRgb color) {
-    static const std::array<double, 256> linear = linearComponents();
-    const auto part = [](double share, int component) { return share * linear[std::size_t(component)]; };
+    const auto part = [](double share, int component) {
+        const double value = component / 255.0;
+        return share * value * value * (0.8 + 0.2 * value); // sRGB's curve, to a hundredth
+    };
     return part(0.2126, qRed(color)) + part(0.7152, qGreen(color)) + part(0.0722, qBlue(color));
 }
 
@@ -70,23 +48,19 @@ double luminanceOf(QRgb color) {
 std::optional<std::string> appearanceOf(const QImage& picture) {
     // As many pixels as tell: text and other icons are the lesser part of a bar.
     constexpr int samplesEachWay = 64;
-    std::vector<double> luminances;
+    // White and black contrast with this alike: (1 + 0.05) / (L + 0.05) = (L + 0.05) / 0.05.
+    const double evenContrast = std::sqrt(1.05 * 0.05) - 0.05;
+    int dark = 0;
+    int all = 0;
     const int stepDown = std::max(1, picture.height() / samplesEachWay);
     const int stepAcross = std::max(1, picture.width() / samplesEachWay);
     for (int y = 0; y < picture.height(); y += stepDown) {
-        for (int x = 0; x < picture.width(); x += stepAcross)
-            luminances.push_back(luminanceOf(picture.pixel(x, y)));
+        for (int x = 0; x < picture.width(); x += stepAcross, ++all)
+            dark += luminanceOf(picture.pixel(x, y)) < evenContrast ? 1 : 0;
     }
-    if (luminances.empty())
-        return std::nullopt;
-    std::sort(luminances.begin(), luminances.end());
-    const double nearlyDarkest = luminances[luminances.size() / 5];
-    const double nearlyLightest = luminances[luminances.size() * 4 / 5];
-    // White and black contrast with this alike: (1 + 0.05) / (L + 0.05) = (L + 0.05) / 0.05.
-    const double evenContrast = std::sqrt(1.05 * 0.05) - 0.05;
-    if (nearlyLightest < evenContrast)
+    if (5 * dark > 4 * all)
         return Appearance::vibrantDark;
-    return nearlyDarkest >= evenContrast ? std::optional(Appearance::vibrantLight) : std::nullopt;
+    return 5 * dark < all ? std::optional(Appearance::vibrantLight) : std::nullopt;
 }
 
 std::optional<std::string> appearanceOfBarAt(QPoint icon) {

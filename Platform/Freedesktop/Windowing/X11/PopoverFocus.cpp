@@ -25,11 +25,9 @@ bool isNobodys(xcb_window_t focused) {
     const auto placeRequest = xcb_translate_coordinates(connection, focused, screen.root, 0, 0);
     const auto size = x11::owned(xcb_get_geometry_reply(connection, sizeRequest, nullptr));
     const auto place = x11::owned(xcb_translate_coordinates_reply(connection, placeRequest, nullptr));
-    const auto whole =
-        x11::owned(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, screen.root), nullptr));
-    return size && place && whole &&
+    return size && place &&
            !QRect(place->dst_x, place->dst_y, size->width, size->height)
-                .intersects({0, 0, whole->width, whole->height});
+                .intersects({0, 0, screen.width_in_pixels, screen.height_in_pixels});
 }
 
 } // namespace

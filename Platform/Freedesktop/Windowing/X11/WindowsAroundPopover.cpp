@@ -1,5 +1,6 @@
 #include "Platform/Freedesktop/Windowing/X11/WindowsAroundPopover.h"
 
+#include "Platform/Freedesktop/Windowing/OverlayEvents.h"
 #include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
 #include <QGuiApplication>
@@ -22,8 +23,7 @@ namespace velloren {
 /// Filled by the X server, with nothing: a picture of that size would be large.
 class WindowsAroundPopover::Part final : public QWindow {
   public:
-    Part(QScreen& screen, const QRect& place, PressSource::Handler handler)
-        : QWindow(&screen), handler(std::move(handler)) {
+    Part(QScreen& screen, const QRect& place, OverlayEvents& events) : QWindow(&screen), events(events) {
         QSurfaceFormat format;
         format.setAlphaBufferSize(8);
         setFormat(format);
@@ -63,20 +63,16 @@ class WindowsAroundPopover::Part final : public QWindow {
 
     void mousePressEvent(QMouseEvent* event) override {
         const QScopedValueRollback handling(handled, std::optional(event->globalPosition().toPoint()));
-        handler(event->button(), *handled);
+        events.handlePress(event->button(), *handled);
     }
 
   private:
-    PressSource::Handler handler;
+    OverlayEvents& events;
     std::optional<QPoint> handled; ///< the place of the press that is being handled
 };
 
-void WindowsAroundPopover::EndOfPart::operator()(Part* part) const {
-    part->end();
-}
-
-WindowsAroundPopover::WindowsAroundPopover(QWidget& popover, PressSource::Handler pressed)
-    : popover(popover), pressed(std::move(pressed)) {
+WindowsAroundPopover::WindowsAroundPopover(QWidget& popover, OverlayEvents& events)
+    : popover(popover), events(events) {
     popover.installEventFilter(this);
     surround();
 }
@@ -98,7 +94,7 @@ void WindowsAroundPopover::surround() {
     parts.clear();
     for (QScreen* screen : QGuiApplication::screens()) {
         for (const QRect& place : QRegion(screen->geometry()) - shown)
-            parts.emplace_back(new Part(*screen, place, pressed));
+            parts.emplace_back(new Part(*screen, place, events), [](Part* part) { part->end(); });
     }
 }
 

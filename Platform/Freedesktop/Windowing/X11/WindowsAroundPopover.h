@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Platform/Freedesktop/Windowing/PressSource.h"
-
 #include <QObject>
 #include <QRect>
 
@@ -12,14 +10,16 @@ class QWidget;
 
 namespace velloren {
 
+class OverlayEvents;
+
 /// Transparent X windows all round what a popover shows, above everything else on every screen, bars
 /// included: they take what is pressed there. They follow the popover where it goes. Main thread only.
 class WindowsAroundPopover final : public QObject {
     Q_OBJECT
 
   public:
-    /// `popover` is shown, and outlives this.
-    WindowsAroundPopover(QWidget& popover, PressSource::Handler pressed);
+    /// `popover` is shown, and outlives this, as the events do that the presses become.
+    WindowsAroundPopover(QWidget& popover, OverlayEvents& events);
     ~WindowsAroundPopover() override;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -27,16 +27,12 @@ class WindowsAroundPopover final : public QObject {
   private:
     class Part;
 
-    struct EndOfPart {
-        void operator()(Part* part) const;
-    };
-
     void surround();
 
     QWidget& popover;
-    PressSource::Handler pressed;
+    OverlayEvents& events;
     QRect surrounded;
-    std::vector<std::unique_ptr<Part, EndOfPart>> parts;
+    std::vector<std::unique_ptr<Part, void (*)(Part*)>> parts;
 };
 
 } // namespace velloren

@@ -3,6 +3,7 @@
 #include "Platform/Freedesktop/Windowing/X11/X11Display.h"
 
 #include <QImage>
+#include <QTransform>
 #include <xcb/xcb.h>
 
 #include <algorithm>
@@ -16,9 +17,6 @@ namespace {
 
 constexpr int reach = 80;    // pixels to either side of the place that are looked at
 constexpr int widestGap = 1; // within an icon
-
-/// What a bar shows at one place along it: its pixels across.
-using Slice = std::vector<QRgb>;
 
 xcb_get_property_cookie_t askForValues(xcb_window_t window, const char* property, xcb_atom_t type) {
     constexpr std::uint32_t limit = 4096; // in units of four bytes
@@ -60,28 +58,21 @@ SeenWindow lookAt(xcb_window_t window, QPoint place) {
             inner ? inner->child : xcb_window_t{XCB_WINDOW_NONE}};
 }
 
-/// One slice per pixel along a bar of which the picture shows a part.
-std::vector<Slice> slicesOf(const QImage& picture, Qt::Orientation bar) {
-    const bool horizontal = bar == Qt::Horizontal;
-    std::vector<Slice> slices(std::size_t(horizontal ? picture.width() : picture.height()));
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x)
-            slices[std::size_t(horizontal ? x : y)].push_back(picture.pixel(x, y));
-    }
-    return slices;
-}
-
-/// Which slices show more than the bar's bare ground, which is what most of them look like.
-std::vector<bool> drawnOn(const std::vector<Slice>& slices) {
-    std::map<Slice, int> counts;
-    for (const Slice& slice : slices)
-        ++counts[slice];
+/// Where along a bar, of which the picture shows a part, is more than its bare ground: than what most places
+/// look like, all across it.
+std::vector<bool> drawnOn(QImage picture, Qt::Orientation bar) {
+    if (bar == Qt::Horizontal)
+        picture = picture.transformed(QTransform(0, 1, 1, 0, 0, 0)); // a place is a line then
+    picture.convertTo(QImage::Format_RGB888);
+    std::vector<QByteArrayView> places;
+    std::map<QByteArrayView, int> counts;
+    for (int line = 0; line < picture.height(); ++line)
+        ++counts[places.emplace_back(picture.constScanLine(line), 3 * picture.width())];
     const auto ground = std::max_element(counts.begin(), counts.end(),
                                          [](const auto& a, const auto& b) { return a.second < b.second; });
     std::vector<bool> drawn;
-    drawn.reserve(slices.size());
-    for (const Slice& slice : slices)
-        drawn.push_back(slice != ground->first);
+    for (const QByteArrayView place : places)
+        drawn.push_back(place != ground->first);
     return drawn;
 }
 
@@ -139,7 +130,7 @@ std::optional<QRect> drawnAround(const QRect& bar, Qt::Orientation runs, QPoint 
                        QRect(0, 0, screen().width_in_pixels, screen().height_in_pixels);
     if (!connection() || part.isEmpty())
         return std::nullopt;
-    const auto drawn = drawnOn(slicesOf(imageOf(screen().root, part), runs));
+    const auto drawn = drawnOn(imageOf(screen().root, part), runs);
     const int pressed = horizontal ? place.x() - part.x() : place.y() - part.y();
     if (pressed < 0 || pressed >= int(drawn.size()))
         return std::nullopt;

@@ -8,7 +8,7 @@
 #include <xcb/xcb.h>
 #include <xcb/xinput.h>
 
-#include <optional>
+#include <array>
 
 namespace velloren {
 
@@ -22,18 +22,9 @@ constexpr std::chrono::milliseconds hostLag{1000};
 // come.
 constexpr int farthestWay = 100;
 
-std::optional<EventType> pressTypeOf(unsigned button) {
-    switch (button) {
-    case XCB_BUTTON_INDEX_1:
-        return EventType::LeftMouseDown;
-    case XCB_BUTTON_INDEX_2:
-        return EventType::OtherMouseDown;
-    case XCB_BUTTON_INDEX_3:
-        return EventType::RightMouseDown;
-    default:
-        return std::nullopt; // wheels and side buttons
-    }
-}
+/// Of the buttons that are no wheel's, in their order.
+constexpr std::array pressTypes{EventType::LeftMouseDown, EventType::OtherMouseDown,
+                                EventType::RightMouseDown};
 
 /// Whether the X server sent what has that number of a request before it knew of the other request.
 bool isBefore(std::uint32_t sequence, std::uint32_t other) {
@@ -100,12 +91,13 @@ bool XInputEvents::nativeEventFilter(const QByteArray& eventType, void* message,
 
 void XInputEvents::pressed(unsigned button, std::uint32_t sequence) {
     setClick(Click::NotSeen);
-    const auto type = pressTypeOf(button);
     const QPoint position = QCursor::pos();
-    if (!type || isBefore(sequence, monitoredFrom) || isInOwnWindow(position))
+    if (button < 1 || button > pressTypes.size() || isBefore(sequence, monitoredFrom) ||
+        isInOwnWindow(position))
         return;
 
-    const auto handlers = monitors.handlersFor(maskOf(*type));
+    const Event event{pressTypes[button - 1], position};
+    const auto handlers = monitors.handlersFor(maskOf(event.type));
     if (handlers.empty())
         return;
     clickButton = button;
@@ -113,7 +105,6 @@ void XInputEvents::pressed(unsigned button, std::uint32_t sequence) {
     setClick(Click::Pressed);
     if (QApplication::activePopupWidget())
         return; // a menu of this process has the pointer: to dismiss it is all that this click does
-    const Event event{*type, position};
     for (const Handler& handler : handlers)
         handler(&event);
 }

@@ -5,26 +5,18 @@
 
 namespace velloren {
 
-XWaylandWindowServer::XWaylandWindowServer() = default;
+XWaylandWindowServer::XWaylandWindowServer(OverlayEvents& events) : events(events) {}
 
 XWaylandWindowServer::~XWaylandWindowServer() = default;
 
-void XWaylandWindowServer::setAnimates(QWidget& window, bool animates) {
-    x11::setAnimates(window, animates);
-}
-
-void XWaylandWindowServer::declareShadow(QWidget& window) {
-    x11::leaveOutShadow(window);
+void XWaylandWindowServer::declareOwnLook(QWidget& window) {
+    x11::declareOwnLook(window);
 }
 
 void XWaylandWindowServer::showPopover(QWidget& window, const QRect& frame) {
     PlainWindowServer::showPopover(window, frame);
     if (!surroundings)
-        surroundings =
-            std::make_unique<WindowsAroundPopover>(window, [this](Qt::MouseButton button, QPoint place) {
-                if (pressHandler)
-                    pressHandler(button, place);
-            });
+        surroundings = std::make_unique<WindowsAroundPopover>(window, events);
 }
 
 bool XWaylandWindowServer::hidePopover(QWidget& window) {
