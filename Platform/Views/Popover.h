@@ -23,9 +23,6 @@ class Popover final {
 
     void setContentViewController(std::unique_ptr<ViewController> controller);
 
-    /// None before it was set.
-    [[nodiscard]] ViewController* contentViewController() const { return controller.get(); }
-
     [[nodiscard]] bool animates() const { return animated; }
 
     /// Whether the window may fade in and out, where the desktop does that; from the next showing on.
