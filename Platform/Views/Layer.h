@@ -36,17 +36,11 @@ class Layer {
     /// None is transparent.
     void setBackgroundColor(std::optional<QColor> color);
 
-    [[nodiscard]] const std::optional<Image>& contents() const { return image; }
-
     void setContents(std::optional<Image> contents);
-
-    [[nodiscard]] QRectF bounds() const { return rect; }
 
     void setBounds(const QRectF& bounds);
 
     /// The place within the bounds, as a fraction of their size, that stands at `position`.
-    [[nodiscard]] QPointF anchorPoint() const { return anchor; }
-
     void setAnchorPoint(QPointF point);
 
     /// In the coordinates of the superlayer; for a view's own layer, in those of the view.

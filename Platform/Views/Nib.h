@@ -1,6 +1,6 @@
 #pragma once
 
-class QWidget;
+#include <QWidget>
 
 namespace velloren {
 
@@ -16,6 +16,11 @@ class AwakesFromNib {
 };
 
 /// Awakens `root` and everything below it, in no particular order.
-void awakeFromNib(QWidget& root);
+inline void awakeFromNib(QWidget& root) {
+    for (QWidget* widget : root.findChildren<QWidget*>() << &root) {
+        if (auto* awakening = dynamic_cast<AwakesFromNib*>(widget))
+            awakening->awakeFromNib();
+    }
+}
 
 } // namespace velloren

@@ -6,22 +6,13 @@ namespace velloren {
 
 namespace {
 
+/// Below the frame or above it, as preferred; above where there is no room below.
 QPoint menuCorner(const QRect& frame, QSize menu, RectEdge edge, const QRect& screen) {
     const bool fits = frame.left() + menu.width() <= screen.right();
-    const int left = fits ? frame.left() : frame.right() + 1 - menu.width();
-    switch (edge) {
-    case RectEdge::MinX:
-        return {frame.left() - menu.width(), frame.top()};
-    case RectEdge::MinY: {
-        const int below = frame.bottom() + 1;
-        return {left, below + menu.height() <= screen.bottom() ? below : frame.top() - menu.height()};
-    }
-    case RectEdge::MaxX:
-        return {frame.right() + 1, frame.top()};
-    case RectEdge::MaxY:
-        return {left, frame.top() - menu.height()};
-    }
-    return frame.topLeft();
+    const int below = frame.bottom() + 1;
+    const bool hangs = edge == RectEdge::MinY && below + menu.height() <= screen.bottom();
+    return {fits ? frame.left() : frame.right() + 1 - menu.width(),
+            hangs ? below : frame.top() - menu.height()};
 }
 
 } // namespace

@@ -15,18 +15,12 @@ class PopUpButtonCell {
   public:
     /// Whether the menu drops down from the button; its first item is then the button's title, which the menu
     /// does not show.
-    [[nodiscard]] bool pullsDown() const { return dropsDown; }
-
     void setPullsDown(bool pullsDown) { dropsDown = pullsDown; }
 
-    /// The button's edge that the menu appears at, while there is room for it on the screen.
-    [[nodiscard]] RectEdge preferredEdge() const { return edge; }
-
+    /// The button's lower or upper edge, which the menu appears at while there is room for it on the screen.
     void setPreferredEdge(RectEdge preferredEdge) { edge = preferredEdge; }
 
     /// Borrowed; none runs nothing.
-    [[nodiscard]] QMenu* menu() const { return shownMenu; }
-
     void setMenu(QMenu* menu) { shownMenu = menu; }
 
     /// Shows the menu at `frame`, in the coordinates of `view`, and returns when it is dismissed. What the

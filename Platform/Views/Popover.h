@@ -23,9 +23,6 @@ class Popover final {
 
     void setContentViewController(std::unique_ptr<ViewController> controller);
 
-    /// None before it was set.
-    [[nodiscard]] ViewController* contentViewController() const { return controller.get(); }
-
     [[nodiscard]] bool animates() const { return animated; }
 
     /// Asks for a way of showing that there is none of here: a popover comes and goes at once.

@@ -6,8 +6,8 @@
 
 namespace velloren {
 
-/// The side of the popover's frame that its arrow stands on.
-enum class ArrowEdge { Top, Bottom, Left, Right };
+/// The side of the popover's frame that its arrow stands on; quarter turns from the top one.
+enum class ArrowEdge { Top, Right, Bottom, Left };
 
 /// What a popover is placed by. Device-independent pixels of the whole desktop.
 struct PopoverSite {

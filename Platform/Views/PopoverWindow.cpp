@@ -18,26 +18,15 @@ namespace {
 constexpr int rimMargin = 1;
 constexpr QColor rimColor(0, 0, 0, 46);
 
+/// The margin of the arrow's side alone; none without an arrow.
+QMargins marginAt(std::optional<ArrowEdge> side, int width) {
+    const auto at = [&](ArrowEdge each) { return side == each ? width : 0; };
+    return {at(ArrowEdge::Left), at(ArrowEdge::Top), at(ArrowEdge::Right), at(ArrowEdge::Bottom)};
+}
+
 /// None on the arrow's side: a window that reaches into the panel gets moved away by window managers.
 QMargins marginsAround(std::optional<ArrowEdge> arrowEdge, int margin) {
-    QMargins margins(margin, margin, margin, margin);
-    if (!arrowEdge)
-        return margins;
-    switch (*arrowEdge) {
-    case ArrowEdge::Top:
-        margins.setTop(0);
-        break;
-    case ArrowEdge::Bottom:
-        margins.setBottom(0);
-        break;
-    case ArrowEdge::Left:
-        margins.setLeft(0);
-        break;
-    case ArrowEdge::Right:
-        margins.setRight(0);
-        break;
-    }
-    return margins;
+    return QMargins(margin, margin, margin, margin) - marginAt(arrowEdge, margin);
 }
 
 /// How far the middle of the arrow's foot is from its tip, along the arrow as it is drawn for a top edge.
@@ -69,20 +58,7 @@ void PopoverFrameView::setArrow(std::optional<ArrowEdge> edge, int centre) {
 }
 
 QRect PopoverFrameView::contentRect() const {
-    constexpr int length = PopoverMetrics::arrowLength;
-    if (!arrowEdge)
-        return rect();
-    switch (*arrowEdge) {
-    case ArrowEdge::Top:
-        return rect().adjusted(0, length, 0, 0);
-    case ArrowEdge::Bottom:
-        return rect().adjusted(0, 0, 0, -length);
-    case ArrowEdge::Left:
-        return rect().adjusted(length, 0, 0, 0);
-    case ArrowEdge::Right:
-        return rect().adjusted(0, 0, -length, 0);
-    }
-    return rect();
+    return rect().marginsRemoved(marginAt(arrowEdge, PopoverMetrics::arrowLength));
 }
 
 void PopoverFrameView::resizeEvent(QResizeEvent* event) {
@@ -111,22 +87,13 @@ QPainterPath PopoverFrameView::shapeOfArrow(ArrowEdge edge) const {
     arrow.lineTo(foot + halfWidth, length + 1);
     arrow.closeSubpath();
 
+    const bool isHorizontal = edge == ArrowEdge::Top || edge == ArrowEdge::Bottom;
     QTransform toEdge;
-    switch (edge) {
-    case ArrowEdge::Top:
-        toEdge.translate(arrowCentre, 0);
-        break;
-    case ArrowEdge::Bottom:
-        toEdge.translate(arrowCentre, height()).rotate(180);
-        break;
-    case ArrowEdge::Left:
-        toEdge.translate(0, arrowCentre).rotate(-90);
-        break;
-    case ArrowEdge::Right:
-        toEdge.translate(width(), arrowCentre).rotate(90);
-        break;
-    }
-    return toEdge.map(arrow);
+    if (isHorizontal)
+        toEdge.translate(arrowCentre, edge == ArrowEdge::Top ? 0 : height());
+    else
+        toEdge.translate(edge == ArrowEdge::Left ? 0 : width(), arrowCentre);
+    return toEdge.rotate(90 * int(edge)).map(arrow);
 }
 
 PopoverWindow::PopoverWindow()
@@ -152,8 +119,18 @@ void PopoverWindow::setContent(QWidget& view) {
     moveToSuperview(*content, frame.get());
     content->show();
     frame->show();
-    screenWatch = std::make_unique<ScreenWatch>([this] { requestClose(); });
+    watchScreens();
     setFocus(); // else the first button has it, and looks pressed to somebody with a mouse
+}
+
+void PopoverWindow::watchScreens() {
+    // Later: Qt is still busy with its windows when it says so. Never once this showing's frame is gone.
+    const auto changed = [this] { requestClose(); };
+    connect(qApp, &QGuiApplication::screenAdded, frame.get(), changed, Qt::QueuedConnection);
+    connect(qApp, &QGuiApplication::screenRemoved, frame.get(), changed, Qt::QueuedConnection);
+    connect(qApp, &QGuiApplication::primaryScreenChanged, frame.get(), changed, Qt::QueuedConnection);
+    for (const QScreen* screen : QGuiApplication::screens())
+        connect(screen, &QScreen::geometryChanged, frame.get(), changed, Qt::QueuedConnection);
 }
 
 void PopoverWindow::releaseContent() {
@@ -162,7 +139,6 @@ void PopoverWindow::releaseContent() {
     content = nullptr;
     frame.reset();
     site.reset();
-    screenWatch.reset();
 }
 
 void PopoverWindow::showAt(const QRect& anchor) {

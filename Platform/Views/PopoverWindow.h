@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Platform/Views/PopoverPlacement.h"
-#include "Platform/Views/ScreenWatch.h"
 #include "Platform/Views/View.h"
 #include "Platform/Views/WindowServer.h"
 
@@ -80,12 +79,12 @@ class PopoverWindow final : public Window {
   private:
     void place();
     void focusFirst();
+    void watchScreens();
     void requestClose();
 
     std::unique_ptr<PopoverFrameView> frame;
     QWidget* content = nullptr;
     std::optional<PopoverSite> site;
-    std::unique_ptr<ScreenWatch> screenWatch;
     bool composited;
     bool focusesFirst = false; ///< as long as the user chose no other control
     double pixelsPerPoint;     ///< of the screen when the window was made

@@ -57,10 +57,6 @@ QRect View::rectOnScreen(const QRect& rect) const {
     return {mapToGlobal(rect.topLeft()), rect.size()};
 }
 
-void View::viewWillMoveToWindow(Window*) {}
-
-void View::mouseDown(const Event&) {}
-
 void View::addTrackingArea(const std::shared_ptr<TrackingArea>& area) {
     areas.push_back(area);
 }
@@ -68,8 +64,6 @@ void View::addTrackingArea(const std::shared_ptr<TrackingArea>& area) {
 void View::removeTrackingArea(const std::shared_ptr<TrackingArea>& area) {
     std::erase(areas, area);
 }
-
-void View::drawRect(QPainter&, const QRect&) {}
 
 void View::displayNeeded() {
     if (auto* superview = qobject_cast<View*>(parentWidget()))

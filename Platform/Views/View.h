@@ -52,12 +52,12 @@ class View : public QWidget, public AwakesFromNib {
     void awakeFromNib() override {}
 
     /// The view is about to be placed into `window`, or taken out of its window when that is none.
-    virtual void viewWillMoveToWindow(Window* window);
+    virtual void viewWillMoveToWindow(Window*) {}
 
     virtual void viewDidMoveToWindow() {}
 
     /// A press of the main button on a view of the status bar.
-    virtual void mouseDown(const Event& event);
+    virtual void mouseDown(const Event&) {}
 
     virtual void updateTrackingAreas() {}
 
@@ -68,7 +68,7 @@ class View : public QWidget, public AwakesFromNib {
 
   protected:
     /// The view's own drawing, below its layer's contents. Changes of the layer made here need no redraw.
-    virtual void drawRect(QPainter& painter, const QRect& dirtyRect);
+    virtual void drawRect(QPainter&, const QRect& /*dirtyRect*/) {}
 
     virtual void mouseEntered() {}
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/SharedInstance.h"
 #include "Platform/Views/PopoverPlacement.h"
 
 #include <QPoint>
@@ -21,7 +22,7 @@ class WindowServer {
     virtual ~WindowServer() = default;
 
     /// The one of this session, provided through SharedInstance<WindowServer>.
-    static WindowServer& shared();
+    static WindowServer& shared() { return SharedInstance<WindowServer>::get(); }
 
     /// Where the pointer is; none on a display that does not tell.
     [[nodiscard]] virtual std::optional<QPoint> pointerLocation() const = 0;

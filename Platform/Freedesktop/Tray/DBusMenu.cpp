@@ -15,22 +15,11 @@ namespace {
 
 constexpr int root = 0;
 constexpr qsizetype longestLabel = 80; // characters; hosts make their menu as wide as its longest label
-constexpr qsizetype longestList = 256; // of what a host asks for in one call
 
 const QString label = QStringLiteral("label");
 const QString enabled = QStringLiteral("enabled");
 const QString type = QStringLiteral("type");
-const QString visible = QStringLiteral("visible");
 const QString childrenDisplay = QStringLiteral("children-display");
-
-const QVariantMap& defaults() {
-    static const QVariantMap values{{label, QString()},
-                                    {enabled, true},
-                                    {visible, true},
-                                    {type, QStringLiteral("standard")},
-                                    {childrenDisplay, QString()}};
-    return values;
-}
 
 /// The text with an end for each part whose direction is its own: the end may have been cut off.
 QString withIsolatesClosed(QString text) {
@@ -70,71 +59,14 @@ QVariantMap filtered(QVariantMap properties, const QStringList& names) {
 
 } // namespace
 
-QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuLayout& layout) {
-    argument.beginStructure();
-    argument << layout.id << layout.properties << layout.children;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuLayout& layout) {
-    argument.beginStructure();
-    argument >> layout.id >> layout.properties >> layout.children;
-    argument.endStructure();
-    return argument;
-}
-
-QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuProperties& properties) {
-    argument.beginStructure();
-    argument << properties.id << properties.properties;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuProperties& properties) {
-    argument.beginStructure();
-    argument >> properties.id >> properties.properties;
-    argument.endStructure();
-    return argument;
-}
-
-QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuRemovals& removals) {
-    argument.beginStructure();
-    argument << removals.id << removals.names;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuRemovals& removals) {
-    argument.beginStructure();
-    argument >> removals.id >> removals.names;
-    argument.endStructure();
-    return argument;
-}
-
-QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuEvent& event) {
-    argument.beginStructure();
-    argument << event.id << event.type << event.data << event.timestamp;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuEvent& event) {
-    argument.beginStructure();
-    argument >> event.id >> event.type >> event.data >> event.timestamp;
-    argument.endStructure();
-    return argument;
-}
-
 DBusMenu::DBusMenu(const QDBusConnection& bus, QString path, StatusMenu& menu)
-    : bus(bus), path(std::move(path)), menu(menu) {
+    : textDirection(QGuiApplication::isRightToLeft() ? QStringLiteral("rtl") : QStringLiteral("ltr")),
+      bus(bus), path(std::move(path)), menu(menu) {
     qDBusRegisterMetaType<DBusMenuLayout>();
     qDBusRegisterMetaType<DBusMenuProperties>();
     qDBusRegisterMetaType<QList<DBusMenuProperties>>();
     qDBusRegisterMetaType<DBusMenuRemovals>();
     qDBusRegisterMetaType<QList<DBusMenuRemovals>>();
-    qDBusRegisterMetaType<DBusMenuEvent>();
-    qDBusRegisterMetaType<QList<DBusMenuEvent>>();
 
     menu.setChangedHandler([this] { entriesChanged(); });
     exportObject(this->bus, this->path, *this);
@@ -145,15 +77,10 @@ DBusMenu::~DBusMenu() {
     bus.unregisterObject(path);
 }
 
-QString DBusMenu::textDirection() const {
-    return QGuiApplication::layoutDirection() == Qt::RightToLeft ? QStringLiteral("rtl")
-                                                                 : QStringLiteral("ltr");
-}
-
 uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
                          DBusMenuLayout& layout) {
-    if (!isKnown(parentId) || propertyNames.size() > longestList) {
-        refuse(QStringLiteral("no such entry, or too many properties"));
+    if (!isKnown(parentId)) {
+        refuse();
         return 0;
     }
     // Hosts lay the menu out long before they first show it, and some never make it larger while it shows.
@@ -171,10 +98,6 @@ uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList& pr
 
 QList<DBusMenuProperties> DBusMenu::GetGroupProperties(const QList<int>& ids,
                                                        const QStringList& propertyNames) {
-    if (ids.size() > longestList || propertyNames.size() > longestList) {
-        refuse(QStringLiteral("too many entries or properties"));
-        return {};
-    }
     QList<DBusMenuProperties> group;
     const auto append = [&](int id) { group.append({id, filtered(propertiesOf(id), propertyNames)}); };
     for (const int id : ids) {
@@ -189,32 +112,13 @@ QList<DBusMenuProperties> DBusMenu::GetGroupProperties(const QList<int>& ids,
     return group;
 }
 
-QDBusVariant DBusMenu::GetProperty(int id, const QString& name) {
-    if (!isKnown(id) || !defaults().contains(name)) {
-        refuse(QStringLiteral("no such entry or property"));
-        return {};
-    }
-    return QDBusVariant(propertiesOf(id).value(name, defaults().value(name)));
-}
-
 void DBusMenu::Event(int id, const QString& type, const QDBusVariant&, uint) {
-    if (!handle(id, type))
-        refuse(QStringLiteral("no such entry"));
-}
-
-QList<int> DBusMenu::EventGroup(const QList<DBusMenuEvent>& events) {
-    QList<int> unknown;
-    if (events.size() > longestList) {
-        refuse(QStringLiteral("too many events"));
-        return unknown;
-    }
-    for (const DBusMenuEvent& event : events) {
-        if (!handle(event.id, event.type))
-            unknown.append(event.id);
-    }
-    if (!events.isEmpty() && unknown.size() == events.size())
-        refuse(QStringLiteral("no such entries"));
-    return unknown;
+    const Item* item = find(id);
+    if (!item && id != root)
+        refuse();
+    // Later: the host gets its answer first, whatever the action does.
+    else if (item && item->entry.action && type == QLatin1String("clicked"))
+        QMetaObject::invokeMethod(this, item->entry.action, Qt::QueuedConnection);
 }
 
 bool DBusMenu::AboutToShow(int id) {
@@ -222,23 +126,8 @@ bool DBusMenu::AboutToShow(int id) {
     if (id == root)
         menu.aboutToShow();
     else if (!find(id))
-        refuse(QStringLiteral("no such entry"));
+        refuse();
     return revision != former;
-}
-
-QList<int> DBusMenu::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {
-    QList<int> updatesNeeded;
-    if (ids.size() > longestList) {
-        refuse(QStringLiteral("too many entries"));
-        return updatesNeeded;
-    }
-    std::copy_if(ids.begin(), ids.end(), std::back_inserter(idErrors),
-                 [this](int id) { return !isKnown(id); });
-    if (!ids.isEmpty() && idErrors.size() == ids.size())
-        refuse(QStringLiteral("no such entries"));
-    else if (ids.contains(root) && AboutToShow(root))
-        updatesNeeded.append(root);
-    return updatesNeeded;
 }
 
 void DBusMenu::entriesChanged() {
@@ -294,16 +183,8 @@ QVariantMap DBusMenu::propertiesOf(int id) const {
                 : QVariantMap{{childrenDisplay, QStringLiteral("submenu")}};
 }
 
-bool DBusMenu::handle(int id, const QString& type) {
-    const Item* item = find(id);
-    // Later: the host gets its answer first, whatever the action does.
-    if (item && item->entry.action && type == QLatin1String("clicked"))
-        QMetaObject::invokeMethod(this, item->entry.action, Qt::QueuedConnection);
-    return item || id == root;
-}
-
-void DBusMenu::refuse(const QString& reason) {
-    sendErrorReply(QDBusError::InvalidArgs, reason);
+void DBusMenu::refuse() {
+    sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("no such entry"));
 }
 
 } // namespace velloren

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/Desktop/StatusMenu.h"
+#include "Platform/Freedesktop/Bus/BusStructure.h"
 
-#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusVariant>
@@ -18,72 +18,55 @@ struct DBusMenuLayout {
     int id = 0;
     QVariantMap properties;
     QList<QDBusVariant> children; ///< of this type again
+
+    static constexpr auto members() {
+        return std::tuple(&DBusMenuLayout::id, &DBusMenuLayout::properties, &DBusMenuLayout::children);
+    }
 };
 
 /// Properties of one entry.
 struct DBusMenuProperties {
     int id = 0;
     QVariantMap properties;
+
+    static constexpr auto members() {
+        return std::tuple(&DBusMenuProperties::id, &DBusMenuProperties::properties);
+    }
 };
 
 /// Names of properties that one entry has no longer.
 struct DBusMenuRemovals {
     int id = 0;
     QStringList names;
-};
 
-/// What happened to an entry.
-struct DBusMenuEvent {
-    int id = 0;
-    QString type;
-    QDBusVariant data;
-    uint timestamp = 0;
+    static constexpr auto members() { return std::tuple(&DBusMenuRemovals::id, &DBusMenuRemovals::names); }
 };
-
-QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuLayout& layout);
-const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuLayout& layout);
-QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuProperties& properties);
-const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuProperties& properties);
-QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuRemovals& removals);
-const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuRemovals& removals);
-QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuEvent& event);
-const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuEvent& event);
 
 /// A status item's menu as an object on the session bus. An entry keeps its number for as long as its key is
 /// among the entries, and no other entry ever has it: what a host says of a number is never taken for said of
-/// what stands in its place meanwhile. Numbers that are not in use, and lists longer than any menu, are
-/// answered with an error. Main thread only.
+/// what stands in its place meanwhile. Numbers that are not in use
+/// are answered with an error. Of the protocol it is version 2: what version 3 adds are the same calls for
+/// several entries at once. Main thread only.
 class DBusMenu final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
-    Q_PROPERTY(uint Version READ version)
-    Q_PROPERTY(QString TextDirection READ textDirection)
-    Q_PROPERTY(QString Status READ status)
-    Q_PROPERTY(QStringList IconThemePath READ iconThemePath)
+    Q_PROPERTY(uint Version MEMBER version CONSTANT)
+    Q_PROPERTY(QString TextDirection MEMBER textDirection CONSTANT)
+    Q_PROPERTY(QString Status MEMBER status CONSTANT)
+    Q_PROPERTY(QStringList IconThemePath MEMBER iconThemePath CONSTANT)
 
   public:
     /// The menu outlives this.
     DBusMenu(const QDBusConnection& bus, QString path, StatusMenu& menu);
     ~DBusMenu() override;
 
-    [[nodiscard]] uint version() const { return 3; }
-
-    [[nodiscard]] QString textDirection() const;
-
-    [[nodiscard]] QString status() const { return QStringLiteral("normal"); }
-
-    [[nodiscard]] QStringList iconThemePath() const { return {}; }
-
   public Q_SLOTS: // the host's calls
     uint GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
                    velloren::DBusMenuLayout& layout);
     QList<velloren::DBusMenuProperties> GetGroupProperties(const QList<int>& ids,
                                                            const QStringList& propertyNames);
-    QDBusVariant GetProperty(int id, const QString& name);
     void Event(int id, const QString& type, const QDBusVariant& data, uint timestamp);
-    QList<int> EventGroup(const QList<velloren::DBusMenuEvent>& events);
     bool AboutToShow(int id);
-    QList<int> AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors);
 
   Q_SIGNALS:
     void LayoutUpdated(uint revision, int parent);
@@ -101,9 +84,12 @@ class DBusMenu final : public QObject, protected QDBusContext {
     [[nodiscard]] const Item* find(int id) const;
     [[nodiscard]] bool isKnown(int id) const;
     [[nodiscard]] QVariantMap propertiesOf(int id) const;
-    [[nodiscard]] bool handle(int id, const QString& type);
-    void refuse(const QString& reason);
+    void refuse();
 
+    const uint version = 2;
+    const QString textDirection;
+    const QString status = QStringLiteral("normal");
+    const QStringList iconThemePath;
     QDBusConnection bus;
     QString path;
     StatusMenu& menu;
@@ -117,4 +103,3 @@ class DBusMenu final : public QObject, protected QDBusContext {
 Q_DECLARE_METATYPE(velloren::DBusMenuLayout)
 Q_DECLARE_METATYPE(velloren::DBusMenuProperties)
 Q_DECLARE_METATYPE(velloren::DBusMenuRemovals)
-Q_DECLARE_METATYPE(velloren::DBusMenuEvent)

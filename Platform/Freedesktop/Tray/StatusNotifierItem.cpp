@@ -24,7 +24,6 @@ constexpr std::array iconSides{16, 22, 24, 32, 33, 44, 48, 64};
 constexpr std::chrono::seconds patienceForHost(2);
 
 const QString itemPath = QStringLiteral("/StatusNotifierItem");
-const QString itemMenuPath = QStringLiteral("/StatusNotifierItem/Menu");
 const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 
@@ -43,36 +42,8 @@ StatusNotifierPixmap pixmapOf(const QImage& image) {
 
 } // namespace
 
-QDBusArgument& operator<<(QDBusArgument& argument, const StatusNotifierPixmap& pixmap) {
-    argument.beginStructure();
-    argument << pixmap.width << pixmap.height << pixmap.pixels;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierPixmap& pixmap) {
-    argument.beginStructure();
-    argument >> pixmap.width >> pixmap.height >> pixmap.pixels;
-    argument.endStructure();
-    return argument;
-}
-
-QDBusArgument& operator<<(QDBusArgument& argument, const StatusNotifierToolTip& toolTip) {
-    argument.beginStructure();
-    argument << toolTip.iconName << toolTip.pixmaps << toolTip.title << toolTip.text;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierToolTip& toolTip) {
-    argument.beginStructure();
-    argument >> toolTip.iconName >> toolTip.pixmaps >> toolTip.title >> toolTip.text;
-    argument.endStructure();
-    return argument;
-}
-
 StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, Identity identity, QSize size)
-    : bus(bus), identity(std::move(identity)), itemButton(size), menuOnBus(bus, itemMenuPath, menu()),
+    : bus(bus), identity(std::move(identity)), itemButton(size), menuOnBus(bus, menuPath.path(), menu()),
       legacyIcon(itemButton, this->identity.title.toStdString(),
                  [this](QPoint place) { pressed(place.x(), place.y()); }),
       barChanges([this] { lookAtBar(); }) {
@@ -109,10 +80,6 @@ StatusNotifierPixmaps StatusNotifierItem::iconPixmap() {
             pixmaps.append(pixmapOf(itemButton.picture(side)));
     }
     return pixmaps;
-}
-
-QDBusObjectPath StatusNotifierItem::menuPath() const {
-    return QDBusObjectPath(itemMenuPath);
 }
 
 StatusNotifierToolTip StatusNotifierItem::toolTip() const {

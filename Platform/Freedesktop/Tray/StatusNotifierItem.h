@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Platform/Desktop/StatusBar.h"
+#include "Platform/Freedesktop/Bus/BusStructure.h"
 #include "Platform/Freedesktop/Tray/DBusMenu.h"
 #include "Platform/Freedesktop/Tray/XEmbedIcon.h"
 #include "Platform/Freedesktop/Windowing/X11/BarPixels.h"
 
-#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusPendingCallWatcher>
@@ -25,6 +25,11 @@ struct StatusNotifierPixmap {
     int height = 0;
     QByteArray pixels;
 
+    static constexpr auto members() {
+        return std::tuple(&StatusNotifierPixmap::width, &StatusNotifierPixmap::height,
+                          &StatusNotifierPixmap::pixels);
+    }
+
     friend bool operator==(const StatusNotifierPixmap&, const StatusNotifierPixmap&) = default;
 };
 
@@ -35,33 +40,33 @@ struct StatusNotifierToolTip {
     StatusNotifierPixmaps pixmaps;
     QString title;
     QString text;
-};
 
-QDBusArgument& operator<<(QDBusArgument& argument, const StatusNotifierPixmap& pixmap);
-const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierPixmap& pixmap);
-QDBusArgument& operator<<(QDBusArgument& argument, const StatusNotifierToolTip& toolTip);
-const QDBusArgument& operator>>(const QDBusArgument& argument, StatusNotifierToolTip& toolTip);
+    static constexpr auto members() {
+        return std::tuple(&StatusNotifierToolTip::iconName, &StatusNotifierToolTip::pixmaps,
+                          &StatusNotifierToolTip::title, &StatusNotifierToolTip::text);
+    }
+};
 
 /// A status item as an object on the session bus, with a bus name of its own. While nobody hosts such items
 /// it stands in a tray of the older kind, if there is one.
 class StatusNotifierItem final : public QObject, public StatusItem, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
-    Q_PROPERTY(QString Category READ category)
+    Q_PROPERTY(QString Category MEMBER category CONSTANT)
     Q_PROPERTY(QString Id READ id)
     Q_PROPERTY(QString Title READ title)
-    Q_PROPERTY(QString Status READ status)
-    Q_PROPERTY(int WindowId READ windowId)
-    Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
-    Q_PROPERTY(QDBusObjectPath Menu READ menuPath)
-    Q_PROPERTY(QString IconName READ noText)
+    Q_PROPERTY(QString Status MEMBER status CONSTANT)
+    Q_PROPERTY(int WindowId MEMBER windowId CONSTANT)
+    Q_PROPERTY(bool ItemIsMenu MEMBER itemIsMenu CONSTANT)
+    Q_PROPERTY(QDBusObjectPath Menu MEMBER menuPath CONSTANT)
+    Q_PROPERTY(QString IconName MEMBER noText CONSTANT)
     Q_PROPERTY(velloren::StatusNotifierPixmaps IconPixmap READ iconPixmap)
-    Q_PROPERTY(QString IconThemePath READ noText)
-    Q_PROPERTY(QString OverlayIconName READ noText)
-    Q_PROPERTY(velloren::StatusNotifierPixmaps OverlayIconPixmap READ noPixmaps)
-    Q_PROPERTY(QString AttentionIconName READ noText)
-    Q_PROPERTY(velloren::StatusNotifierPixmaps AttentionIconPixmap READ noPixmaps)
-    Q_PROPERTY(QString AttentionMovieName READ noText)
+    Q_PROPERTY(QString IconThemePath MEMBER noText CONSTANT)
+    Q_PROPERTY(QString OverlayIconName MEMBER noText CONSTANT)
+    Q_PROPERTY(velloren::StatusNotifierPixmaps OverlayIconPixmap MEMBER noPixmaps CONSTANT)
+    Q_PROPERTY(QString AttentionIconName MEMBER noText CONSTANT)
+    Q_PROPERTY(velloren::StatusNotifierPixmaps AttentionIconPixmap MEMBER noPixmaps CONSTANT)
+    Q_PROPERTY(QString AttentionMovieName MEMBER noText CONSTANT)
     Q_PROPERTY(velloren::StatusNotifierToolTip ToolTip READ toolTip)
 
   public:
@@ -78,24 +83,9 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
 
     void setToolTipAllowed(bool allowed) override;
 
-    [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
-
     [[nodiscard]] QString id() const { return identity.id; }
 
     [[nodiscard]] QString title() const { return toolTipAllowed ? identity.title : QString(); }
-
-    [[nodiscard]] QString status() const { return QStringLiteral("Active"); }
-
-    [[nodiscard]] int windowId() const { return 0; }
-
-    [[nodiscard]] bool itemIsMenu() const { return false; }
-
-    [[nodiscard]] QDBusObjectPath menuPath() const;
-
-    /// For what the item does not have; some hosts log an error where a property is missing.
-    [[nodiscard]] QString noText() const { return {}; }
-
-    [[nodiscard]] StatusNotifierPixmaps noPixmaps() const { return {}; }
 
     [[nodiscard]] StatusNotifierPixmaps iconPixmap();
     [[nodiscard]] StatusNotifierToolTip toolTip() const;
@@ -123,6 +113,15 @@ class StatusNotifierItem final : public QObject, public StatusItem, protected QD
     void refreshIcon();
     void lookAtBar();
     void pressed(int x, int y);
+
+    const QString category = QStringLiteral("ApplicationStatus");
+    const QString status = QStringLiteral("Active");
+    const int windowId = 0;
+    const bool itemIsMenu = false;
+    const QDBusObjectPath menuPath{QStringLiteral("/StatusNotifierItem/Menu")};
+    // For what the item does not have; some hosts log an error where a property is missing.
+    const QString noText;
+    const StatusNotifierPixmaps noPixmaps;
 
     QDBusConnection bus;
     Identity identity;
