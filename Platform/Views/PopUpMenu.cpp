@@ -44,7 +44,7 @@ void PopUpMenu::setVisible(bool visible) {
 void PopUpMenu::showEvent(QShowEvent* event) {
     composited = WindowServer::shared().isComposited();
     composited ? clearMask() : setMask(panel());
-    WindowServer::shared().declareOwnLook(*this);
+    WindowServer::shared().declareShadow(*this);
     QMenu::showEvent(event);
 }
 

@@ -27,6 +27,7 @@ void Popover::showRelativeToRect(const QRect& rect, const View& view, RectEdge) 
     controller->viewWillAppear();
     prepareWindow();
     shown = true;
+    WindowServer::shared().setAnimates(*window, animated);
     window->setContent(controller->view());
     window->showAt(anchor);
     activate();

@@ -25,7 +25,7 @@ class Popover final {
 
     [[nodiscard]] bool animates() const { return animated; }
 
-    /// Asks for a way of showing that there is none of here: a popover comes and goes at once.
+    /// Whether the window may fade in and out, where the desktop does that; from the next showing on.
     void setAnimates(bool animates) { animated = animates; }
 
     [[nodiscard]] bool isShown() const { return shown; }

@@ -101,14 +101,19 @@ PopoverWindow::PopoverWindow()
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                    Qt::NoDropShadowWindowHint);
     setAttribute(Qt::WA_TranslucentBackground, composited);
-    WindowServer::shared().preparePopover(*this);
+    WindowServer::shared().preparePopover(*this, [this] {
+        // A window made without an alpha channel stays so.
+        composited = composited && WindowServer::shared().isComposited();
+        place();
+    });
     setWindowTitle(QGuiApplication::applicationDisplayName());
     setPalette(lookingActive(palette()));
 }
 
 bool PopoverWindow::suitsDisplay() const {
+    const bool now = WindowServer::shared().isComposited();
     // What Qt paints into is not enlarged with the window when the scale changes while that is hidden.
-    return composited == WindowServer::shared().isComposited() &&
+    return composited == now && testAttribute(Qt::WA_TranslucentBackground) == now &&
            pixelsPerPoint == screen()->devicePixelRatio();
 }
 
@@ -188,6 +193,8 @@ void PopoverWindow::paintEvent(QPaintEvent*) {
     if (!frame)
         return;
     QPainter painter(this);
+    if (!composited) // what is translucent shows black in a window that was made to be blended
+        painter.fillRect(rect(), palette().window());
     painter.setRenderHint(QPainter::Antialiasing);
     drawPopoverSurroundings(painter, frame->contentRect().translated(frame->pos()));
     QPainterPathStroker rim;

@@ -31,15 +31,21 @@ class WindowServer {
     /// translucent window shows black.
     [[nodiscard]] virtual bool isComposited() const = 0;
 
+    using ChangeHandler = std::function<void()>;
     using SiteHandler = std::function<void(const PopoverSite&)>;
 
     /// Makes a window that was never shown a popover's: one that its owner alone places. There is one such
-    /// window at a time.
-    virtual void preparePopover(QWidget& window) = 0;
+    /// window at a time. `compositingChanged` is called, while it is shown, when the display starts or ceases
+    /// to be composited.
+    virtual void preparePopover(QWidget& window, ChangeHandler compositingChanged) = 0;
 
-    /// The window draws its shadow itself, and comes and goes at once: the display, where it would, adds no
-    /// shadow and no animation. Once the window has a native one.
-    virtual void declareOwnLook(QWidget&) {}
+    /// Whether the popover's window may fade in and out, or comes and goes at once, where the display lets a
+    /// window say so.
+    virtual void setAnimates(QWidget&, bool) {}
+
+    /// The window draws its shadow itself: the display, where it draws any, leaves its own out. Once the
+    /// window has a native one.
+    virtual void declareShadow(QWidget&) {}
 
     /// Calls `found` with the site of a popover at `anchor`. That is once, at once or a little later; never
     /// after the popover was hidden. An empty anchor belongs to nothing: the popover goes where the pointer

@@ -54,7 +54,7 @@ class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer
 
     bool isComposited() const override { return composited; }
 
-    void preparePopover(QWidget&) override {}
+    void preparePopover(QWidget&, ChangeHandler) override {}
 
     void findSite(QWidget&, const QRect& anchor, SiteHandler found) override {
         latestAnchor = anchor;

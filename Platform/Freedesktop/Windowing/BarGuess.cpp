@@ -1,7 +1,5 @@
 #include "Platform/Freedesktop/Windowing/BarGuess.h"
 
-#include <QRegion>
-
 #include <algorithm>
 
 namespace velloren {
@@ -51,16 +49,21 @@ QPoint likelyPlaceOfIcon(const QRect& screen, QSize free, Qt::LayoutDirection di
                                         : screen.topRight() + QPoint(-toMiddle, toMiddle);
 }
 
-QRect barAround(QPoint place, const QRect& screen, const QRect& available) {
-    const QRegion bars = QRegion(screen) - available;
-    const auto* bar =
-        std::find_if(bars.begin(), bars.end(), [&](QRect each) { return each.contains(place); });
-    return bar == bars.end() ? QRect() : *bar;
-}
-
-QRect spanning(const QRect& bar, Qt::Orientation runs, const QRect& anchor) {
-    return runs == Qt::Horizontal ? QRect(anchor.x(), bar.y(), anchor.width(), bar.height())
-                                  : QRect(bar.x(), anchor.y(), bar.width(), anchor.height());
+QRect anchorAround(QPoint place, QSize icon, const QRect& screen, const QRect& available) {
+    QRect anchor({}, icon);
+    anchor.moveCenter(place);
+    if (available.contains(place))
+        return anchor;
+    if (available.width() == screen.width()) {
+        const bool atTop = place.y() < available.top();
+        anchor.setTop(atTop ? screen.top() : available.bottom() + 1);
+        anchor.setBottom(atTop ? available.top() - 1 : screen.bottom());
+    } else {
+        const bool atLeft = place.x() < available.left();
+        anchor.setLeft(atLeft ? screen.left() : available.right() + 1);
+        anchor.setRight(atLeft ? available.left() - 1 : screen.right());
+    }
+    return anchor;
 }
 
 } // namespace velloren

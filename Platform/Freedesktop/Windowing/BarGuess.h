@@ -20,11 +20,8 @@ namespace velloren {
 /// of the session's language.
 [[nodiscard]] QPoint likelyPlaceOfIcon(const QRect& screen, QSize free, Qt::LayoutDirection direction);
 
-/// The stretch of the screen beside `available` that `place` lies in; empty where it lies in none.
-[[nodiscard]] QRect barAround(QPoint place, const QRect& screen, const QRect& available);
-
-/// What an arrow points at that belongs to `anchor` in a bar that runs that way: as thick as the bar, so that
-/// it does not matter where across the bar the anchor is.
-[[nodiscard]] QRect spanning(const QRect& bar, Qt::Orientation runs, const QRect& anchor);
+/// What an arrow points at that belongs to an icon under `place`: as thick as the bar, so that it does not
+/// matter where across the bar the place is. In no bar it has `icon`'s size.
+[[nodiscard]] QRect anchorAround(QPoint place, QSize icon, const QRect& screen, const QRect& available);
 
 } // namespace velloren

@@ -12,7 +12,7 @@ class PlainWindowServer : public WindowServer {
 
     [[nodiscard]] bool isComposited() const override { return true; }
 
-    void preparePopover(QWidget&) override {}
+    void preparePopover(QWidget&, ChangeHandler) override {}
 
     /// An anchor is what a host named: of two places it may mean, the one in a bar.
     void findSite(QWidget& window, const QRect& anchor, SiteHandler found) override;

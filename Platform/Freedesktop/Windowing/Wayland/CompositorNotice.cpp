@@ -14,4 +14,6 @@ CompositorNotice::CompositorNotice(WaylandOwned<wl_callback> notice, std::functi
     wl_callback_add_listener(callback.get(), &listener, this);
 }
 
+CompositorNotice::~CompositorNotice() = default;
+
 } // namespace velloren

@@ -12,6 +12,7 @@ class CompositorNotice final {
     CompositorNotice(WaylandOwned<wl_callback> callback, std::function<void()> handler);
     CompositorNotice(const CompositorNotice&) = delete;
     CompositorNotice& operator=(const CompositorNotice&) = delete;
+    ~CompositorNotice();
 
   private:
     std::function<void()> handler;

@@ -39,6 +39,8 @@ LayerShell::LayerShell() : display(qtprivate::waylandDisplay()), registry(wl_dis
     wl_registry_add_listener(registry.get(), &listener, this);
 }
 
+LayerShell::~LayerShell() = default;
+
 void LayerShell::bind(std::uint32_t name, std::string_view interface, std::uint32_t version) {
     static constexpr auto hasDevices = [](void* self, wl_seat*, std::uint32_t capabilities) {
         static_cast<LayerShell*>(self)->pointerThere = capabilities & WL_SEAT_CAPABILITY_POINTER;

@@ -23,6 +23,7 @@ class LayerShell final {
     LayerShell();
     LayerShell(const LayerShell&) = delete;
     LayerShell& operator=(const LayerShell&) = delete;
+    ~LayerShell();
 
     /// Whether the compositor has told of all that is needed here; it does so soon after the start.
     [[nodiscard]] bool isReady() const { return compositor && memory && shell; }

@@ -59,6 +59,8 @@ LayerSurface::LayerSurface(const LayerShell& shell, wl_surface& surface, QScreen
     moveTo(frame);
 }
 
+LayerSurface::~LayerSurface() = default;
+
 void LayerSurface::moveTo(const QRect& frame) {
     if (std::exchange(placedAt, frame) == frame)
         return;

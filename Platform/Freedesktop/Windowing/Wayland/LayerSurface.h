@@ -40,6 +40,7 @@ class LayerSurface final {
                  Keyboard keyboard, Handlers handlers);
     LayerSurface(const LayerSurface&) = delete;
     LayerSurface& operator=(const LayerSurface&) = delete;
+    ~LayerSurface();
 
     void moveTo(const QRect& frame);
     void moveTo(Layer layer);

@@ -65,10 +65,7 @@ LayerWindowServer::LayerWindowServer(OverlayEvents& events) : events(events) {
     hiding.setInterval(patienceWithScreen);
     absence.setInterval(longestWayOfFocus);
     connect(&patience, &QTimer::timeout, this, &LayerWindowServer::answer);
-    connect(&hiding, &QTimer::timeout, this, [this] {
-        if (role && openedAtPointer) // and the screen is not locked
-            role->moveTo(LayerSurface::Layer::Overlay);
-    });
+    connect(&hiding, &QTimer::timeout, this, &LayerWindowServer::raiseIfHidden);
     connect(&absence, &QTimer::timeout, this, &LayerWindowServer::closeIfAbsent);
     connect(qApp, &QGuiApplication::focusWindowChanged, this, [this](QWindow* window) {
         if (!window && popover)
@@ -78,7 +75,7 @@ LayerWindowServer::LayerWindowServer(OverlayEvents& events) : events(events) {
 
 LayerWindowServer::~LayerWindowServer() = default;
 
-void LayerWindowServer::preparePopover(QWidget& window) {
+void LayerWindowServer::preparePopover(QWidget& window, ChangeHandler) {
     window.setWindowFlag(Qt::BypassWindowManagerHint);
 }
 
@@ -242,11 +239,7 @@ PopoverSite LayerWindowServer::siteAtIcon() {
     }
     const QSize free = freeOf(view, *screen);
     const QRect available = availableAround(place, screen->geometry(), free, gapAroundBars());
-    QRect anchor({}, iconSize);
-    anchor.moveCenter(place);
-    if (const QRect bar = barAround(place, screen->geometry(), available); !bar.isEmpty())
-        anchor = spanning(bar, bar.width() > bar.height() ? Qt::Horizontal : Qt::Vertical, anchor);
-    return {anchor, screen->geometry(), available};
+    return {anchorAround(place, iconSize, screen->geometry(), available), screen->geometry(), available};
 }
 
 void LayerWindowServer::showPopover(QWidget& window, const QRect& frame) {
@@ -293,6 +286,11 @@ void LayerWindowServer::appear(QWidget& window) {
         leaveOutOwnWindows();
     });
     hiding.start();
+}
+
+void LayerWindowServer::raiseIfHidden() {
+    if (role && openedAtPointer) // and the screen is not locked
+        role->moveTo(LayerSurface::Layer::Overlay);
 }
 
 void LayerWindowServer::closeIfAbsent() {

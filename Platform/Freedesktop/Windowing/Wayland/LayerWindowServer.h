@@ -50,7 +50,7 @@ class LayerWindowServer final : public QObject, public WindowServer {
 
     [[nodiscard]] bool isComposited() const override { return true; }
 
-    void preparePopover(QWidget& window) override;
+    void preparePopover(QWidget& window, ChangeHandler compositingChanged) override;
 
     void findSite(QWidget& window, const QRect& anchor, SiteHandler found) override;
     void showPopover(QWidget& window, const QRect& frame) override;
@@ -68,6 +68,7 @@ class LayerWindowServer final : public QObject, public WindowServer {
     void answer();
     void appear(ScreenView& view);
     void appear(QWidget& window);
+    void raiseIfHidden();
     void closeIfAbsent();
     void followPointer(QObject& window, QEvent::Type event);
     [[nodiscard]] std::optional<QPoint> pointer() const;

@@ -26,4 +26,6 @@ MaximizedSize::MaximizedSize(const LayerShell& shell, std::function<void(QSize)>
     wl_surface_commit(surface.get());
 }
 
+MaximizedSize::~MaximizedSize() = default;
+
 } // namespace velloren

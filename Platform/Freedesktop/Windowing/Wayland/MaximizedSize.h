@@ -19,6 +19,7 @@ class MaximizedSize final {
     MaximizedSize(const LayerShell& shell, std::function<void(QSize)> known);
     MaximizedSize(const MaximizedSize&) = delete;
     MaximizedSize& operator=(const MaximizedSize&) = delete;
+    ~MaximizedSize();
 
   private:
     std::function<void(QSize)> known;

@@ -48,8 +48,7 @@ void ScreenOverlay::leaveOut(const QRegion& places) {
 bool ScreenOverlay::event(QEvent* event) {
     switch (event->type()) {
     case QEvent::Enter:
-        pointerPlace = position() + static_cast<QEnterEvent*>(event)->position().toPoint();
-        handlers.pointerKnown();
+        pointerIsAt(static_cast<QEnterEvent*>(event)->position());
         return true;
     case QEvent::Leave:
         pointerPlace.reset();
@@ -79,6 +78,11 @@ void ScreenOverlay::press(Qt::MouseButton button, QPointF place) {
 void ScreenOverlay::release() {
     if (std::exchange(pressUnderWay, false))
         handlers.released();
+}
+
+void ScreenOverlay::pointerIsAt(QPointF place) {
+    pointerPlace = position() + place.toPoint();
+    handlers.pointerKnown();
 }
 
 } // namespace velloren

@@ -44,6 +44,7 @@ class ScreenOverlay final : public QWindow {
     bool event(QEvent* event) override;
 
   private:
+    void pointerIsAt(QPointF place);
     void press(Qt::MouseButton button, QPointF place);
     void release();
 

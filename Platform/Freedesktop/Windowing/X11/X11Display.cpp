@@ -31,14 +31,22 @@ bool isWithinWayland() {
     return qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
 }
 
-void declareOwnLook(const QWidget& window) {
-    const auto setNumbers = [&window](std::string_view property, const std::vector<std::uint32_t>& numbers) {
-        xcb_change_property(connection(), XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
-                            atomNamed(property), XCB_ATOM_CARDINAL, 32, std::uint32_t(numbers.size()),
-                            numbers.data());
-    };
-    setNumbers("_GTK_FRAME_EXTENTS", {1, 1, 1, 1}); // some on each side
-    setNumbers("_KDE_NET_WM_SKIP_CLOSE_ANIMATION", {1});
+namespace {
+
+void setNumbers(const QWidget& window, std::string_view property, const std::vector<std::uint32_t>& numbers) {
+    xcb_change_property(connection(), XCB_PROP_MODE_REPLACE, xcb_window_t(window.winId()),
+                        atomNamed(property), XCB_ATOM_CARDINAL, 32, std::uint32_t(numbers.size()),
+                        numbers.data());
+}
+
+} // namespace
+
+void leaveOutShadow(const QWidget& window) {
+    setNumbers(window, "_GTK_FRAME_EXTENTS", {1, 1, 1, 1}); // some on each side
+}
+
+void setAnimates(const QWidget& window, bool animates) {
+    setNumbers(window, "_KDE_NET_WM_SKIP_CLOSE_ANIMATION", {animates ? 0U : 1U});
 }
 
 const xcb_screen_t& screen() {

@@ -36,8 +36,11 @@ namespace velloren::x11 {
 /// What is shown in that part of a window, from the part's own corner; empty where it cannot be told.
 [[nodiscard]] QImage imageOf(std::uint32_t window, const QRect& part);
 
-/// The window draws its shadow itself, and comes and goes at once: the desktop is to add neither.
-void declareOwnLook(const QWidget& window);
+/// The window draws its shadow itself: the desktop is to draw none around it.
+void leaveOutShadow(const QWidget& window);
+
+/// Whether the desktop may have the window fade away.
+void setAnimates(const QWidget& window, bool animates);
 
 /// Owns a reply of the X server; none when there was none.
 template <class Reply>

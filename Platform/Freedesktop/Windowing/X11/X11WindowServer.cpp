@@ -1,6 +1,5 @@
 #include "Platform/Freedesktop/Windowing/X11/X11WindowServer.h"
 
-#include "Platform/Freedesktop/Windowing/BarGuess.h"
 #include "Platform/Freedesktop/Windowing/ScreenPixels.h"
 #include "Platform/Freedesktop/Windowing/X11/PopoverFocus.h"
 #include "Platform/Freedesktop/Windowing/X11/X11Bars.h"
@@ -11,12 +10,29 @@
 #include <QScreen>
 #include <QWindow>
 #include <xcb/xcb.h>
+#include <xcb/xfixes.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace velloren {
 
 namespace {
+
+constexpr auto compositorSelection = "_NET_WM_CM_S0";
+
+/// The strip of the screen beside its available area that `place` lies in; empty where it lies in none.
+QRect stripAround(QPoint place, const QRect& screen, const QRect& available) {
+    if (place.y() < available.top())
+        return {screen.topLeft(), QPoint(screen.right(), available.top() - 1)};
+    if (place.y() > available.bottom())
+        return {QPoint(screen.left(), available.bottom() + 1), screen.bottomRight()};
+    if (place.x() < available.left())
+        return {screen.topLeft(), QPoint(available.left() - 1, screen.bottom())};
+    if (place.x() > available.right())
+        return {QPoint(available.right() + 1, screen.top()), screen.bottomRight()};
+    return {};
+}
 
 /// Which way the bar runs. One in a corner may be as small as its icon: most of those are at the top or the
 /// bottom.
@@ -41,12 +57,17 @@ QRect without(const QRect& bar, Qt::Orientation runs, QRect area) {
     return area;
 }
 
+QRect spanning(const QRect& bar, Qt::Orientation runs, const QRect& anchor) {
+    return runs == Qt::Horizontal ? QRect(anchor.x(), bar.y(), anchor.width(), bar.height())
+                                  : QRect(bar.x(), anchor.y(), bar.width(), anchor.height());
+}
+
 PopoverSite siteAt(const QRect& anchor, const QScreen& screen) {
     const QRect whole = screen.geometry();
     const QRect available = pixels::availableOn(screen);
     const QPoint place = pixels::fromDeviceIndependent(anchor.center(), screen);
     const QRect window = x11::barAt(place);
-    const QRect bar = window.isEmpty() ? barAround(anchor.center(), whole, available)
+    const QRect bar = window.isEmpty() ? stripAround(anchor.center(), whole, available)
                                        : pixels::toDeviceIndependent(window, screen) & whole;
     if (bar.isEmpty())
         return {anchor, whole, available};
@@ -65,6 +86,17 @@ PopoverSite siteNearby(QPoint pointer) {
 
 } // namespace
 
+X11WindowServer::X11WindowServer() {
+    // Qt has asked for the events of this selection already.
+    const auto* extension = xcb_get_extension_data(x11::connection(), &xcb_xfixes_id);
+    if (!extension || !extension->present)
+        return;
+    selectionNotify = std::uint8_t(extension->first_event + XCB_XFIXES_SELECTION_NOTIFY);
+    qApp->installNativeEventFilter(this);
+}
+
+X11WindowServer::~X11WindowServer() = default;
+
 std::optional<QPoint> X11WindowServer::pointerLocation() const {
     return QCursor::pos();
 }
@@ -72,18 +104,23 @@ std::optional<QPoint> X11WindowServer::pointerLocation() const {
 bool X11WindowServer::isComposited() const {
     xcb_connection_t* connection = x11::connection();
     const auto reply = x11::owned(xcb_get_selection_owner_reply(
-        connection, xcb_get_selection_owner(connection, x11::atomNamed("_NET_WM_CM_S0")), nullptr));
+        connection, xcb_get_selection_owner(connection, x11::atomNamed(compositorSelection)), nullptr));
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
-void X11WindowServer::preparePopover(QWidget& window) {
+void X11WindowServer::preparePopover(QWidget& window, ChangeHandler changed) {
     window.setWindowFlag(Qt::BypassWindowManagerHint);
-    declareOwnLook(window);
+    declareShadow(window);
     focus = new PopoverFocus(*window.windowHandle());
+    compositingChanged = std::move(changed);
 }
 
-void X11WindowServer::declareOwnLook(QWidget& window) {
-    x11::declareOwnLook(window);
+void X11WindowServer::setAnimates(QWidget& window, bool animates) {
+    x11::setAnimates(window, animates);
+}
+
+void X11WindowServer::declareShadow(QWidget& window) {
+    x11::leaveOutShadow(window);
 }
 
 void X11WindowServer::findSite(QWidget&, const QRect& anchor, SiteHandler found) {
@@ -92,6 +129,7 @@ void X11WindowServer::findSite(QWidget&, const QRect& anchor, SiteHandler found)
 }
 
 void X11WindowServer::showPopover(QWidget& window, const QRect& frame) {
+    popover = &window;
     const bool moves = window.isVisible();
     PlainWindowServer::showPopover(window, frame);
     if (!moves && focus)
@@ -99,8 +137,19 @@ void X11WindowServer::showPopover(QWidget& window, const QRect& frame) {
 }
 
 bool X11WindowServer::hidePopover(QWidget& window) {
+    popover = nullptr;
     static_cast<void>(PlainWindowServer::hidePopover(window));
     return true;
+}
+
+bool X11WindowServer::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
+    if (!popover || eventType != "xcb_generic_event_t")
+        return false;
+    const auto* event = static_cast<const xcb_xfixes_selection_notify_event_t*>(message);
+    if ((event->response_type & 0x7f) == selectionNotify &&
+        event->selection == x11::atomNamed(compositorSelection))
+        QMetaObject::invokeMethod(popover, compositingChanged, Qt::QueuedConnection);
+    return false;
 }
 
 } // namespace velloren

@@ -9,8 +9,12 @@ XWaylandWindowServer::XWaylandWindowServer(OverlayEvents& events) : events(event
 
 XWaylandWindowServer::~XWaylandWindowServer() = default;
 
-void XWaylandWindowServer::declareOwnLook(QWidget& window) {
-    x11::declareOwnLook(window);
+void XWaylandWindowServer::setAnimates(QWidget& window, bool animates) {
+    x11::setAnimates(window, animates);
+}
+
+void XWaylandWindowServer::declareShadow(QWidget& window) {
+    x11::leaveOutShadow(window);
 }
 
 void XWaylandWindowServer::showPopover(QWidget& window, const QRect& frame) {

@@ -18,9 +18,10 @@ class XWaylandWindowServer final : public PlainWindowServer {
     explicit XWaylandWindowServer(OverlayEvents& events);
     ~XWaylandWindowServer() override;
 
-    void preparePopover(QWidget& window) override { declareOwnLook(window); }
+    void preparePopover(QWidget& window, ChangeHandler) override { declareShadow(window); }
 
-    void declareOwnLook(QWidget& window) override;
+    void setAnimates(QWidget& window, bool animates) override;
+    void declareShadow(QWidget& window) override;
     void showPopover(QWidget& window, const QRect& frame) override;
     [[nodiscard]] bool hidePopover(QWidget& window) override;
 
