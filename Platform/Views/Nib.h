@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QList>
 #include <QWidget>
+
+#include <utility>
 
 namespace velloren {
 
@@ -17,7 +20,9 @@ class AwakesFromNib {
 
 /// Awakens `root` and everything below it, in no particular order.
 inline void awakeFromNib(QWidget& root) {
-    for (QWidget* widget : root.findChildren<QWidget*>() << &root) {
+    QList<QWidget*> widgets = root.findChildren<QWidget*>();
+    widgets.append(&root);
+    for (QWidget* widget : std::as_const(widgets)) {
         if (auto* awakening = dynamic_cast<AwakesFromNib*>(widget))
             awakening->awakeFromNib();
     }
