@@ -4,13 +4,10 @@
 
 #include <gmock/gmock.h>
 
-#include <array>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace velloren {
@@ -77,24 +74,6 @@ TEST_F(LocalLoggerTest, WritesEachLineAtOnceWithItsLevelAndCutsAnEndlessOne) {
     logger.info(std::string(8'000'000, 'x'), here);
     EXPECT_THAT(linesIn(file).back(), EndsWith("xxx..."));
     EXPECT_LT(std::filesystem::file_size(file), 20'000U);
-}
-
-TEST_F(LocalLoggerTest, LeavesOutWhatFindsNoRoomOnStandardError) {
-    LocalLogger logger("menu.log");
-    std::array<int, 2> ends{};
-    ASSERT_EQ(::pipe2(ends.data(), O_NONBLOCK), 0);
-    const int capture = ::dup(STDERR_FILENO);
-    ::dup2(ends[1], STDERR_FILENO);
-    writeLines(logger, 10);
-    std::string read(std::size_t{1} << 20, '\0');
-    EXPECT_LT(::read(ends[0], read.data(), read.size()), 100'000);
-    logger.info("later", origin);
-    const ssize_t size = ::read(ends[0], read.data(), read.size());
-    ::dup2(capture, STDERR_FILENO);
-    EXPECT_THAT(read.substr(0, std::size_t(size)), EndsWith(" later\n"));
-    EXPECT_EQ(linesIn(file).size(), 11U);
-    for (const int end : {ends[0], ends[1], capture})
-        ::close(end);
 }
 
 TEST_F(LocalLoggerTest, KeepsThreeFilesOfOneMebibyteInAFolderThatItsOwnerAloneReads) {

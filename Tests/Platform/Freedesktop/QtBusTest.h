@@ -3,7 +3,7 @@
 #include "Tests/Support/PrivateBus.h"
 #include "Tests/Support/QtTest.h"
 
-#include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
@@ -25,7 +25,8 @@ class FakeService final : public QDBusVirtualObject {
 
     void start(const QString& name, const QString& path) {
         connection.registerVirtualObject(path, this, QDBusConnection::SubPath);
-        connection.registerService(name);
+        connection.interface()->registerService(name, QDBusConnectionInterface::ReplaceExistingService,
+                                                QDBusConnectionInterface::AllowReplacement);
     }
 
     QString introspect(const QString&) const override { return {}; }

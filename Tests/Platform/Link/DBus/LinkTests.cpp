@@ -137,17 +137,6 @@ TEST_F(DBusLinkTest, TellsOnceOfAnEndpointWhereNobodyIs) {
     }
 }
 
-TEST_F(DBusLinkTest, RunsNoHandlerThatWasTakenAway) {
-    connect(endpoint());
-    fetchInVain();
-    ASSERT_TRUE(waitUntil([&] { return mainApp.withheld.size() == 1; }));
-    connection->setInterruptionHandler(nullptr);
-    listener.reset();
-    fetchInVain();
-    EXPECT_TRUE(waitUntil([&] { return errors == 2; }));
-    EXPECT_EQ(interruptions, 0);
-}
-
 TEST_F(OddServer, GetsEverythingOnceItLetsUsIn) {
     for (const auto& opening : {""s, "REJECTED EXTERNAL\r\n"s, "OK\r\n"s, std::string(100000, 'x')}) {
         SCOPED_TRACE(opening.substr(0, 40));

@@ -141,9 +141,7 @@ TEST_F(OddReply, ThatCannotBeReadIsAnErrorAndNoMeetingsAndNoEndpoint) {
         interface = endPointHandlingInterface();
         EXPECT_EQ(endpointIn(signature, body), std::nullopt);
     }
-    for (const char* place :
-         {"", "unixexec:path=/usr/bin/touch,argv1=/tmp/executed", "tcp:host=localhost,port=1"})
-        EXPECT_EQ(endpointIn("s", Bytes().string(place).text), std::nullopt) << place;
+    EXPECT_EQ(endpointIn("s", Bytes().string("unixexec:path=/bin/sh").text), std::nullopt);
     EXPECT_TRUE(endpointIn("s", Bytes().string("unix:path=/a").text));
 }
 
