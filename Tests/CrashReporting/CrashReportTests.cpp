@@ -79,9 +79,11 @@ TEST_F(CrashReport, DoesNotWaitForWhoReadsStandardError) {
     for (const char* end : {"segv", "fatal-error", "throw"}) {
         launcher.clear();
         const int status = statusOf({end});
+        std::filesystem::remove(folder / "velloren/crash.log");
         launcher = {"sh", "-c", "exec \"$@\" 2> /proc/self/fd/" + std::to_string(full[1]), "sh"};
         EXPECT_EQ(statusOf({end, crashes}), status) << end;
         EXPECT_EQ(reports().size(), 1) << end;
+        EXPECT_GT(std::filesystem::file_size(folder / "velloren/crash.log"), 60 * 40U) << "in the file it is";
         std::filesystem::remove_all(crashes);
     }
     ::close(full[0]), ::close(full[1]);

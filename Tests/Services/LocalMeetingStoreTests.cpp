@@ -97,7 +97,6 @@ TEST_F(LocalMeetingStoreTest, ReadsTextsAsTheyAreStoredAndNothingElse) {
 TEST_F(LocalMeetingStoreTest, CannotReadAMissingStoreAndDoesNotMakeIt) {
     EXPECT_EQ(upcoming(), std::nullopt);
     EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
-    EXPECT_EQ(LocalMeetingStore(std::filesystem::path()).upcomingMeetings(true, 3), std::nullopt);
 }
 
 TEST_F(LocalMeetingStoreTest, CannotReadWhatIsNoStoreOrIsLockedDamagedOrUnreasonable) {

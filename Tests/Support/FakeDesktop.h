@@ -73,10 +73,9 @@ class FakeWindowServer final : public Installable<FakeWindowServer, WindowServer
     }
 };
 
-/// A bar whose item's button is a view nobody shows, or that gives its item no button at all.
+/// A bar whose item's button is a view nobody shows.
 class FakeStatusBar final : public Installable<FakeStatusBar, StatusBar> {
   public:
-    bool givesButton = true;
     bool toolTipAllowed = true;
     StatusBarButton* latestButton = nullptr;
     StatusMenu* latestMenu = nullptr;
@@ -84,8 +83,7 @@ class FakeStatusBar final : public Installable<FakeStatusBar, StatusBar> {
 
     std::unique_ptr<StatusItem> statusItemWithLength(double length) override {
         auto item = std::make_unique<Item>(*this);
-        if (givesButton)
-            item->given = std::make_unique<StatusBarButton>(QSize(qRound(length), 22));
+        item->given = std::make_unique<StatusBarButton>(QSize(qRound(length), 22));
         latestButton = item->given.get();
         latestMenu = &item->menu();
         return item;

@@ -14,8 +14,6 @@ class FakeLink final : public Link {
   public:
     /// Proxies serve no interface that anybody asks for.
     bool conforming = true;
-    /// Whether there are listeners.
-    bool hasListeners = true;
 
     /// The connections that were not released.
     int openConnections = 0;
@@ -51,9 +49,7 @@ class FakeLink final : public Link {
         return std::make_unique<FakeConnection>(*this, endpoint.address());
     }
 
-    std::unique_ptr<Listener> anonymousListener() override {
-        return hasListeners ? std::make_unique<FakeListener>(*this) : nullptr;
-    }
+    std::unique_ptr<Listener> anonymousListener() override { return std::make_unique<FakeListener>(*this); }
 
   private:
     class FakeConnection;

@@ -76,8 +76,12 @@ TEST_F(AppLaunchTerminationListenerTest, IgnoresWhatIsNotItsOwnOrNoInsertionOrRe
     observe({Change::Replacement, list, list});
     observe({Change::Insertion, std::nullopt, list});
     observe({Change::Removal, list, std::nullopt});
-    insert({{VApp(VApp::agent).bundleIdentifier(), ":1.5"}}); // the registry is never counted
+    insert({{VApp(VApp::agent).bundleIdentifier(), ":1.5"}});
     EXPECT_EQ(workspace.queries, 0);
+    const auto message = "fatal error: Agent doesn't support this functionality. We need to re-architect XPC "
+                         "solution, see .*: file Shared/VApp, line 83";
+    EXPECT_DEATH((void)VApp(VApp::agent).runningInstances(), message) << "the registry is never counted";
+    EXPECT_DEATH(VApp(VApp::agent).launchIfNotRunning(), message);
 }
 
 } // namespace velloren

@@ -28,12 +28,19 @@ TEST_F(ItemViewTest, LightsTheCreateRowUpUnderThePointerAndGivesItsColourBack) {
     ASSERT_EQ(row.trackingAreas().size(), 1u);
     EXPECT_EQ(row.trackingAreas().front()->rect, row.rect());
     const auto painted = [&] { return row.grab().toImage().pixelColor(250, 20); };
-    QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
-    QCoreApplication::sendEvent(&row, &enter);
-    EXPECT_EQ(painted(), QColor(Qt::white));
-    QEvent leave(QEvent::Leave);
-    QCoreApplication::sendEvent(&row, &leave);
-    EXPECT_EQ(painted(), QColor(Qt::yellow));
+    const std::function<void()> ends[] = {[&] { row.hide(); },
+                                          [&] {
+                                              QEvent leave(QEvent::Leave);
+                                              QCoreApplication::sendEvent(&row, &leave);
+                                          }};
+    for (const auto& end : ends) {
+        row.show();
+        QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
+        QCoreApplication::sendEvent(&row, &enter);
+        EXPECT_EQ(painted(), QColor(Qt::white));
+        end();
+        EXPECT_EQ(painted(), QColor(Qt::yellow));
+    }
 }
 
 TEST_F(ItemViewTest, KeepsWhatAMeetingDoesNotTell) {

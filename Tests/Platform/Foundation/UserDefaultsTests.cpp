@@ -18,7 +18,11 @@ class UserDefaultsTest : public testing::Test {
     const std::filesystem::path file = directory / "defaults.ini";
 };
 
-TEST_F(UserDefaultsTest, ReadsTextsAndOfThemFourAsBooleans) {
+TEST_F(UserDefaultsTest, ReadsTextsAndOfThemFourAsBooleansAndMakesNoFile) {
+    for (const auto& place : {file, directory.path(), std::filesystem::path()})
+        EXPECT_EQ(UserDefaults(place).stringForKey("g/key"), std::nullopt) << place;
+    EXPECT_FALSE(std::filesystem::exists(file));
+
     struct {
         const char* written;
         std::optional<bool> boolean;
@@ -70,12 +74,6 @@ TEST_F(UserDefaultsTest, KeepsWhatElseIsInTheFileByteForByte) {
     written << std::ifstream(file).rdbuf();
     EXPECT_EQ(written.str(), "; \"made\xff by hand\ntop=5\n[g]\nb = 2 ; two\n\n[h]\n" + huge +
                                  "[g]\nc=4\n[new]\nd=\"6 7\"\n");
-}
-
-TEST_F(UserDefaultsTest, HasNothingWhereThereIsNoFileAndMakesNone) {
-    for (const auto& place : {directory / "missing", directory.path(), std::filesystem::path()})
-        EXPECT_EQ(UserDefaults(place).stringForKey("g/key"), std::nullopt) << place;
-    EXPECT_FALSE(std::filesystem::exists(directory / "missing"));
 }
 
 } // namespace

@@ -3,54 +3,18 @@
 #include "Platform/Freedesktop/Session/DesktopSettings.h"
 #include "Tests/Platform/Freedesktop/QtBusTest.h"
 
-#include <QDBusMessage>
-#include <QDBusVirtualObject>
-
 namespace velloren {
 
 namespace {
 
-QVariant boxed(const QVariant& value) {
-    return QVariant::fromValue(QDBusVariant(value));
-}
-
-/// The portal or Xfconf: answers what it was given, and nothing it was not given.
-class SettingsService final : public QDBusVirtualObject {
-  public:
-    SettingsService(const QDBusConnection& bus, const char* name, const char* path, const char* interface)
-        : connection(bus), name(name), path(path), interface(interface) {}
-
-    void start() {
-        connection.registerVirtualObject(path, this);
-        connection.registerService(name);
-    }
-
-    QString introspect(const QString&) const override { return {}; }
-
-    bool handleMessage(const QDBusMessage& call, const QDBusConnection& caller) override {
-        const QVariant value = values.value(call.arguments().value(1).toString());
-        const bool isPortal = call.member() == "Read"; // one variant too many, as they do
-        return value.isValid() && caller.send(call.createReply(boxed(isPortal ? boxed(value) : value)));
-    }
-
-    void tell(const char* signal, const QVariantList& arguments) {
-        auto message = QDBusMessage::createSignal(path, interface, signal);
-        message.setArguments(arguments);
-        connection.send(message);
-    }
-
-    QVariantMap values;
-
-  private:
-    QDBusConnection connection;
-    QString name;
-    QString path;
-    QString interface;
-};
-
 class DesktopSettingsTest : public QtBusTest {
   protected:
     ~DesktopSettingsTest() override { leave(); }
+
+    void startServices() {
+        services.start("org.freedesktop.portal.Desktop", portalPath);
+        services.start("org.xfce.Xfconf", xfconfPath);
+    }
 
     void enter(const char* desktop) {
         leave();
@@ -67,15 +31,23 @@ class DesktopSettingsTest : public QtBusTest {
     }
 
     void setScheme(const QVariant& value) {
-        portal.tell("SettingChanged", {"org.freedesktop.appearance", "color-scheme", boxed(value)});
+        tellOfSetting({"org.freedesktop.appearance", "color-scheme", boxed(value)});
     }
 
     void setClock(const QVariant& value) {
-        portal.tell("SettingChanged", {"org.gnome.desktop.interface", "clock-format", boxed(value)});
+        tellOfSetting({"org.gnome.desktop.interface", "clock-format", boxed(value)});
     }
 
     void setDarkMode(const QVariant& value, const char* channel = "xfce4-panel") {
-        xfconf.tell("PropertyChanged", {channel, "/panels/dark-mode", boxed(value)});
+        tellOfPanels("PropertyChanged", {channel, "/panels/dark-mode", boxed(value)});
+    }
+
+    void tellOfSetting(const QVariantList& arguments) {
+        services.send(portalPath, "org.freedesktop.portal.Settings", "SettingChanged", arguments);
+    }
+
+    void tellOfPanels(const char* signal, const QVariantList& arguments) {
+        services.send(xfconfPath, "org.xfce.Xfconf", signal, arguments);
     }
 
     static bool isDark() { return Appearance::currentName() == Appearance::vibrantDark; }
@@ -90,9 +62,15 @@ class DesktopSettingsTest : public QtBusTest {
 
     const EnvironmentVariable language{"LC_ALL", "en_US.UTF-8"};
     EnvironmentVariable name{"XDG_CURRENT_DESKTOP", std::nullopt};
-    SettingsService portal{connection("portal"), "org.freedesktop.portal.Desktop",
-                           "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings"};
-    SettingsService xfconf{connection("xfconf"), "org.xfce.Xfconf", "/org/xfce/Xfconf", "org.xfce.Xfconf"};
+    const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+    const QString xfconfPath = QStringLiteral("/org/xfce/Xfconf");
+    QVariantMap values; ///< by the last part of their names
+    FakeService services{connection("services"), [this](const QDBusMessage& call) {
+                             const QVariant value = values.value(call.arguments().value(1).toString());
+                             const bool isPortal =
+                                 call.member() == "Read"; // one variant too many, as they do
+                             return value.isValid() ? boxed(isPortal ? boxed(value) : value) : value;
+                         }};
     std::unique_ptr<DesktopSettings> settings;
     int changes = 0;
 };
@@ -115,8 +93,8 @@ TEST_F(DesktopSettingsTest, KnowTheDesktopsByTheirNames) {
                           {"NOTGNOME", false, false},
                           {"", false, false}};
 
-    portal.start();
-    portal.values = {{"color-scheme", 0U}, {"clock-format", "24h"}};
+    startServices();
+    values = {{"color-scheme", 0U}, {"clock-format", "24h"}};
     for (const auto& [desktop, dark, ownsClock] : desktops) {
         enter(desktop);
         const int before = changes;
@@ -137,8 +115,7 @@ TEST_F(DesktopSettingsTest, KnowTheDesktopsByTheirNames) {
 
 TEST_F(DesktopSettingsTest, FollowTheColourSchemeAndBeforeItTheDarkModeOfXfcesPanel) {
     enter("KDE");
-    portal.start();
-    xfconf.start();
+    startServices();
     for (const QVariant& light : {QVariant(2U), QVariant(0U), QVariant(7U), QVariant("1"), QVariant(1.0)}) {
         setScheme(1U);
         EXPECT_TRUE(becomes(true));
@@ -151,17 +128,17 @@ TEST_F(DesktopSettingsTest, FollowTheColourSchemeAndBeforeItTheDarkModeOfXfcesPa
         setDarkMode(off);
         EXPECT_TRUE(becomes(false)) << off.typeName();
     }
-    xfconf.values = {{"/panels/dark-mode", true}};
+    values = {{"/panels/dark-mode", true}};
     enter("XFCE");
     EXPECT_TRUE(becomes(true));
     setDarkMode(false, "xsettings");
-    xfconf.tell("PropertyRemoved", {"xfce4-panel", "/panels/size"});
+    tellOfPanels("PropertyRemoved", {"xfce4-panel", "/panels/size"});
     setDarkMode(true);
     const int before = changes;
     setScheme(2U);
     EXPECT_TRUE(waitUntil([&] { return changes >= before + 2; }));
     EXPECT_TRUE(isDark()) << "nothing of this was the panel's";
-    xfconf.tell("PropertyRemoved", {"xfce4-panel", "/panels/dark-mode"});
+    tellOfPanels("PropertyRemoved", {"xfce4-panel", "/panels/dark-mode"});
     EXPECT_TRUE(becomes(false));
 }
 

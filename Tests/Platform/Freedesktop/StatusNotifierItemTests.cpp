@@ -5,7 +5,6 @@
 #include "Tests/Platform/Freedesktop/QtBusTest.h"
 #include "Tests/Support/FakeDesktop.h"
 
-#include <QDBusConnectionInterface>
 #include <QDBusReply>
 #include <QTimer>
 #include <gmock/gmock.h>
@@ -24,25 +23,13 @@ const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 /// A panel's watcher and host, on a connection of its own; it notes what registers with it.
 class Watcher final : public QObject {
     Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
-    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ isHosted)
 
   public:
-    explicit Watcher(const QDBusConnection& bus) : connection(bus) {
-        connection.registerObject(watcherPath, this,
-                                  QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals |
-                                      QDBusConnection::ExportAllProperties);
-    }
+    explicit Watcher(const QDBusConnection& bus) : connection(bus) {}
 
-    void takeOver() {
-        connection.interface()->registerService(watcherName, QDBusConnectionInterface::ReplaceExistingService,
-                                                QDBusConnectionInterface::AllowReplacement);
-    }
+    void takeOver() { service.start(watcherName, watcherPath); }
 
-    bool isHosted() {
-        itemsWhenAsked = items.size();
-        return hosted;
-    }
+    void signal(const char* name) { service.send(watcherPath, watcherName, name); }
 
     QDBusConnection connection;
     QStringList items;
@@ -57,11 +44,16 @@ class Watcher final : public QObject {
 
     void newToolTip() { ++newToolTips; }
 
-    void RegisterStatusNotifierItem(const QString& item) { items.append(item); }
+  private:
+    QVariant answerTo(const QDBusMessage& call) {
+        if (call.member() == "RegisterStatusNotifierItem")
+            items.append(call.arguments().value(0).toString());
+        else
+            itemsWhenAsked = items.size();
+        return boxed(hosted);
+    }
 
-  Q_SIGNALS:
-    void StatusNotifierHostRegistered();
-    void StatusNotifierHostUnregistered();
+    FakeService service{connection, [this](const QDBusMessage& call) { return answerTo(call); }};
 };
 
 class StatusNotifierItemTest : public QtBusTest {
@@ -106,17 +98,17 @@ TEST_F(StatusNotifierItemTest, RegistersWithEachWatcherOnceThatHasAHostOrGetsNon
     EXPECT_TRUE(waitUntil([&] { return watcher.itemsWhenAsked >= 0; }));
     EXPECT_EQ(watcher.itemsWhenAsked, 0) << "the watcher may have come just before";
     watcher.hosted = true;
-    Q_EMIT watcher.StatusNotifierHostRegistered();
+    watcher.signal("StatusNotifierHostRegistered");
     EXPECT_TRUE(waitUntil([&] { return watcher.items.size() == 1; }));
     Watcher second(connection("second"));
     second.takeOver();
     EXPECT_TRUE(waitUntil([&] { return second.items == watcher.items; })) << "they change without a gap";
-    Q_EMIT second.StatusNotifierHostRegistered();
+    second.signal("StatusNotifierHostRegistered");
     EXPECT_TRUE(waitUntil([&] { return second.items.size() == 2; })) << "hosts forget what they knew";
 
     watcher.hosted = second.hosted = false;
     second.itemsWhenAsked = -1;
-    Q_EMIT second.StatusNotifierHostUnregistered();
+    second.signal("StatusNotifierHostUnregistered");
     EXPECT_TRUE(waitUntil([&] { return second.itemsWhenAsked >= 0; })) << "another tray may be wanted now";
     watcher.takeOver();
     qsizetype itemsInTime = 0;

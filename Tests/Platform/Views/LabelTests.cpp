@@ -42,6 +42,8 @@ TEST_F(LabelTest, ShowsMarkupAndBreaksAsOnePlainLine) {
     EXPECT_EQ(label.sizeHint().width(), label.fontMetrics().horizontalAdvance("&lt;Re view  of <b>all</b>"));
     EXPECT_EQ(label.stringValue(), broken);
     EXPECT_TRUE(toolTip().contains("&lt;b&gt;all&lt;/b&gt;"));
+    label.setStringValue("x" + QString::fromUtf8("\U0001F389").repeated(600));
+    EXPECT_TRUE(label.accessibleName().isValidUtf16()) << "no character is cut in two";
 }
 
 TEST_F(LabelTest, TellsWhatDoesNotFitAndNothingElseInAToolTipThatFitsTheScreen) {
@@ -80,11 +82,6 @@ TEST_F(LabelTest, NamesTheFontsOfOtherScriptsBehindTheUsualOneAndFewOfThem) {
         })) << system;
     EXPECT_LE(familiesOf(QString::fromUtf8("产ا\u0e01\u05d0\u0915\u0995\u10d0\xed\xa0\x80")).size(), 5);
     EXPECT_EQ(familiesOf(QStringLiteral("Review")), usual);
-}
-
-TEST_F(LabelTest, NeverCutsACharacterInTwo) {
-    label.setStringValue("x" + QString::fromUtf8("\U0001F389").repeated(600));
-    EXPECT_TRUE(label.accessibleName().isValidUtf16());
 }
 
 } // namespace velloren

@@ -141,22 +141,18 @@ TEST_F(OddReply, ThatCannotBeReadIsAnErrorAndNoMeetingsAndNoEndpoint) {
         interface = endPointHandlingInterface();
         EXPECT_EQ(endpointIn(signature, body), std::nullopt);
     }
-    for (const char* place :
-         {"", "unixexec:path=/usr/bin/touch,argv1=/tmp/executed", "tcp:host=localhost,port=1"})
-        EXPECT_EQ(endpointIn("s", Bytes().string(place).text), std::nullopt) << place;
+    EXPECT_EQ(endpointIn("s", Bytes().string("unixexec:path=/bin/sh").text), std::nullopt);
     EXPECT_TRUE(endpointIn("s", Bytes().string("unix:path=/a").text));
 }
 
 TEST_F(OddReply, OfAnotherKindIsNoMeetings) {
-    const std::tuple<std::string, std::string, Communication::Meetings> replies[] = {
-        {"v", Bytes().signature("au").number(4).number(7).text, {}},
-        {"v", Bytes().signature("aa{sv}").number(24).number(20).string("title").signature("u").number(7).text,
-         std::vector{Dictionary{{"title", Scalar()}}}},
-        {"s", Bytes().string("text").text, {}},
-        {"", "", {}},
-    };
-    for (const auto& [signature, body, expected] : replies) {
-        EXPECT_EQ(meetingsIn(signature, body), expected);
+    const std::string number =
+        Bytes().signature("aa{sv}").number(24).number(20).string("title").signature("u").number(7).text;
+    EXPECT_EQ(meetingsIn("v", number), (std::vector{Dictionary{{"title", Scalar()}}}));
+    EXPECT_EQ(errors, 0);
+    for (const auto& [signature, body] :
+         {std::pair("v", Bytes().signature("au").number(4).number(7).text), std::pair("", std::string())}) {
+        EXPECT_EQ(meetingsIn(signature, body), std::nullopt);
         EXPECT_EQ(errors, 0);
     }
 }
