@@ -90,10 +90,6 @@ TEST_F(Faults, OfWhoStormsTheListenerLeaveNothing) {
     expectLevel([&] { suffer("storms", often(1)); }, 512);
 }
 
-TEST_F(Faults, OfADamagedStoreLeaveTheNextOneReadable) {
-    suffer("stores", often(50));
-}
-
 TEST_F(Faults, OfPanelsThatAreKilledLeaveTheIconInTheBarAndNothingElse) {
     const auto killPanels = [this](int count) {
         for (int killed = 0; killed < count; ++killed) {
