@@ -1,12 +1,11 @@
 #!/usr/bin/python3
 """Does to the agent what others on its session may do, again and again, and checks what comes of it.
 
-usage: faults.py FAMILY TIMES FOLDER AGENT: a function below, the folder of the agent's output, its process
+usage: faults.py FAMILY TIMES FOLDER: a function below, and the folder of the agent's output
 """
 
 import contextlib
 import functools
-import glob
 import os
 import pathlib
 import random
@@ -20,7 +19,7 @@ import time
 import foreign_main_app as far
 from foreign_main_app import Gio, GLib
 
-FAMILY, TIMES, FOLDER, AGENT = sys.argv[1], int(sys.argv[2]), sys.argv[3], int(sys.argv[4])
+FAMILY, TIMES, FOLDER = sys.argv[1], int(sys.argv[2]), sys.argv[3]
 SEED = os.environ.get("VELLOREN_SEED") or str(random.randrange(10**9))
 STORE = os.path.join(os.environ["XDG_DATA_HOME"], "velloren/meetings.sqlite3")
 SOCKETS = os.path.join(os.environ["XDG_RUNTIME_DIR"], "velloren")
@@ -266,25 +265,6 @@ def registries():
         kill(hung)
         end(process)
         deliver()
-
-
-def storms():
-    descriptors = f"/proc/{AGENT}/fd"
-    before = len(os.listdir(descriptors))
-    [endpoint] = glob.glob(f"{SOCKETS}/endpoint-{AGENT}-*.socket")
-    words = [b"", b"\0", b"\0AUTH EXTERNAL 30\r\n", b"\0AUTH EXTERNAL\r\nDATA\r\nBEGIN\r\n", b"l\1\0\1" * 9999]
-    for _ in range(TIMES):
-        clients = [socket.socket(socket.AF_UNIX) for _ in range(500)]
-        for client in clients:
-            client.setblocking(False)
-            with contextlib.suppress(OSError):
-                client.connect(endpoint)
-                client.send(random.choice(words))
-        show()
-        for client in clients:
-            client.close()
-    until(lambda: len(os.listdir(descriptors)) == before, "the end of what the storm opened")
-    deliver()
 
 
 def openings():
