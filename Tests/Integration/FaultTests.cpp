@@ -29,9 +29,8 @@ class Faults : public MenuAgentTest {
     }
 
     void suffer(const std::string& family, int times) {
-        const std::vector<std::string> arguments{FAULTS, family, std::to_string(times), desktop.folder(),
-                                                 std::to_string(agent->pid())};
-        const auto driver = desktop.start("/usr/bin/python3", arguments);
+        const auto driver =
+            desktop.start("/usr/bin/python3", {FAULTS, family, std::to_string(times), desktop.folder()});
         while (driver->isRunning())
             VirtualDesktop::waitUntil([&] { return !driver->isRunning(); });
         std::printf("%s", driver->output().c_str());
@@ -83,15 +82,6 @@ TEST_F(Faults, OfMainAppsKilledAtAnyMomentLoseNoRequestButWithThem) {
 
 TEST_F(Faults, OfARegistryThatHangsOrIsKilledLoseNoRequest) {
     suffer("registries", often(1));
-}
-
-TEST_F(Faults, OfWhoStormsTheListenerLeaveNothing) {
-    suffer("storms", 1);
-    expectLevel([&] { suffer("storms", often(1)); }, 512);
-}
-
-TEST_F(Faults, OfADamagedStoreLeaveTheNextOneReadable) {
-    suffer("stores", often(50));
 }
 
 TEST_F(Faults, OfPanelsThatAreKilledLeaveTheIconInTheBarAndNothingElse) {

@@ -41,18 +41,4 @@ TEST_F(MainApp, IsAskedWhatWasWantedWhileItWasOffInOrderAndOnceAndIsLaunchedAgai
     EXPECT_EQ(mainAppProcesses().size(), 2u);
 }
 
-TEST_F(MainApp, IsTriedTenTimesThroughASilentRegistryThatLeavesTheAgentItsPopover) {
-    installRegistry("/bin/sleep 60");
-    installMainApp();
-    agent = desktop.start(binaries + "/velloren-menu");
-    openMeeting(0);
-    ASSERT_TRUE(waitForLog("Main app is launched"));
-    ASSERT_TRUE(waitForLog("Retrying in 0.5 seconds", 10));
-    openPopover();
-    EXPECT_TRUE(closesOnClick());
-    EXPECT_EQ(countInLog("SUCCESSFUL"), 0);
-    agent->signal(SIGTERM);
-    EXPECT_EQ(agent->wait(), 0);
-}
-
 } // namespace velloren

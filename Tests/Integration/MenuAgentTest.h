@@ -24,7 +24,7 @@ class MenuAgentTest : public ::testing::Test {
     inline static const std::string binaries = VELLOREN_BINARIES;
 
     MenuAgentTest() {
-        installRegistry(binaries + "/velloren-agent");
+        desktop.bus().addService(mainAppName + ".agent", binaries + "/velloren-agent");
         EXPECT_EQ(desktop.start(binaries + "/velloren-main", {"--make-demonstration-store"})->wait(), 0);
     }
 
@@ -52,11 +52,6 @@ class MenuAgentTest : public ::testing::Test {
     void expectOrderlyEnd() {
         EXPECT_EQ(agent->wait(), 0);
         EXPECT_EQ(countInLog("applicationWillTerminate applicationWillTerminate"), 1);
-    }
-
-    /// From now on the bus starts this command when the registry is asked for.
-    void installRegistry(const std::string& command) {
-        desktop.bus().addService(mainAppName + ".agent", command);
     }
 
     /// Has the bus start the main app when it is asked to.

@@ -1,12 +1,11 @@
 #!/usr/bin/python3
 """Does to the agent what others on its session may do, again and again, and checks what comes of it.
 
-usage: faults.py FAMILY TIMES FOLDER AGENT: a function below, the folder of the agent's output, its process
+usage: faults.py FAMILY TIMES FOLDER: a function below, and the folder of the agent's output
 """
 
 import contextlib
 import functools
-import glob
 import os
 import pathlib
 import random
@@ -20,7 +19,7 @@ import time
 import foreign_main_app as far
 from foreign_main_app import Gio, GLib
 
-FAMILY, TIMES, FOLDER, AGENT = sys.argv[1], int(sys.argv[2]), sys.argv[3], int(sys.argv[4])
+FAMILY, TIMES, FOLDER = sys.argv[1], int(sys.argv[2]), sys.argv[3]
 SEED = os.environ.get("VELLOREN_SEED") or str(random.randrange(10**9))
 STORE = os.path.join(os.environ["XDG_DATA_HOME"], "velloren/meetings.sqlite3")
 SOCKETS = os.path.join(os.environ["XDG_RUNTIME_DIR"], "velloren")
@@ -268,47 +267,6 @@ def registries():
         deliver()
 
 
-def storms():
-    descriptors = f"/proc/{AGENT}/fd"
-    before = len(os.listdir(descriptors))
-    [endpoint] = glob.glob(f"{SOCKETS}/endpoint-{AGENT}-*.socket")
-    words = [b"", b"\0", b"\0AUTH EXTERNAL 30\r\n", b"\0AUTH EXTERNAL\r\nDATA\r\nBEGIN\r\n", b"l\1\0\1" * 9999]
-    for _ in range(TIMES):
-        clients = [socket.socket(socket.AF_UNIX) for _ in range(500)]
-        for client in clients:
-            client.setblocking(False)
-            with contextlib.suppress(OSError):
-                client.connect(endpoint)
-                client.send(random.choice(words))
-        show()
-        for client in clients:
-            client.close()
-    until(lambda: len(os.listdir(descriptors)) == before, "the end of what the storm opened")
-    deliver()
-
-
-def stores():
-    rows = ", ".join(f"('{n}', 'sound{'x' * 200}', '2001-03-07T14:05:00+01:00', {4000000000 + n})" for n in range(300))
-    writer = sqlite3.connect(STORE, isolation_level=None)
-    for statement in ("PRAGMA wal_autocheckpoint = 0", "DELETE FROM meeting", "INSERT INTO meeting VALUES " + rows,
-                      "PRAGMA wal_checkpoint(TRUNCATE)", "UPDATE meeting SET title = 'sound' WHERE id < 3"):
-        writer.execute(statement)
-    sound = {pathlib.Path(STORE + suffix): pathlib.Path(STORE + suffix).read_bytes() for suffix in ("", "-wal")}
-    writer.close()
-    for _ in range(TIMES):
-        pathlib.Path(STORE + "-shm").unlink(missing_ok=True)
-        for file, content in sound.items():
-            file.write_bytes(content)
-        until(lambda: "sound" in show()[1], "what a sound store holds")
-        file = random.choice([*sound])
-        damaged = bytearray(sound[file])
-        for _ in range(random.choice([1, 1, 50])):
-            damaged[random.randrange(random.choice([32, 4096, len(damaged)]))] ^= 1 << random.randrange(8)
-        file.write_bytes(damaged[: random.choice([len(damaged), random.randrange(len(damaged))])])
-        show()
-        open_and_close()
-
-
 def openings():
     for _ in range(TIMES):
         open_and_close()
@@ -320,6 +278,7 @@ try:
     with sqlite3.connect(STORE) as filled:
         filled.execute("DELETE FROM meeting")
         filled.execute("INSERT INTO meeting VALUES('0', '0', NULL, 4000000000)")
+    until(lambda: entry()[1] == "0", "what the store holds, in a menu that is not about to show")
     globals()[FAMILY]()
     check_ledger()
     print(f"{TIMES} times {FAMILY}, seed {SEED}")

@@ -51,27 +51,20 @@ class VirtualDesktop : public HostDesktop {
 
   private:
     [[nodiscard]] std::optional<QRect> agentWindow(const std::function<bool(QSize)>& fits) const {
-        std::string tree;
-        run({"xwininfo", "-root", "-tree"}, &tree);
-        // A line of a window: its number, "name", ("instance" "class"), size and place in its parent, place
-        // on the screen.
-        static const QRegularExpression window(QStringLiteral(
-            R"((0x\w+) .*\("velloren-menu" "velloren-menu"\)\s+(\d+)x(\d+)\+\S+\s+\+(-?\d+)\+(-?\d+))"));
-        auto matches = window.globalMatch(QString::fromStdString(tree));
-        while (matches.hasNext()) {
+        std::string windows;
+        run({"xdotool", "search", "--onlyvisible", "--class", "velloren-menu", "getwindowgeometry", "--shell",
+             "%@"},
+            &windows);
+        static const QRegularExpression window(
+            QStringLiteral("X=(-?\\d+)\nY=(-?\\d+)\nWIDTH=(\\d+)\nHEIGHT=(\\d+)"));
+        for (auto matches = window.globalMatch(QString::fromStdString(windows)); matches.hasNext();) {
             const auto match = matches.next();
-            const QRect geometry(match.captured(4).toInt(), match.captured(5).toInt(),
-                                 match.captured(2).toInt(), match.captured(3).toInt());
-            if (fits(geometry.size()) && isViewable(match.captured(1).toStdString()))
+            const QRect geometry(match.captured(1).toInt(), match.captured(2).toInt(),
+                                 match.captured(3).toInt(), match.captured(4).toInt());
+            if (fits(geometry.size()))
                 return geometry;
         }
         return std::nullopt;
-    }
-
-    [[nodiscard]] bool isViewable(const std::string& window) const {
-        std::string state;
-        run({"xwininfo", "-id", window, "-stats"}, &state);
-        return state.find("IsViewable") != std::string::npos;
     }
 };
 
