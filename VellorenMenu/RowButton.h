@@ -4,8 +4,8 @@
 
 namespace velloren {
 
-/// Makes a whole row clickable: it covers the row and shows nothing but that it is pressed, and the keyboard's
-/// focus. Main thread only.
+/// Makes a whole row clickable: it covers the row and shows nothing but that it is pressed, and the
+/// keyboard's focus. Main thread only.
 class RowButton final : public QPushButton {
     Q_OBJECT
 
