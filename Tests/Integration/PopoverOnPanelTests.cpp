@@ -8,6 +8,13 @@ namespace {
 using PopoverOnPanel = MenuAgentTest;
 using IconInPanel = MenuAgentTest;
 
+/// The middle of the pixels that are `wanted` in a row of the screen.
+double middleOf(const QImage& screen, int row, const std::function<bool(QColor)>& wanted) {
+    const auto bounds =
+        boundsWithin({0, row, screen.width(), 1}, [&](QPoint at) { return wanted(screen.pixelColor(at)); });
+    return bounds ? (bounds->left() + bounds->right()) / 2.0 : -1;
+}
+
 } // namespace
 
 TEST_F(IconInPanel, StandsInATrayOfTheOlderKindWhereThereIsNoOther) {
@@ -107,16 +114,16 @@ TEST_F(PopoverOnPanel, GoesAlongToAnotherWorkspace) {
 
 TEST_F(PopoverOnPanel, HangsBelowThePanelWithItsArrowAtTheIconWhereverInItTheClickWas) {
     startAgent();
+    const int icon = VirtualDesktop::icon.y() - VirtualDesktop::aboveGlyph.y();
+    const auto isGrey = [](QColor color) { return color == QColor(236, 236, 236); };
     for (const QPoint place : {QPoint(-9, -13), QPoint(0, 0), QPoint(9, 13)}) {
         openPopover(VirtualDesktop::icon + place);
         const int top = desktop.popover()->top();
         EXPECT_NEAR(top, 33, 1);
         EXPECT_TRUE(desktop.waitUntil([&] {
             const QImage screen = desktop.screen();
-            const auto arrow = boundsWithin({0, top + 3, VirtualDesktop::width, 1}, [&](QPoint at) {
-                return screen.pixelColor(at) == QColor(236, 236, 236);
-            });
-            return arrow && std::abs(arrow->center().x() - VirtualDesktop::icon.x()) <= 1;
+            const double highlight = middleOf(screen, icon, isHighlight);
+            return highlight > 0 && std::abs(middleOf(screen, top + 3, isGrey) - highlight) <= 1;
         }));
         EXPECT_TRUE(closesOnClick());
     }

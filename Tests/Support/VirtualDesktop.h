@@ -13,6 +13,8 @@ class VirtualDesktop : public HostDesktop {
     /// Where the only icon of the tray stands, and a place that is nobody's.
     static constexpr QPoint icon{width - 23, 16};
     static constexpr QPoint elsewhere{300, 500};
+    /// From the icon's middle up to the margin around its glyph.
+    static constexpr QPoint aboveGlyph{0, 10};
 
     VirtualDesktop() : HostDesktop("xfce") { startBar(); }
 
