@@ -1,4 +1,3 @@
-#include "Platform/Foundation/BundleVersions.h"
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Foundation/UserDefaults.h"
 #include "Platform/Foundation/Utf8.h"
@@ -109,12 +108,6 @@ void defaults(const std::string& settings) {
     }
 }
 
-void information(const std::string& json) {
-    fileWith("Info.json", json);
-    const auto bundle = Bundle::inFolder(".");
-    expect(!bundleVersion(*bundle) || bundle->infoDictionary(), "a version from nowhere");
-}
-
 void stores(const std::string& contents) {
     LocalMeetingStore store(fileWith("meetings.sqlite3", contents), [] { return Date(); });
     for (const Meeting& meeting : store.upcomingMeetings(true, 3).value_or(NextMeetings()).first) {
@@ -124,8 +117,8 @@ void stores(const std::string& contents) {
 }
 
 const std::map<std::string, void (*)(const std::string&)> targets{
-    {"replies", replies},   {"start-times", startTimes},  {"endpoints", endpoints}, {"users", users},
-    {"defaults", defaults}, {"information", information}, {"stores", stores}};
+    {"replies", replies}, {"start-times", startTimes}, {"endpoints", endpoints},
+    {"users", users},     {"defaults", defaults},      {"stores", stores}};
 
 } // namespace
 } // namespace velloren

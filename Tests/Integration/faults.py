@@ -22,7 +22,6 @@ from foreign_main_app import Gio, GLib
 FAMILY, TIMES, FOLDER = sys.argv[1], int(sys.argv[2]), sys.argv[3]
 SEED = os.environ.get("VELLOREN_SEED") or str(random.randrange(10**9))
 STORE = os.path.join(os.environ["XDG_DATA_HOME"], "velloren/meetings.sqlite3")
-SOCKETS = os.path.join(os.environ["XDG_RUNTIME_DIR"], "velloren")
 LEDGER = pathlib.Path(FOLDER, f"ledger-{os.getpid()}")
 NOTHING = "No upcoming meetings"
 
@@ -55,34 +54,6 @@ ANSWERS = {
     "lying": (lambda call: call.return_value(GLib.Variant("(v)", (GLib.Variant("t", 1),))), "count = nil", NOTHING),
     "huge": (lambda call: call.return_value(listed("x" * (20 << 20))), "cannot be read", NOTHING),
 }
-# What a main app that lets nobody in does with who connects, and what the agent logs of that.
-WELCOMES = {
-    "hanging": (None, "established"),
-    "hanging up": (lambda peer: peer.close(), "established"),
-    "gabbling": (lambda peer: peer.send(b"\xff" * 99999), "established"),
-    "halfway": (lambda peer: peer.send(b"OK " + b"0" * 32 + b"\r\n"), "established"),
-    "gone": (None, "endPoint is nil"),
-}
-
-
-def listen_bare(manner):
-    listening = socket.socket(socket.AF_UNIX)
-    listening.bind(f"{SOCKETS}/bare-{os.getpid()}")
-    listening.listen(0)
-    far.connections.append(listening)
-
-    def welcome():
-        while True:
-            far.connections.append(listening.accept()[0])
-            with contextlib.suppress(OSError):
-                WELCOMES[manner][0](far.connections[-1])
-
-    if manner == "gone":
-        listening.close()
-    elif WELCOMES[manner][0]:
-        threading.Thread(target=welcome, daemon=True).start()
-    return f"unix:path={SOCKETS}/bare-{os.getpid()}"
-
 
 def main_app(manner, haste="later"):
     def note(*words):
@@ -96,7 +67,7 @@ def main_app(manner, haste="later"):
             note(*parameters.unpack())
             invocation.return_value(None)
 
-    endpoint = listen_bare(manner) if manner in WELCOMES else far.listen(called, lambda: note("lets in"))
+    endpoint = far.listen(called, lambda: note("lets in"))
     registered = haste == "sooner" and far.register(endpoint)
     far.own_name()
     if not registered:
@@ -220,11 +191,11 @@ def check_ledger():
 
 
 def main_apps():
-    for manner in [*ANSWERS, *WELCOMES] * TIMES:
+    for manner in [*ANSWERS] * TIMES:
         before = len(log())
         process = start(manner)
         request()
-        _, text, label = ANSWERS.get(manner) or (*WELCOMES[manner], None)
+        _, text, label = ANSWERS[manner]
         until(lambda: show() and text in log()[before:], f"{text} of a main app that is {manner}", 0.5)
         until(lambda: entry()[1] == (label or requests[-1]), f"{label} of a main app that is {manner}")
         open_and_close()

@@ -71,6 +71,7 @@ std::vector<bool> drawnOn(QImage picture, Qt::Orientation bar) {
     const auto ground = std::max_element(counts.begin(), counts.end(),
                                          [](const auto& a, const auto& b) { return a.second < b.second; });
     std::vector<bool> drawn;
+    drawn.reserve(places.size());
     for (const QByteArrayView place : places)
         drawn.push_back(place != ground->first);
     return drawn;
