@@ -44,9 +44,9 @@ struct DBusMenuRemovals {
 
 /// A status item's menu as an object on the session bus. An entry keeps its number for as long as its key is
 /// among the entries, and no other entry ever has it: what a host says of a number is never taken for said of
-/// what stands in its place meanwhile. Numbers that are not in use
-/// are answered with an error. Of the protocol it is version 2: what version 3 adds are the same calls for
-/// several entries at once. Main thread only.
+/// what stands in its place meanwhile. Numbers that are not in use are answered with an error. Of the
+/// protocol it is version 2: what version 3 adds are the same calls for several entries at once. Main thread
+/// only.
 class DBusMenu final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")

@@ -154,9 +154,7 @@ void DBusConnection::resume() {
 
 void DBusConnection::openService() {
     state = State::Established; // sd-bus keeps what is sent until the bus daemon has let it in
-    if (sd_bus_open_user_with_description(&bus, "velloren-link") >= 0 && follow())
-        loop.wakeUp();
-    else
+    if (sd_bus_open_user_with_description(&bus, "velloren-link") < 0 || !follow())
         RunLoop::main().post([self = shared_from_this()] { self->end(); });
 }
 

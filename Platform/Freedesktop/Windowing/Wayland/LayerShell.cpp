@@ -1,5 +1,6 @@
 #include "Platform/Freedesktop/Windowing/Wayland/LayerShell.h"
 
+#include "Platform/Foundation/UniqueDescriptor.h"
 #include "Platform/Freedesktop/Windowing/QtPrivate.h"
 
 #include <algorithm>
@@ -15,16 +16,13 @@ namespace {
 WaylandOwned<wl_buffer> transparentBuffer(wl_shm& memory, QSize size) {
     const int stride = size.width() * 4;
     const int length = stride * size.height();
-    const int file = memfd_create("nothing", MFD_CLOEXEC);
-    if (file < 0 || ftruncate(file, length) != 0) {
-        close(file);
+    const UniqueDescriptor file(memfd_create("nothing", MFD_CLOEXEC));
+    if (!file || ftruncate(file.get(), length) != 0)
         return nullptr;
-    }
-    wl_shm_pool* pool = wl_shm_create_pool(&memory, file, length);
+    wl_shm_pool* pool = wl_shm_create_pool(&memory, file.get(), length);
     WaylandOwned<wl_buffer> buffer(
         wl_shm_pool_create_buffer(pool, 0, size.width(), size.height(), stride, WL_SHM_FORMAT_ARGB8888));
     wl_shm_pool_destroy(pool);
-    close(file);
     return buffer;
 }
 

@@ -38,7 +38,7 @@ class LinkTest : public ::testing::Test {
 
     void TearDown() override { disconnect(); }
 
-    /// Half an hour passes meanwhile, for those who try again.
+    /// Virtual time passes meanwhile, for those who try again.
     bool waitUntil(const std::function<bool()>& condition) {
         return loop.waitUntil([&] {
             loop.advance(RunLoop::Seconds(0.1));
@@ -58,9 +58,14 @@ class LinkTest : public ::testing::Test {
 
     void connect(const Endpoint& endpoint, const DBusLink::Options& options = {}) {
         disconnect();
-        interruptions = invalidations = errors = 0;
         near = std::make_unique<DBusLink>(options);
-        connection = near->connectionToEndpoint(endpoint);
+        use(near->connectionToEndpoint(endpoint));
+    }
+
+    /// From now on it is this connection that is counted, and that `proxy` belongs to.
+    void use(std::shared_ptr<Connection> next) {
+        interruptions = invalidations = errors = 0;
+        connection = std::move(next);
         connection->setRemoteObjectInterface(interface);
         connection->setInterruptionHandler([this] { ++interruptions; });
         connection->setInvalidationHandler([this] { ++invalidations; });

@@ -92,20 +92,25 @@ class OddReply : public LinkTest {
 
     /// What arrives when a question for meetings is answered like that.
     Communication::Meetings meetingsIn(const std::string& signature, const std::string& body) {
-        connectTo(signature, body);
-        std::optional<Communication::Meetings> answer;
-        proxy->fetchUpcomingMeetings([&](const auto& meetings) { answer = meetings; });
-        EXPECT_TRUE(waitUntil([&] { return answer.has_value(); }));
-        disconnect();
-        return answer.value_or(std::nullopt);
+        return answerIn<Communication::Meetings>(
+            signature, body, [this](const auto& arrived) { proxy->fetchUpcomingMeetings(arrived); });
     }
 
     /// What arrives when a question for an endpoint is answered like that.
     std::optional<Endpoint> endpointIn(const std::string& signature, const std::string& body) {
+        return answerIn<std::optional<Endpoint>>(signature, body, [this](const auto& arrived) {
+            std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy())
+                ->retrieveListenerEndpoint("app", arrived);
+        });
+    }
+
+  private:
+    template <class Answer>
+    Answer answerIn(const std::string& signature, const std::string& body,
+                    const std::function<void(std::function<void(Answer)>)>& ask) {
         connectTo(signature, body);
-        std::optional<std::optional<Endpoint>> answer;
-        std::dynamic_pointer_cast<EndPointHandling>(connection->remoteObjectProxy())
-            ->retrieveListenerEndpoint("app", [&](const auto& found) { answer = found; });
+        std::optional<Answer> answer;
+        ask([&](const Answer& arrived) { answer = arrived; });
         EXPECT_TRUE(waitUntil([&] { return answer.has_value(); }));
         disconnect();
         return answer.value_or(std::nullopt);
