@@ -17,24 +17,6 @@ double middleOf(const QImage& screen, int row, const std::function<bool(QColor)>
 
 } // namespace
 
-TEST_F(IconInPanel, StandsInATrayOfTheOlderKindWhereThereIsNoOther) {
-    if (desktop.run({"which", "trayer"}) != 0)
-        GTEST_SKIP() << "this Debian has no trayer";
-    desktop.stopPanel();
-    startAgent();
-    const auto tray = desktop.start("trayer", {"--edge", "bottom", "--align", "left"});
-    ASSERT_TRUE(desktop.waitUntil([this] { return desktop.legacyIcon().has_value(); }));
-    desktop.run({"sh", "-c",
-                 "xdotool windowreparent $(xdotool search --name '^Velloren$') "
-                 "$(xwininfo -root -int | awk '/Window id/ {print $4}')"});
-    EXPECT_TRUE(desktop.waitUntil([this] {
-        const auto place = desktop.legacyIcon();
-        return place && place->top() > VirtualDesktop::height / 2;
-    })) << "put out, it asks the tray again";
-    desktop.startBar();
-    EXPECT_TRUE(desktop.waitUntil([this] { return desktop.itemCount() == 1 && !desktop.legacyIcon(); }));
-}
-
 TEST_F(IconInPanel, StartsWithoutARuntimeDirectory) {
     agent =
         std::make_unique<Process>(std::vector<std::string>{binaries + "/velloren-menu"},

@@ -139,7 +139,7 @@ bool XEmbedIcon::nativeEventFilter(const QByteArray& eventType, void* message, q
     case XCB_CLIENT_MESSAGE: // a new tray tells the root window of itself, as other managers do
         if (const auto* news = static_cast<const xcb_client_message_event_t*>(message);
             news->type == x11::atomNamed("MANAGER") && news->data.data32[1] == x11::atomNamed(traySelection))
-            trayChanged();
+            managerAnnounced();
         break;
     case XCB_DESTROY_NOTIFY:
         if (const auto ended = static_cast<const xcb_destroy_notify_event_t*>(message)->window;
@@ -178,6 +178,12 @@ void XEmbedIcon::buttonPressed(unsigned which, QPoint place) {
     // Later: while a filter runs, Qt may read on and come by this event once more.
     QMetaObject::invokeMethod(
         &button, [this, place] { pressed(place); }, Qt::QueuedConnection);
+}
+
+void XEmbedIcon::managerAnnounced() {
+    // Some trays say so again once they have the icon, and lose one that comes anew then.
+    if (!isEmbedded || ownerOfTray() != tray)
+        trayChanged();
 }
 
 void XEmbedIcon::trayChanged() {

@@ -33,6 +33,7 @@ class XEmbedIcon final : private QAbstractNativeEventFilter {
   private:
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
     void buttonPressed(unsigned which, QPoint place);
+    void managerAnnounced();
     void trayChanged();
     void reparented(std::uint32_t parent);
     void dock();
